@@ -1,0 +1,128 @@
+#include "Support/OS/file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace os {
+
+namespace {
+
+bool writeAll(int handle, char const *data, std::size_t size)
+{
+    while (size > 0) {
+        ssize_t const written = ::write(handle, data, size);
+        if (written < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            return false;
+        }
+        data += written;
+        size -= static_cast<std::size_t>(written);
+    }
+    return true;
+}
+
+bool writeInPlace(std::string const &path, char const *data, std::size_t size)
+{
+    int const handle = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (handle < 0) {
+        return false;
+    }
+    bool const whole = writeAll(handle, data, size);
+    return ::close(handle) == 0 && whole;
+}
+
+} // namespace
+
+std::string systemPath(char const *path)
+{
+    std::string result(path == nullptr ? "" : path);
+    for (char &c : result) {
+        if (c == '\\') {
+            c = '/';
+        }
+    }
+    return result;
+}
+
+std::string lastErrorText()
+{
+    return std::strerror(errno);
+}
+
+FilePtr openFile(char const *path, char const *mode)
+{
+    FilePtr file(std::fopen(systemPath(path).c_str(), mode));
+    struct stat status {};
+    if (file && (fstat(fileno(file.get()), &status) != 0 || S_ISDIR(status.st_mode))) {
+        errno = EISDIR;
+        return nullptr;
+    }
+    return file;
+}
+
+bool replaceFile(char const *path, void const *data, std::size_t size)
+{
+    std::string const target = systemPath(path);
+    auto const *const bytes = static_cast<char const *>(data);
+
+    // A rename would turn a link into a file, and give a special file's place to a plain one.
+    struct stat before {};
+    bool const exists = lstat(target.c_str(), &before) == 0;
+    if (exists && (!S_ISREG(before.st_mode) || before.st_nlink != 1 || access(target.c_str(), W_OK) != 0)) {
+        return writeInPlace(target, bytes, size);
+    }
+
+    std::string aside = target + ".XXXXXX";
+    int const handle = mkstemp(aside.data());
+    if (handle < 0) {
+        return writeInPlace(target, bytes, size);
+    }
+    mode_t mode = before.st_mode & 07777;
+    if (!exists) {
+        mode_t const mask = umask(0);
+        umask(mask);
+        mode = 0666 & ~mask;
+    }
+    bool const kept = fchmod(handle, mode) == 0 &&
+                      (!exists || geteuid() != 0 || fchown(handle, before.st_uid, before.st_gid) == 0);
+    bool const whole = writeAll(handle, bytes, size);
+    if (::close(handle) == 0 && whole && kept && std::rename(aside.c_str(), target.c_str()) == 0) {
+        return true;
+    }
+    unlink(aside.c_str());
+    return false;
+}
+
+TextFile::~TextFile()
+{
+    if (m_handle >= 0) {
+        ::close(m_handle);
+    }
+}
+
+bool TextFile::open(char const *path)
+{
+    int const handle =
+        ::open(systemPath(path).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0666);
+    if (handle < 0) {
+        return false;
+    }
+    if (m_handle >= 0) {
+        ::close(m_handle);
+    }
+    m_handle = handle;
+    return true;
+}
+
+bool TextFile::write(char const *text, std::size_t size)
+{
+    return m_handle >= 0 && writeAll(m_handle, text, size);
+}
+
+} // namespace os

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "Support/export.h"
+
+#include <cstddef>
+#include <cstdint>
+
+/// The memory library: small blocks told their size on release, objects, plain buffers, all counted.
+///
+/// Every operation may be called on any thread, before init() and after shutdown() too: a host's own static
+/// objects may hold texts for longer than the library lives.
+namespace PoolHeap {
+
+/// Names a memory context. Ten 32-bit words of the given interface; the name has the machine's width.
+struct ContextInfo {
+    char const *name = nullptr; ///< kept, not copied: a literal
+    std::uint32_t parent = 0;
+    std::uint16_t options[2] = {1, 1};
+    std::uint32_t limits[6] = {};
+    std::uint32_t id = 0; ///< the context's identifier, as fast_alloc() takes it
+};
+
+/// Callbacks of the library, set once at load. Both may be null.
+struct Config {
+    void (*message)(char const *text) = nullptr; ///< takes diagnostics
+    void (*breakpoint)() = nullptr;              ///< called when a block is freed that was never given out
+};
+
+/// What has been taken under one memory context.
+struct ContextCounts {
+    char const *name = nullptr;       ///< as context_init() was told, or null
+    std::uint32_t id = 0;             ///< the context's identifier
+    std::uint64_t allocations = 0;    ///< blocks given out so far
+    std::uint64_t liveBlocks = 0;     ///< blocks out now
+    std::uint64_t liveBytes = 0;      ///< bytes out now, as asked for
+    std::uint64_t peakBytes = 0;      ///< the most bytes that were out at once
+};
+
+extern QEL_API Config the_config;
+
+QEL_API void init();
+QEL_API void shutdown();
+
+/// Names a context, so that its counts can be read by name. A second call for an id replaces the name.
+QEL_API void context_init(ContextInfo info);
+
+/// A block for an object, aligned for every type.
+/// @param flags  not used; 0
+/// @return null if there is no memory
+QEL_API void *std_alloc(std::size_t size, std::uint32_t flags = 0);
+QEL_API void std_free(void *block, std::uint32_t flags = 0); ///< null is allowed
+
+/// A small block under a context, from free lists of the calling thread, aligned for every type.
+/// @param context  any number; need not have been named
+/// @return null if there is no memory
+QEL_API void *fast_alloc(std::size_t size, std::uint32_t context);
+
+/// Gives a block of fast_alloc() back. Any thread may do so.
+/// @param size, context  as they were on allocation; null as @p block is allowed
+QEL_API void fast_free(void *block, std::size_t size, std::uint32_t context);
+
+/// Reads a context's counts.
+/// @return false if nothing was ever taken under @p context and it was never named
+QEL_API bool context_counts(std::uint32_t context, ContextCounts &counts);
+
+/// Reads all contexts' counts in the order in which they were first seen.
+/// @param room  entries that fit into @p counts
+/// @return the number of contexts, which may be more than @p room
+QEL_API std::size_t all_context_counts(ContextCounts *counts, std::size_t room);
+
+} // namespace PoolHeap
+
+QEL_API void *poolheap_malloc(std::size_t size); ///< a plain buffer; null if there is no memory
+QEL_API void poolheap_free(void *block);         ///< null is allowed

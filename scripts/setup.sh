@@ -1,0 +1,26 @@
+#!/usr/bin/env bash
+# Installs what building, testing and benchmarking need. The one list of packages; silent when all is there.
+set -euo pipefail
+
+packages=(
+    g++ cmake ninja-build pkg-config          # build
+    clang-format-14                           # formatting check
+    libcli11-dev                              # command lines of hosts and tools
+    libgtest-dev                              # tests
+    libbenchmark-dev                          # benchmarks, and the peers in them:
+    libgoogle-perftools-dev libmimalloc-dev libspdlog-dev
+)
+
+missing=()
+for package in "${packages[@]}"; do
+    state=$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null || true)
+    [ "$state" = installed ] || missing+=("$package")
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+sudo=""
+[ "$(id -u)" -eq 0 ] || sudo=sudo
+echo "setup: installing ${missing[*]}"
+export DEBIAN_FRONTEND=noninteractive
+$sudo apt-get update -qq
+$sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
