@@ -43,6 +43,9 @@ public:
     TimerInit &operator=(TimerInit const &) = delete;
 
     static void init(eTimerType type); ///< sets the values above
+
+    /// Logs the clock, and the entries of the table up to the first one that was never measured, at level 3.
+    static void debugLog();
 };
 
 } // namespace Qel
