@@ -112,7 +112,7 @@ TEST_F(Timers, TakesAnyFloat)
     } const rows[] = {
         {2.9f, 2},
         {-2.9f, 0xFFFFFFFFFFFFFFFEu},
-        {9.3e18f, 9299999803999027200u}, // the float nearest to it
+        {9.3e18f, 9300000300729368576u}, // the float nearest to it
         {infinity, 0xFFFFFFFFFFFFFFFFu},
         {-infinity, 0x8000000000000000u},
         {std::numeric_limits<float>::quiet_NaN(), 0},
@@ -134,7 +134,7 @@ TEST_F(Timers, LogsTheClockAndTheMeasuredProcessors)
     logs.createLog("timer", true, false, false);
     std::string text;
     logged = &text;
-    logs.setDefaultCallback([](auto const &line, auto...) { *logged += line; });
+    logs.setDefaultCallback([](String const &line) { *logged += line; });
 
     TimerInit::gTimerCpu[0] = {0, 9000000000, 0, 0x1f, 2400000000};
     TimerInit::gTimerCpu[2] = {0, 1, 0, 2, 1}; // behind an empty one
