@@ -18,14 +18,17 @@ TEST(MouseState, AnswersForEachButtonByItsOwnBit)
         {true, true, true, {true, false, false, true, false}},
         {true, false, true, {false, false, true, false, false}},
     };
-    bool (MouseState::*const asks[])(KeyState) const = {&MouseState::isLeftDown, &MouseState::isRightDown,
-                                                        &MouseState::isMiddleDown};
+    bool (MouseState::*const asks[])(KeyState)
+        const = {&MouseState::isLeftDown, &MouseState::isRightDown, &MouseState::isMiddleDown};
     for (auto const &row : rows) {
         for (unsigned button = 0; button < 3; ++button) {
             for (unsigned state = 0; state < 5; ++state) {
-                SCOPED_TRACE(testing::Message() << "row " << &row - rows << " button " << button << " state " << state);
+                SCOPED_TRACE(testing::Message()
+                             << "row " << &row - rows << " button " << button << " state " << state);
                 unsigned const bit = 1u << button;
-                auto const word = [bit](bool set) { return static_cast<std::uint16_t>(set ? bit : 0xFFFFu & ~bit); };
+                auto const word = [bit](bool set) {
+                    return static_cast<std::uint16_t>(set ? bit : 0xFFFFu & ~bit);
+                };
                 MouseState mouse;
                 mouse.prevButtons = word(row.before);
                 mouse.buttons = word(row.now);

@@ -17,7 +17,8 @@ TEST(PlatformManager, RefusesAPluginThatLacksAnExportAndNamesBoth)
     } catch (Exception const &failure) {
         EXPECT_EQ(failure.getNumber(), 9);
         EXPECT_NE(failure.description.find("plugin_win32platform.dll"), String::npos) << failure.description;
-        EXPECT_NE(failure.description.find("destroyPlatformSplashDialog"), String::npos) << failure.description;
+        EXPECT_NE(failure.description.find("destroyPlatformSplashDialog"), String::npos)
+            << failure.description;
     }
     EXPECT_FALSE(PlatformManager::InstanceActive());
 }

@@ -54,8 +54,8 @@ TEST(BuildNumber, CountsDaysFrom4December2004)
     for (sys_days day = 1901y / January / 1; day < sys_days(2100y / January / 1); day += days(1)) {
         year_month_day const parts(day);
         char text[16];
-        std::snprintf(text, sizeof(text), "%s %2u %d", months[unsigned(parts.month()) - 1], unsigned(parts.day()),
-                      int(parts.year()));
+        std::snprintf(text, sizeof(text), "%s %2u %d", months[unsigned(parts.month()) - 1],
+                      unsigned(parts.day()), int(parts.year()));
         ASSERT_EQ(BuildNumber::computeBuildNumber(text), (day - origin).count()) << text;
     }
 }
@@ -83,8 +83,10 @@ TEST(Breakpoint, ReplacesBitsInsideTheValueOnly)
         int position, count, bits;
         std::uint32_t result;
     } const rows[] = {
-        {4, 4, 0x5, 0xFFFFFF5Fu}, {4, 4, 0x1A5, 0xFFFFFF5Fu}, {0, 32, 0x1234, 0x1234u}, {28, 8, 0, 0x0FFFFFFFu},
-        {0, 99, 3, 3u},           {32, 1, 0, 0xFFFFFFFFu},    {-1, 4, 0, 0xFFFFFFFFu},  {0, 0, 0, 0xFFFFFFFFu},
+        {4, 4, 0x5, 0xFFFFFF5Fu}, {4, 4, 0x1A5, 0xFFFFFF5Fu},
+        {0, 32, 0x1234, 0x1234u}, {28, 8, 0, 0x0FFFFFFFu},
+        {0, 99, 3, 3u},           {32, 1, 0, 0xFFFFFFFFu},
+        {-1, 4, 0, 0xFFFFFFFFu},  {0, 0, 0, 0xFFFFFFFFu},
         {0, -1, 0, 0xFFFFFFFFu},  {31, 1, 0, 0x7FFFFFFFu},
     };
     for (auto const &row : rows) {
@@ -93,7 +95,8 @@ TEST(Breakpoint, ReplacesBitsInsideTheValueOnly)
         EXPECT_EQ(value, row.result) << row.position << ", " << row.count;
     }
     int watched = 0;
-    EXPECT_FALSE(Breakpoint(&watched, 4, Breakpoint::CONDITION_WRITE).set(&watched, 4, Breakpoint::CONDITION_WRITE));
+    EXPECT_FALSE(
+        Breakpoint(&watched, 4, Breakpoint::CONDITION_WRITE).set(&watched, 4, Breakpoint::CONDITION_WRITE));
 }
 
 } // namespace

@@ -29,13 +29,14 @@ struct ConfigFiles : testing::Test {
     {
         std::string text;
         for (auto it = config.getSettingsIterator(); it.hasMore(); it.next()) {
-            text += "<" + std::string(it.key()) + "|" + std::string(it.value()) + ">";
+            text.append("<").append(it.key()).append("|").append(it.value()).append(">");
         }
         return text;
     }
 
-    std::string folder = std::filesystem::temp_directory_path() /
-                         (std::string("qelConfigFile") + testing::UnitTest::GetInstance()->current_test_info()->name());
+    std::string folder =
+        std::filesystem::temp_directory_path() /
+        (std::string("qelConfigFile") + testing::UnitTest::GetInstance()->current_test_info()->name());
     std::string path = (std::filesystem::create_directories(folder), folder + "/a.cfg");
 };
 
@@ -57,9 +58,11 @@ TEST_F(ConfigFiles, ReadsALineAtATimeInPiecesOf99Characters)
         {"a value of blanks is there, and empty", "key= \n", "<key|>"},
         {"no newline at the end", "a=b\nc=d", "<a|b>"},
         {"order by key, and as in the file within a key", "b=2\na=z\na=y\na=x\n", "<a|z><a|y><a|x><b|2>"},
-        {"98 characters and the newline", "key=" + std::string(94, 'v') + "\n", "<key|" + std::string(94, 'v') + ">"},
+        {"98 characters and the newline", "key=" + std::string(94, 'v') + "\n",
+         "<key|" + std::string(94, 'v') + ">"},
         {"99 characters, and a newline of its own", "key=" + std::string(95, 'v') + "\n", ""},
-        {"150 characters: the second piece counts by itself", "a=" + std::string(97, 'v') + "second=" + std::string(43, 'w') + "\n",
+        {"150 characters: the second piece counts by itself",
+         "a=" + std::string(97, 'v') + "second=" + std::string(43, 'w') + "\n",
          "<second|" + std::string(43, 'w') + ">"},
         {"carriage returns do not count as characters", "key=x" + blanks + "v\r\n", "<key|x" + blanks + "v>"},
         {"a zero byte hides the rest of its line", std::string("a=b\0\nc\0=d\ne=f\n", 14), "<e|f>"},

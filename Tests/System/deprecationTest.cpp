@@ -43,13 +43,15 @@ TEST_F(Deprecation, CountsThePlacesAndNotTheCalls)
         EXPECT_EQ(oldOne(), i == 0);
     }
     EXPECT_FALSE(oldOne()) << "another place, but warned of already";
-    EXPECT_EQ(report(), head + "* Function oldOne called from 2 different places.\n  Instead use newOne.\n" + stars);
+    EXPECT_EQ(report(),
+              head + "* Function oldOne called from 2 different places.\n  Instead use newOne.\n" + stars);
 }
 
 TEST_F(Deprecation, TakesAnyFrameAndTellsNamesApartByPointer)
 {
     static char const twice[] = "f\0f";
-    void const *const frames[] = {nullptr, reinterpret_cast<void *>(8), reinterpret_cast<void *>(~std::uintptr_t{0}),
+    void const *const frames[] = {nullptr, reinterpret_cast<void *>(8),
+                                  reinterpret_cast<void *>(~std::uintptr_t{0}),
                                   reinterpret_cast<void *>(std::uintptr_t{0x8000000000000000u})};
     for (void const *frame : frames) {
         EXPECT_EQ(manager->addDeprecatedFunction(twice, "g", frame), frame == nullptr);

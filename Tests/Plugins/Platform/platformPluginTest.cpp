@@ -67,7 +67,8 @@ TEST_F(PlatformPlugin, AnswersTheConfigDialogFromAFileOrSaysNo)
     struct {
         char const *text;
         bool answer;
-    } const rows[] = {{"ConfigDialog = start\n", true}, {"ConfigDialog=stop\n", false}, {"Other=start\n", false}};
+    } const rows[] = {
+        {"ConfigDialog = start\n", true}, {"ConfigDialog=stop\n", false}, {"Other=start\n", false}};
     for (auto const &row : rows) {
         std::ofstream("platform.cfg") << row.text;
         EXPECT_EQ(dialog->display(), row.answer) << row.text;
@@ -120,7 +121,7 @@ TEST_F(FedReader, LosesNoTapBetweenTwoUpdates)
 {
     for (bool down : {true, false, true, false}) {
         key(down);
-        mouse(0, 0, down ? MOUSE_LEFT : 0);
+        mouse(0, 0, down ? 1 : 0);
     }
     std::string buttons;
     for (char const *expected : {"DP--", "--R-", "DP--", "--R-", "----"}) {
@@ -148,8 +149,8 @@ TEST_F(FedReader, CountsClicksThatAreQuickAndCloseTogether)
         mouse(0, 0, 0);
         reader->capture(row.up);
         EXPECT_EQ(reader->getMouseState().getClickCount(MOUSE_RIGHT), row.count);
-        EXPECT_EQ(reader->getMouseState().clickButtons, row.count > 0 ? MOUSE_RIGHT : 0);
-        EXPECT_EQ(reader->getMouseState().multiClickButtons, row.count > 1 ? MOUSE_RIGHT : 0);
+        EXPECT_EQ(reader->getMouseState().clickButtons, row.count > 0 ? 2 : 0);
+        EXPECT_EQ(reader->getMouseState().multiClickButtons, row.count > 1 ? 2 : 0);
     }
 }
 
