@@ -101,8 +101,12 @@ String Exception::getFullDescription() const
     return text;
 }
 
-void Exception::_pushFunction(std::string const &) {}
+void Exception::_pushFunction(std::string const &)
+{
+}
 
-void Exception::_popFunction() {}
+void Exception::_popFunction()
+{
+}
 
 } // namespace Qel
