@@ -78,10 +78,11 @@ void foldLocked(ThreadCount &slot)
     context->allocations += slot.allocations.load(relaxed);
     context->releases += slot.releases.load(relaxed);
     context->peak = std::max(context->peak, context->bytes + slot.peak.load(relaxed));
-    context->bytes += slot.bytes.load(relaxed);
+    context->bytes += slot.live();
     slot.allocations.store(0, relaxed);
     slot.releases.store(0, relaxed);
-    slot.bytes.store(0, relaxed);
+    slot.taken.store(0, relaxed);
+    slot.returned.store(0, relaxed);
     slot.peak.store(0, relaxed);
 }
 
@@ -97,7 +98,7 @@ ContextCounts countsOf(Context const &context)
             continue;
         allocations += slot.allocations.load(relaxed);
         releases += slot.releases.load(relaxed);
-        bytes += slot.bytes.load(relaxed);
+        bytes += slot.live();
         peak += slot.peak.load(relaxed);
     }
     ContextCounts counts;

@@ -19,9 +19,26 @@ struct alignas(64) ThreadCount {
     Context *context = nullptr;
     std::atomic<std::uint64_t> allocations = 0;
     std::atomic<std::uint64_t> releases = 0;
-    std::atomic<std::int64_t> bytes = 0; ///< live bytes; below 0 if others' blocks are freed here
-    std::atomic<std::int64_t> peak = 0;  ///< the most that @c bytes was
+    // Taken and returned are apart so that a value's way through memory is waited for half as often.
+    std::atomic<std::int64_t> taken = 0;    ///< bytes
+    std::atomic<std::int64_t> returned = 0; ///< bytes; may pass @c taken if others' blocks are freed here
+    std::atomic<std::int64_t> peak = 0;     ///< the most that was taken and not returned
+
+    std::int64_t live() const
+    {
+        return taken.load(std::memory_order_relaxed) - returned.load(std::memory_order_relaxed);
+    }
 };
+static_assert(sizeof(ThreadCount) == 64);
+
+/// Adds to a value that only the calling thread writes.
+template <typename Value>
+Value bump(std::atomic<Value> &value, Value by)
+{
+    Value const sum = value.load(std::memory_order_relaxed) + by;
+    value.store(sum, std::memory_order_relaxed);
+    return sum;
+}
 
 /// A thread tells the others once its live bytes have moved by this much.
 inline constexpr std::int64_t kUnfoldedBytes = 64 * 1024;
