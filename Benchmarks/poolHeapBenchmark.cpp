@@ -145,7 +145,8 @@ void BM_FastAlloc_replace(benchmark::State &state)
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kSteps));
 }
 
-template <typename Heap> void BM_FastAlloc_renew(benchmark::State &state)
+template <typename Heap>
+void BM_FastAlloc_renew(benchmark::State &state)
 {
     std::vector<Step> const steps = stepsOf(state.thread_index());
     auto const live = std::make_unique<Live>();
@@ -161,7 +162,8 @@ template <typename Heap> void BM_FastAlloc_renew(benchmark::State &state)
         live->drop<Heap>(i);
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kSteps));
 }
-template <typename Heap> void BM_FastAlloc_ring(benchmark::State &state)
+template <typename Heap>
+void BM_FastAlloc_ring(benchmark::State &state)
 {
     std::vector<Step> const steps = stepsOf(state.thread_index());
     auto const live = std::make_unique<Live>();

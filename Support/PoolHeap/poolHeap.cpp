@@ -129,14 +129,30 @@ ThreadHeap *heapOfThread()
     return block;
 }
 
+// Adds to a value that only the calling thread writes. @return the sum
+std::int64_t bump(std::atomic<std::int64_t> &value, std::int64_t by)
+{
+    std::int64_t sum = 0;
+    __builtin_add_overflow(value.load(relaxed), by, &sum); // wraps: only differences count
+    value.store(sum, relaxed);
+    return sum;
+}
+
+std::int64_t difference(std::int64_t taken, std::int64_t returned)
+{
+    std::int64_t live = 0;
+    __builtin_sub_overflow(taken, returned, &live);
+    return live;
+}
+
+// For blocks of up to kUnfoldedBytes.
 [[gnu::always_inline]] inline void *noteAlloc(ThreadCount &count, std::size_t size, void *block)
 {
-    bump<std::uint64_t>(count.allocations, 1);
-    std::int64_t const taken = bump(count.taken, static_cast<std::int64_t>(size));
-    std::int64_t const live = taken - count.returned.load(relaxed);
+    std::int64_t const taken = bump(count.taken, Amount::of(1, static_cast<std::int64_t>(size)).value);
+    std::int64_t const live = difference(taken, count.returned.load(relaxed));
     if (live > count.peak.load(relaxed)) [[unlikely]] {
         count.peak.store(live, relaxed);
-        if (live > kUnfoldedBytes)
+        if (live > Amount::of(0, kUnfoldedBytes).value)
             return foldAfterAlloc(count, block);
     }
     return block;
@@ -144,33 +160,26 @@ ThreadHeap *heapOfThread()
 
 [[gnu::always_inline]] inline void noteFree(ThreadCount &count, std::size_t size)
 {
-    bump<std::uint64_t>(count.releases, 1);
-    std::int64_t const returned = bump(count.returned, static_cast<std::int64_t>(size));
-    if (count.taken.load(relaxed) - returned < -kUnfoldedBytes) [[unlikely]]
+    std::int64_t const returned = bump(count.returned, Amount::of(1, static_cast<std::int64_t>(size)).value);
+    std::int64_t const live = difference(count.taken.load(relaxed), returned);
+    if (live < Amount::of(0, -kUnfoldedBytes).value) [[unlikely]]
         contexts::fold(count);
 }
 
 // Counts off the hot path. @return false if there is no memory for the context
-bool countAlloc(ThreadHeap *heap, std::size_t size, std::uint32_t context)
+bool countSlow(ThreadHeap *heap, bool taken, std::size_t size, std::uint32_t context)
 {
-    if (!heap)
-        return contexts::countDirect(context, 1, static_cast<std::int64_t>(size));
-    ThreadCount &count = heap->counts.slots[countSlot(context)];
-    if (count.id != context && !contexts::enter(count, context))
+    ThreadCount *count = heap ? &heap->counts.slots[countSlot(context)] : nullptr;
+    if (count && count->id != context && !contexts::enter(*count, context))
         return false;
-    noteAlloc(count, size, nullptr);
+    auto const bytes = static_cast<std::int64_t>(size);
+    if (!count || bytes > kUnfoldedBytes)
+        return contexts::countDirect(count, context, taken ? 1 : -1, taken ? bytes : -bytes);
+    if (taken)
+        noteAlloc(*count, size, nullptr);
+    else
+        noteFree(*count, size);
     return true;
-}
-
-void countFree(ThreadHeap *heap, std::size_t size, std::uint32_t context)
-{
-    if (!heap) {
-        contexts::countDirect(context, -1, -static_cast<std::int64_t>(size));
-        return;
-    }
-    ThreadCount &count = heap->counts.slots[countSlot(context)];
-    if (count.id == context || contexts::enter(count, context))
-        noteFree(count, size);
 }
 
 void *takeBlock(ThreadHeap *heap, std::size_t blockSize)
@@ -221,7 +230,7 @@ void giveBlock(ThreadHeap *heap, void *block, std::size_t blockSize)
     ThreadHeap *heap = heapOfThread();
     blockSize += blockSize == 0;
     void *block = takeBlock(heap, blockSize);
-    if (block && !countAlloc(heap, size, context)) {
+    if (block && !countSlow(heap, true, size, context)) {
         giveBlock(heap, block, blockSize);
         return nullptr;
     }
@@ -235,7 +244,7 @@ void giveBlock(ThreadHeap *heap, void *block, std::size_t blockSize)
     ThreadHeap *heap = heapOfThread();
     blockSize += blockSize == 0;
     giveBlock(heap, block, blockSize);
-    countFree(heap, size, context);
+    countSlow(heap, false, size, context);
 }
 
 // The stack for blocks of a size, without a look whether there is one. A stack is as large as a step between
