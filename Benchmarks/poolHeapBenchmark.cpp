@@ -114,7 +114,6 @@ struct Live {
     void take(std::size_t slot, std::uint16_t size)
     {
         void *block = Heap::alloc(size);
-        *static_cast<std::uint64_t volatile *>(block) = size;
         blocks[slot] = block;
         sizes[slot] = size;
     }

@@ -23,7 +23,6 @@ namespace contexts {
 namespace {
 
 constexpr std::size_t kBuckets = 1024;
-constexpr auto relaxed = std::memory_order_relaxed;
 
 // Lives for ever: contexts are read and counted after static objects have died.
 struct Registry {
@@ -77,10 +76,15 @@ Amount minus(std::int64_t taken, std::int64_t returned)
         static_cast<std::int64_t>(static_cast<std::uint64_t>(taken) - static_cast<std::uint64_t>(returned))};
 }
 
-void addTo(Context &sum, ThreadCount const &slot)
+std::int64_t look(std::int64_t &value)
 {
-    std::int64_t const taken = slot.taken.load(relaxed);
-    std::int64_t const returned = slot.returned.load(relaxed);
+    return std::atomic_ref(value).load(std::memory_order_relaxed);
+}
+
+void addTo(Context &sum, ThreadCount &slot)
+{
+    std::int64_t const taken = look(slot.taken);
+    std::int64_t const returned = look(slot.returned);
     sum.allocations += static_cast<std::uint64_t>(Amount{taken}.blocks());
     sum.releases += static_cast<std::uint64_t>(Amount{returned}.blocks());
     sum.bytes += minus(taken, returned).bytes();
@@ -91,23 +95,23 @@ void foldLocked(ThreadCount &slot)
     Context *context = slot.context;
     if (!context)
         return;
-    context->peak = std::max(context->peak, context->bytes + Amount{slot.peak.load(relaxed)}.bytes());
+    context->peak = std::max(context->peak, context->bytes + Amount{look(slot.peak)}.bytes());
     addTo(*context, slot);
-    slot.taken.store(0, relaxed);
-    slot.returned.store(0, relaxed);
-    slot.peak.store(0, relaxed);
+    publish(slot.taken, 0);
+    publish(slot.returned, 0);
+    publish(slot.peak, 0);
 }
 
 ContextCounts countsOf(Context const &context)
 {
     Context sum = context;
     std::int64_t peak = context.bytes;
-    for (ThreadCounts const *thread = registry.threads; thread; thread = thread->next) {
-        ThreadCount const &slot = thread->slots[countSlot(context.id)];
+    for (ThreadCounts *thread = registry.threads; thread; thread = thread->next) {
+        ThreadCount &slot = thread->slots[countSlot(context.id)];
         if (slot.context != &context)
             continue;
         addTo(sum, slot);
-        peak += Amount{slot.peak.load(relaxed)}.bytes();
+        peak += Amount{look(slot.peak)}.bytes();
     }
     ContextCounts counts;
     counts.name = sum.name;

@@ -40,17 +40,22 @@ static_assert(Amount::of(7, -65536).bytes() == -65536 && Amount::of(7, -65536).b
 
 /// What one thread has counted of one context since it last told the others: one line of the cache.
 ///
-/// Only the owning thread writes; others read, so the values are atomic, but never need more than a plain
-/// load and store. Taken and returned are apart so that a value's way through memory is waited for half as
-/// often, and each is one number because that is half the work.
+/// Only the owning thread writes, and atomically; it reads plainly, since a load that must be atomic is one
+/// more instruction. Others read atomically. Taken and returned are apart so that a value's way through
+/// memory is waited for half as often, and each is one number because that is half the work.
 struct alignas(64) ThreadCount {
     std::uint32_t id = 0;
     Context *context = nullptr;
-    std::atomic<std::int64_t> taken = 0;    ///< an Amount
-    std::atomic<std::int64_t> returned = 0; ///< an Amount; may pass @c taken if others' blocks are freed here
-    std::atomic<std::int64_t> peak = 0;     ///< an Amount: the most that was taken and not returned
+    std::int64_t taken = 0;    ///< an Amount
+    std::int64_t returned = 0; ///< an Amount; may pass @c taken if others' blocks are freed here
+    std::int64_t peak = 0;     ///< an Amount: the most that was taken and not returned
 };
 static_assert(sizeof(ThreadCount) == 64);
+
+inline void publish(std::int64_t &value, std::int64_t now)
+{
+    std::atomic_ref(value).store(now, std::memory_order_relaxed);
+}
 
 /// A thread tells the others once its live bytes have moved by this much.
 inline constexpr std::int64_t kUnfoldedBytes = 64 * 1024;

@@ -19,8 +19,6 @@ Config the_config;
 
 namespace {
 
-constexpr auto relaxed = std::memory_order_relaxed;
-
 // A thread's free blocks of one class: a stack of pointers beside the blocks, so that neither direction
 // touches a block's own memory. Below its bottom lies a null, which is what an empty stack gives out.
 struct Stack {
@@ -53,10 +51,15 @@ consteval ThreadHeap makeNoHeap(std::index_sequence<classes...>)
 }
 constinit ThreadHeap noHeap = makeNoHeap(std::make_index_sequence<kClasses>());
 
-// initial-exec: one load from the thread's own segment, no call. Eight bytes are small enough for the room
-// that the loader sets aside for libraries that come late.
-[[gnu::tls_model("initial-exec")]] constinit thread_local ThreadHeap *theHeap = &noHeap;
-[[gnu::tls_model("initial-exec")]] constinit thread_local bool theThreadEnds = false;
+struct Thread {
+    ThreadHeap *heap = &noHeap;
+    ThreadCount *count = noHeap.counts.slots; // of the context that came last
+    bool ended = false;
+};
+
+// initial-exec: one load from the thread's own segment, no call. It is small enough for the room that the
+// loader sets aside for libraries that come late.
+[[gnu::tls_model("initial-exec")]] constinit thread_local Thread here;
 
 void initStacks(ThreadHeap &heap)
 {
@@ -90,8 +93,8 @@ struct ThreadEnd {
     bool armed = false;
     ~ThreadEnd()
     {
-        ThreadHeap *heap = std::exchange(theHeap, &noHeap);
-        theThreadEnds = true;
+        ThreadHeap *heap = here.heap;
+        here = Thread{.ended = true};
         if (heap == &noHeap)
             return;
         giveAllBack(*heap);
@@ -105,9 +108,9 @@ thread_local ThreadEnd theEnd;
 // @return null if the thread is past its end, or if there is no memory
 ThreadHeap *heapOfThread()
 {
-    if (theHeap != &noHeap)
-        return theHeap;
-    if (theThreadEnds)
+    if (here.heap != &noHeap)
+        return here.heap;
+    if (here.ended)
         return nullptr;
     constexpr std::size_t aligned =
         (kHeapBytes + alignof(ThreadHeap) - 1) / alignof(ThreadHeap) * alignof(ThreadHeap);
@@ -117,7 +120,7 @@ ThreadHeap *heapOfThread()
     auto *heap = new (memory) ThreadHeap;
     initStacks(*heap);
     contexts::addThread(heap->counts);
-    theHeap = heap;
+    here.heap = heap;
     theEnd.armed = true;
     return heap;
 }
@@ -130,11 +133,11 @@ ThreadHeap *heapOfThread()
 }
 
 // Adds to a value that only the calling thread writes. @return the sum
-std::int64_t bump(std::atomic<std::int64_t> &value, std::int64_t by)
+std::int64_t bump(std::int64_t &value, std::int64_t by)
 {
     std::int64_t sum = 0;
-    __builtin_add_overflow(value.load(relaxed), by, &sum); // wraps: only differences count
-    value.store(sum, relaxed);
+    __builtin_add_overflow(value, by, &sum); // wraps: only differences count
+    publish(value, sum);
     return sum;
 }
 
@@ -149,9 +152,9 @@ std::int64_t difference(std::int64_t taken, std::int64_t returned)
 [[gnu::always_inline]] inline void *noteAlloc(ThreadCount &count, std::size_t size, void *block)
 {
     std::int64_t const taken = bump(count.taken, Amount::of(1, static_cast<std::int64_t>(size)).value);
-    std::int64_t const live = difference(taken, count.returned.load(relaxed));
-    if (live > count.peak.load(relaxed)) [[unlikely]] {
-        count.peak.store(live, relaxed);
+    std::int64_t const live = difference(taken, count.returned);
+    if (live > count.peak) [[unlikely]] {
+        publish(count.peak, live);
         if (live > Amount::of(0, kUnfoldedBytes).value)
             return foldAfterAlloc(count, block);
     }
@@ -161,7 +164,7 @@ std::int64_t difference(std::int64_t taken, std::int64_t returned)
 [[gnu::always_inline]] inline void noteFree(ThreadCount &count, std::size_t size)
 {
     std::int64_t const returned = bump(count.returned, Amount::of(1, static_cast<std::int64_t>(size)).value);
-    std::int64_t const live = difference(count.taken.load(relaxed), returned);
+    std::int64_t const live = difference(count.taken, returned);
     if (live < Amount::of(0, -kUnfoldedBytes).value) [[unlikely]]
         contexts::fold(count);
 }
@@ -172,6 +175,8 @@ bool countSlow(ThreadHeap *heap, bool taken, std::size_t size, std::uint32_t con
     ThreadCount *count = heap ? &heap->counts.slots[countSlot(context)] : nullptr;
     if (count && count->id != context && !contexts::enter(*count, context))
         return false;
+    if (count)
+        here.count = count;
     auto const bytes = static_cast<std::int64_t>(size);
     if (!count || bytes > kUnfoldedBytes)
         return contexts::countDirect(count, context, taken ? 1 : -1, taken ? bytes : -bytes);
@@ -255,21 +260,13 @@ Stack &stackOf(ThreadHeap &heap, std::size_t size)
     return heap.stacks[classOf(size)];
 }
 
-ThreadCount *countOf(ThreadHeap &heap, std::uint32_t context)
-{
-    ThreadCount *count = &heap.counts.slots[countSlot(context)];
-    asm("" : "+r"(count)); // in a register: or each access works the address out again
-    return count;
-}
-
 // blockSize is what the block takes, size what is counted.
 [[gnu::always_inline]] inline void *alloc(std::size_t blockSize, std::size_t size, std::uint32_t context)
 {
     if (QEL_POOLHEAP_PLAIN || blockSize - 1 >= kSmallLimit) [[unlikely]]
         return allocSlow(blockSize, size, context);
-    ThreadHeap &heap = *theHeap;
-    ThreadCount *const count = countOf(heap, context);
-    Stack &stack = stackOf(heap, blockSize);
+    ThreadCount *const count = here.count;
+    Stack &stack = stackOf(*here.heap, blockSize);
     void **const top = stack.top;
     void *const block = *top;
     if (!block || count->id != context) [[unlikely]]
@@ -284,9 +281,8 @@ ThreadCount *countOf(ThreadHeap &heap, std::uint32_t context)
 {
     if (QEL_POOLHEAP_PLAIN || !block || blockSize - 1 >= kSmallLimit) [[unlikely]]
         return freeSlow(block, blockSize, size, context);
-    ThreadHeap &heap = *theHeap;
-    ThreadCount *const count = countOf(heap, context);
-    Stack &stack = stackOf(heap, blockSize);
+    ThreadCount *const count = here.count;
+    Stack &stack = stackOf(*here.heap, blockSize);
     void **const top = stack.top;
     if (top == stack.end || count->id != context) [[unlikely]]
         return freeSlow(block, blockSize, size, context);
@@ -356,8 +352,8 @@ void init()
 
 void shutdown()
 {
-    if (theHeap != &noHeap)
-        giveAllBack(*theHeap);
+    if (here.heap != &noHeap)
+        giveAllBack(*here.heap);
     central::trim();
 }
 
