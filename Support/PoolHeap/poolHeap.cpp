@@ -295,7 +295,8 @@ Stack &stackOf(ThreadHeap &heap, std::size_t size)
 
 #ifndef NDEBUG
 
-// Debug builds put this before every small block, and so know what a caller should have told on release.
+// Debug builds put this before every block of fast_alloc(), and so know what a caller should have told on
+// release.
 struct alignas(kStep) Mark {
     std::size_t size;
     std::uint32_t context;
