@@ -61,8 +61,8 @@ public:
     /// Sets defaultLogLevel and the default log's detail.
     void setLogDetail(LoggingLevel detail);
 
-    void setDefaultCallback(LogCallback callback);  ///< of the default log; without one, no effect
-    void setCallbackFilter(String const &filter);   ///< of the default log; without one, no effect
+    void setDefaultCallback(LogCallback callback); ///< of the default log; without one, no effect
+    void setCallbackFilter(String const &filter);  ///< of the default log; without one, no effect
 
     /// Is defaultLogLevel plus @p level at least 4? The guard of verbose lines; 1 for traces, 3 for warnings.
     static bool checkDefLogLevel(LogMessageLevel level)

@@ -31,8 +31,7 @@ void handleTerminate()
     logMessage("handleTerminate()\n", 2);
     if (dialog != nullptr) {
         Exception const *const last = Exception::getLastException();
-        dialog->display(last != nullptr ? last->getFullDescription()
-                                        : String("handleTerminate: Unknown"),
+        dialog->display(last != nullptr ? last->getFullDescription() : String("handleTerminate: Unknown"),
                         String());
     }
     std::exit(failed);
