@@ -1,0 +1,71 @@
+#pragma once
+
+#include "System/System/export.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace Qel {
+
+/// The bits under both bit streams. Bit k is bit (k mod 8), counted from the least significant, of byte k
+/// / 8.
+///
+/// Positions have 32 bits, so there are at most maxBytes bytes. What would lie behind them is not stored, and
+/// the position does not move then.
+class QEL_API BitStore {
+public:
+    static constexpr std::uint32_t maxBytes = 0x1FFFFFFF; ///< 512 MiB less one: its bits can still be counted
+
+    BitStore() = default;
+    explicit BitStore(std::vector<unsigned char> const &source); ///< a copy, cut at maxBytes
+
+    /// ORs a bit in and moves on. A position behind the end gets zeros up to it.
+    void writeBit(bool bit)
+    {
+        std::size_t const at = position / 8;
+        if (at >= bytes.size() && !grow(at + 1)) [[unlikely]] {
+            return;
+        }
+        bytes[at] = static_cast<unsigned char>(bytes[at] | unsigned{bit} << position % 8);
+        ++position;
+        highestBit = position > highestBit ? position : highestBit;
+    }
+
+    /// The bit at the position, which moves on; false at the end, where it stays.
+    bool readBit()
+    {
+        std::size_t const at = position / 8;
+        if (at >= bytes.size()) {
+            return false;
+        }
+        bool const bit = (bytes[at] >> position % 8 & 1) != 0;
+        ++position;
+        return bit;
+    }
+
+    /// ORs in the lowest @p count bits of @p value, the most significant of them first.
+    /// @param count  1 to 32
+    /// @return false if there is no room for all of them; nothing is then written
+    bool writeBits(std::uint32_t value, std::uint32_t count);
+
+    /// The next @p count bits, the first one being the most significant. Bits behind the end are 0.
+    /// @param count  1 to 32
+    std::uint32_t readBits(std::uint32_t count);
+
+    /// Moves up to a multiple of 8, or to the end of what 32 bits can count.
+    void align();
+
+    /// Makes @p count bytes of it, with zeros behind what is there.
+    /// @return false beyond maxBytes or without memory
+    bool grow(std::uint64_t count);
+
+    std::uint32_t sizeInBits() const { return numBytes() * 8; }
+    std::uint32_t numBytes() const { return static_cast<std::uint32_t>(bytes.size()); }
+
+    std::uint32_t position = 0;       ///< index of the next bit
+    std::uint32_t highestBit = 0;     ///< the largest position that a write of bits has reached
+    std::vector<unsigned char> bytes; ///< the contents
+};
+
+} // namespace Qel
