@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 namespace Qel {
@@ -47,11 +48,38 @@ public:
     /// ORs in the lowest @p count bits of @p value, the most significant of them first.
     /// @param count  1 to 32
     /// @return false if there is no room for all of them; nothing is then written
-    bool writeBits(std::uint32_t value, std::uint32_t count);
+    bool writeBits(std::uint32_t value, std::uint32_t count)
+    {
+        std::uint64_t const end = std::uint64_t{position} + count;
+        std::uint64_t const needed = (end + 7) / 8;
+        if (needed > bytes.size() && !grow(needed)) [[unlikely]] {
+            return false;
+        }
+        // In the order of the stream the first bit is the lowest one: a field lies in at most 5 bytes.
+        std::uint64_t field = std::uint64_t{reversed(value) >> (32 - count)} << position % 8;
+        unsigned char *const to = bytes.data();
+        for (std::size_t at = position / 8; at < needed; ++at, field >>= 8) {
+            to[at] = static_cast<unsigned char>(to[at] | (field & 0xFF));
+        }
+        position = static_cast<std::uint32_t>(end);
+        highestBit = position > highestBit ? position : highestBit;
+        return true;
+    }
 
     /// The next @p count bits, the first one being the most significant. Bits behind the end are 0.
     /// @param count  1 to 32
-    std::uint32_t readBits(std::uint32_t count);
+    std::uint32_t readBits(std::uint32_t count)
+    {
+        std::size_t const at = position / 8;
+        std::uint64_t field = 0;
+        if (at + sizeof(field) > bytes.size()) [[unlikely]] {
+            return readLastBits(count);
+        }
+        std::memcpy(&field, bytes.data() + at, sizeof(field));
+        std::uint32_t const bits = static_cast<std::uint32_t>(field >> position % 8);
+        position += count;
+        return reversed(bits) >> (32 - count);
+    }
 
     /// Moves up to a multiple of 8, or to the end of what 32 bits can count.
     void align();
@@ -63,9 +91,23 @@ public:
     std::uint32_t sizeInBits() const { return numBytes() * 8; }
     std::uint32_t numBytes() const { return static_cast<std::uint32_t>(bytes.size()); }
 
+    /// Are these bytes of the store itself, which may move as it grows?
+    bool holds(void const *address) const;
+
     std::uint32_t position = 0;       ///< index of the next bit
     std::uint32_t highestBit = 0;     ///< the largest position that a write of bits has reached
     std::vector<unsigned char> bytes; ///< the contents
+
+private:
+    static std::uint32_t reversed(std::uint32_t value)
+    {
+        value = (value & 0x55555555) << 1 | (value >> 1 & 0x55555555);
+        value = (value & 0x33333333) << 2 | (value >> 2 & 0x33333333);
+        value = (value & 0x0F0F0F0F) << 4 | (value >> 4 & 0x0F0F0F0F);
+        return __builtin_bswap32(value);
+    }
+
+    std::uint32_t readLastBits(std::uint32_t count);
 };
 
 } // namespace Qel

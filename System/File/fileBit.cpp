@@ -22,10 +22,15 @@ unsigned int cFileBit::write(void const *buffer, unsigned int size)
         return 0;
     }
     auto const *const bytes = static_cast<unsigned char const *>(buffer);
+    if (m_bits.holds(buffer)) {
+        std::vector<unsigned char> const moved(bytes, bytes + size);
+        return write(moved.data(), size);
+    }
+    if (!m_bits.grow((std::uint64_t{m_bits.position} + 8 * std::uint64_t{size} + 7) / 8)) {
+        return 0;
+    }
     for (unsigned int i = 0; i < size; ++i) {
-        if (!m_bits.writeBits(bytes[i], 8)) {
-            return i;
-        }
+        m_bits.writeBits(bytes[i], 8);
     }
     return size;
 }

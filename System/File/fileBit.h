@@ -35,7 +35,7 @@ public:
     unsigned int read(void *buffer, unsigned int size) override;
 
     /// Writes whole bytes, 8 bits each, wherever the position stands.
-    /// @return bytes taken: @p size, or fewer at the limit
+    /// @return @p size; 0 for a null @p buffer or at the limit
     unsigned int write(void const *buffer, unsigned int size) override;
 
     /// To any bit, also behind the end: a write there puts zeros between. @return the new position

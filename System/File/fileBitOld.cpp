@@ -30,13 +30,18 @@ unsigned int cFileBitOld::write(void const *buffer, unsigned int size)
     if (buffer == nullptr) {
         return 0;
     }
+    if (size > 0 && m_bits.holds(buffer)) {
+        auto const *const bytes = static_cast<unsigned char const *>(buffer);
+        std::vector<unsigned char> const moved(bytes, bytes + size);
+        return write(moved.data(), size);
+    }
     m_bits.align();
     std::uint64_t const end = std::uint64_t{m_bits.position} / 8 + size;
     if (!m_bits.grow(end)) {
         return 0;
     }
     if (size > 0) {
-        std::memmove(m_bits.bytes.data() + m_bits.bytes.size() - size, buffer, size);
+        std::memcpy(m_bits.bytes.data() + m_bits.bytes.size() - size, buffer, size);
     }
     m_bits.position = static_cast<std::uint32_t>(end * 8);
     return size;
