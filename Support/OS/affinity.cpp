@@ -88,7 +88,9 @@ Affinity &affinity()
     return *active.load(std::memory_order_acquire);
 }
 
-AffinityScope::AffinityScope(Affinity &affinity) : m_before(active.exchange(&affinity)) {}
+AffinityScope::AffinityScope(Affinity &affinity) : m_before(active.exchange(&affinity))
+{
+}
 
 AffinityScope::~AffinityScope()
 {

@@ -105,7 +105,9 @@ LocalTime localTime()
     return active().localTime();
 }
 
-ClockScope::ClockScope(Clock &clock) : m_before(activeClock.exchange(&clock)) {}
+ClockScope::ClockScope(Clock &clock) : m_before(activeClock.exchange(&clock))
+{
+}
 
 ClockScope::~ClockScope()
 {

@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <sys/utsname.h>
 
+#include <atomic>
 #include <charconv>
 #include <cstdio>
 #include <cstring>
@@ -10,6 +11,25 @@
 #include <memory>
 
 namespace os {
+
+namespace {
+
+bool askKernel(SystemVersion &version)
+{
+    utsname name{};
+    if (uname(&name) != 0) {
+        return false;
+    }
+    version = {};
+    version.platform = SystemVersion::otherSystem;
+    // "6.1.0-13-amd64": what is not there stays 0.
+    std::sscanf(name.release, "%9u.%9u.%9u", &version.major, &version.minor, &version.build);
+    return true;
+}
+
+constinit std::atomic<SystemVersionQuery> versionQuery{&askKernel};
+
+} // namespace
 
 bool processThreads(std::vector<std::uint32_t> &ids)
 {
@@ -44,15 +64,16 @@ bool processCpuTime(std::uint64_t &time)
 
 bool systemVersion(SystemVersion &version)
 {
-    utsname name{};
-    if (uname(&name) != 0) {
-        return false;
-    }
-    version = {};
-    version.platform = SystemVersion::otherSystem;
-    // "6.1.0-13-amd64": what is not there stays 0.
-    std::sscanf(name.release, "%9u.%9u.%9u", &version.major, &version.minor, &version.build);
-    return true;
+    return versionQuery.load()(version);
+}
+
+SystemVersionScope::SystemVersionScope(SystemVersionQuery query) : m_before(versionQuery.exchange(query))
+{
+}
+
+SystemVersionScope::~SystemVersionScope()
+{
+    versionQuery.store(m_before);
 }
 
 } // namespace os

@@ -35,4 +35,19 @@ struct SystemVersion {
 /// @return false if the system does not tell
 QEL_API bool systemVersion(SystemVersion &version);
 
+using SystemVersionQuery = bool (*)(SystemVersion &version);
+
+/// Replaces systemVersion() for a scope, on every thread. Scopes nest; they end in reverse order.
+class QEL_API SystemVersionScope {
+public:
+    explicit SystemVersionScope(SystemVersionQuery query);
+    ~SystemVersionScope();
+
+    SystemVersionScope(SystemVersionScope const &) = delete;
+    SystemVersionScope &operator=(SystemVersionScope const &) = delete;
+
+private:
+    SystemVersionQuery m_before;
+};
+
 } // namespace os

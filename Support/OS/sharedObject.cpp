@@ -129,8 +129,7 @@ std::unique_ptr<SharedMutex> SharedMutex::open(char const *name)
 std::unique_ptr<SharedSignal> SharedSignal::open(char const *name)
 {
     if (isName(name)) {
-        auto block =
-            SharedBlock::open('s', name, sizeof(std::atomic<std::uint32_t>), prepareSignal);
+        auto block = SharedBlock::open('s', name, sizeof(std::atomic<std::uint32_t>), prepareSignal);
         return block == nullptr ? nullptr : std::make_unique<NamedSignal>(std::move(block));
     }
     return std::make_unique<LocalSignal>();

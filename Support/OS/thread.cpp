@@ -107,6 +107,7 @@ private:
     std::uint32_t m_id = 0;
 };
 
+thread_local std::uint32_t ownId = 0; // asking the system each time would be a call each time
 thread_local OwnMailbox ownMailbox;
 thread_local Thread const *runningThread = nullptr; // which of ours the calling thread is
 
@@ -114,12 +115,29 @@ thread_local Thread const *runningThread = nullptr; // which of ours the calling
 
 std::uint32_t currentThreadId()
 {
-    return static_cast<std::uint32_t>(gettid());
+    if (ownId == 0) {
+        // The one thread of a forked process is another one than it was.
+        static int const resets = pthread_atfork(nullptr, nullptr, [] { ownId = 0; });
+        static_cast<void>(resets);
+        ownId = static_cast<std::uint32_t>(gettid());
+    }
+    return ownId;
 }
 
 bool setCurrentThreadPriority(ThreadPriority priority)
 {
     return setPriorityOf(currentThreadId(), priority);
+}
+
+UrgentScope::UrgentScope() : m_before(getpriority(PRIO_PROCESS, currentThreadId()))
+{
+    for (int nice = PRIO_MIN; nice < m_before && !setNice(currentThreadId(), nice); ++nice) {
+    }
+}
+
+UrgentScope::~UrgentScope()
+{
+    setNice(currentThreadId(), m_before);
 }
 
 bool setThreadName(std::uint32_t threadId, char const *name)

@@ -26,6 +26,19 @@ QEL_API std::uint32_t currentThreadId();
 /// @return false if the system refuses; nothing has then changed
 QEL_API bool setCurrentThreadPriority(ThreadPriority priority);
 
+/// While one exists, the calling thread is as urgent as the process may make it.
+class QEL_API UrgentScope {
+public:
+    UrgentScope();
+    ~UrgentScope();
+
+    UrgentScope(UrgentScope const &) = delete;
+    UrgentScope &operator=(UrgentScope const &) = delete;
+
+private:
+    int m_before;
+};
+
 /// Names a thread of this process for debuggers; the system keeps the first 15 bytes.
 /// @return false if there is no such thread
 QEL_API bool setThreadName(std::uint32_t threadId, char const *name);

@@ -28,8 +28,8 @@ thread_local std::uint64_t ownIdentity = 0;
 std::uint64_t identityOfCaller()
 {
     if (ownIdentity == 0) {
-        ownIdentity = std::uint64_t{++lastSerial} << serialShift |
-                      (os::currentThreadId() & threadMask) << threadShift;
+        ownIdentity = std::uint64_t{++lastSerial} << serialShift | (os::currentThreadId() & threadMask)
+                                                                       << threadShift;
     }
     return ownIdentity;
 }
@@ -58,7 +58,8 @@ void cCpuBinding::init(bool enable)
     if (!enable || !os::affinity().processMask(process)) {
         return;
     }
-    std::uint32_t const all = static_cast<std::uint32_t>(process) == 0 ? 1 : static_cast<std::uint32_t>(process);
+    std::uint32_t const all =
+        static_cast<std::uint32_t>(process) == 0 ? 1 : static_cast<std::uint32_t>(process);
     std::uint32_t const first = lowestBit(all & 0xFF);
     if (first == 0) {
         return;

@@ -2,7 +2,9 @@
 
 namespace Qel {
 
-cCritical::cCritical(unsigned int spinCount) : m_lock(spinCount) {}
+cCritical::cCritical(unsigned int spinCount) : m_lock(spinCount)
+{
+}
 
 cCritical::~cCritical()
 {

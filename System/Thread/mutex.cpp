@@ -2,7 +2,9 @@
 
 namespace Qel {
 
-cMutex::cMutex(char const *name) : m_handle(os::SharedMutex::open(name)) {}
+cMutex::cMutex(char const *name) : m_handle(os::SharedMutex::open(name))
+{
+}
 
 cMutex::~cMutex() = default;
 

@@ -2,7 +2,9 @@
 
 namespace Qel {
 
-cSignal::cSignal(char *name) : m_handle(os::SharedSignal::open(name)) {}
+cSignal::cSignal(char *name) : m_handle(os::SharedSignal::open(name))
+{
+}
 
 cSignal::~cSignal() = default;
 

@@ -18,8 +18,9 @@ public:
     cSignal(cSignal const &) = delete;
     cSignal &operator=(cSignal const &) = delete;
 
-    void signal();      ///< lets one waiter through, now or later
-    void wait_signal(); ///< takes the signal; waits without limit. Comes back at once if there is no signal object
+    void signal(); ///< lets one waiter through, now or later
+    void
+    wait_signal(); ///< takes the signal; waits without limit. Comes back at once if there is no signal object
 
 private:
     std::unique_ptr<os::SharedSignal> m_handle;

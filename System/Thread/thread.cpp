@@ -69,15 +69,27 @@ void iThread::_beginSteps()
     }
 }
 
-void iThread::_endSteps()
+void iThread::_askToStop()
 {
     m_status = THREAD_DONE;
     if (Control *const thread = control()) {
+        thread->stop();
+    }
+}
+
+void iThread::_endSteps()
+{
+    endSteps(noLimit);
+}
+
+void iThread::endSteps(std::uint32_t waitMs)
+{
+    _askToStop();
+    if (Control *const thread = control()) {
         bool const waitsForItself = thread->thread().isCurrent();
         QEL_ASSERT(!waitsForItself);
-        thread->stop();
         if (!waitsForItself) {
-            thread->waitEnd();
+            thread->waitEnd(waitMs);
         }
     }
 }
@@ -181,7 +193,7 @@ void iThread::run(ThreadControl &shared, void *worker)
 
 void iThread::operator delete(iThread *thread, std::destroying_delete_t)
 {
-    thread->_endSteps();
+    thread->endSteps(deleteWaitMs);
     void *const block = dynamic_cast<void *>(thread);
     thread->~iThread();
     ::operator delete(block);
@@ -189,7 +201,7 @@ void iThread::operator delete(iThread *thread, std::destroying_delete_t)
 
 void iThread::operator delete(iThread *thread, std::destroying_delete_t, std::align_val_t alignment)
 {
-    thread->_endSteps();
+    thread->endSteps(deleteWaitMs);
     void *const block = dynamic_cast<void *>(thread);
     thread->~iThread();
     ::operator delete(block, alignment);

@@ -44,8 +44,7 @@ public:
     iThread(iThread const &) = delete;
     iThread &operator=(iThread const &) = delete;
 
-    /// One step, on the object's own thread. An exception ends the thread, with a line to the debugger's
-    /// output.
+    /// One step, on the object's own thread. An exception ends the thread, and is logged at level 3.
     /// @param dt  seconds since the last step began; on the first one, since the thread began to run
     /// @return THREAD_CONTINUE to be called again. The base version gives the status: THREAD_CONTINUE until
     ///         the object is being destroyed
@@ -64,27 +63,30 @@ public:
     /// @return percent of one processor; 0 on the first call and without a thread
     virtual float getThreadLoad(float period);
 
-    /// `delete` stops the thread before the first destructor runs.
+    /// `delete` stops the thread before the first destructor runs. It waits a second at most for the step in
+    /// progress: a destructor may be what ends it.
     static void operator delete(iThread *thread, std::destroying_delete_t);
     static void operator delete(iThread *thread, std::destroying_delete_t, std::align_val_t alignment);
 
     void _beginSteps(); ///< for tThreaded: the object is complete
+    void _askToStop();  ///< for tThreaded: the thread makes no further step; waits for nothing
     void _endSteps();   ///< for tThreaded: the destructors are about to run
 
 protected:
-    std::uint64_t m_handle = 0;                             ///< the thread; 0 if the system gave none
-    std::atomic<std::uint32_t> m_sleep{0};                  ///< ms
-    std::atomic<eThreadStatus> m_status{THREAD_CONTINUE};   ///< THREAD_DONE once the thread is to stop
-    std::atomic<bool> m_finished{false};                    ///< the thread has made its last step
-    std::atomic<std::uint32_t> m_lastCpuTime{0};            ///< at the last load sample, in 10 us
-    std::atomic<std::uint32_t> m_lastTick{0};               ///< ms at the last load sample; 0 before the first
-    std::atomic<float> m_load{0.0f};                        ///< percent of one processor
-    std::uint64_t m_timingHandle = 0;                       ///< the thread that load sampling asks about
+    std::uint64_t m_handle = 0;                           ///< the thread; 0 if the system gave none
+    std::atomic<std::uint32_t> m_sleep{0};                ///< ms
+    std::atomic<eThreadStatus> m_status{THREAD_CONTINUE}; ///< THREAD_DONE once the thread is to stop
+    std::atomic<bool> m_finished{false};                  ///< the thread has made its last step
+    std::atomic<std::uint32_t> m_lastCpuTime{0};          ///< at the last load sample, in 10 us
+    std::atomic<std::uint32_t> m_lastTick{0};             ///< ms at the last load sample; 0 before the first
+    std::atomic<float> m_load{0.0f};                      ///< percent of one processor
+    std::uint64_t m_timingHandle = 0;                     ///< the thread that load sampling asks about
 
 private:
     struct Control;
     static void run(ThreadControl &control, void *thread);
     Control *control() const;
+    void endSteps(std::uint32_t waitMs);
 };
 
 } // namespace Qel

@@ -1,14 +1,12 @@
 #include "System/Thread/threadBarrier.h"
 
-#include "Support/OS/debug.h"
-
-#include <string>
+#include "System/System/logManager.h"
 
 namespace Qel {
 
 void reportThreadException(char const *what)
 {
-    os::debugOutput((std::string("thread ended by an exception: ") + what + '\n').c_str());
+    logMessage(String("Thread ended by an exception: ") + what + "\n", 3);
 }
 
 } // namespace Qel

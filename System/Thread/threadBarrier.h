@@ -8,8 +8,7 @@
 
 namespace Qel {
 
-/// Writes a line about an exception that reached the end of a thread to the debugger's output. The log
-/// belongs to the main thread.
+/// Logs an exception that reached the end of a thread, at level 3.
 void reportThreadException(char const *what);
 
 /// Runs a thread's loop, and keeps what it throws from ending the process.

@@ -45,10 +45,14 @@ void ThreadControl::setEnded()
     m_events->changed.notify_all();
 }
 
-void ThreadControl::waitEnd()
+bool ThreadControl::waitEnd(std::uint32_t ms)
 {
     std::unique_lock lock(m_events->lock);
-    m_events->changed.wait(lock, [this] { return m_ended; });
+    if (ms == noLimit) {
+        m_events->changed.wait(lock, [this] { return m_ended; });
+        return true;
+    }
+    return m_events->changed.wait_for(lock, std::chrono::milliseconds(ms), [this] { return m_ended; });
 }
 
 std::uint32_t ThreadControl::suspend()

@@ -35,11 +35,11 @@ public:
         }
     }
 
-    void stop();                         ///< no further step; ends all waiting of the thread
-    void waitEnd();                      ///< until the body is through
-    void join() { m_thread->join(); }    ///< until the system has taken the thread down
-    std::uint32_t suspend();             ///< the count before, or 0xFFFFFFFF if it can not grow
-    std::uint32_t resume();              ///< the count before
+    void stop();                      ///< no further step; ends all waiting of the thread
+    bool waitEnd(std::uint32_t ms);   ///< until the body is through; false if it is not after so long
+    void join() { m_thread->join(); } ///< until the system has taken the thread down
+    std::uint32_t suspend();          ///< the count before, or 0xFFFFFFFF if it can not grow
+    std::uint32_t resume();           ///< the count before
     os::Thread &thread() { return *m_thread; }
 
     // For the thread itself.
@@ -66,6 +66,13 @@ private:
     std::unique_ptr<os::Thread> m_thread; // the creator's
 };
 
+/// The longest waitEnd(): without a limit.
+inline constexpr std::uint32_t noLimit = 0xFFFFFFFF;
+
+/// How long `delete` waits for the step in progress before it goes on to the destructors, one of which may be
+/// what the step waits for.
+inline constexpr std::uint32_t deleteWaitMs = 1000;
+
 /// A virtual operation of an object, looked up once: the thread then never reads the object's table pointer,
 /// which the destructors write.
 template <class Class, class Result, class... Arguments>
@@ -90,7 +97,10 @@ public:
         std::memcpy(&m_function, table + parts.place - 1, sizeof m_function);
     }
 
-    Result operator()(Class *object, Arguments... arguments) const { return m_function(object, arguments...); }
+    Result operator()(Class *object, Arguments... arguments) const
+    {
+        return m_function(object, arguments...);
+    }
 
 private:
     Function m_function = nullptr;

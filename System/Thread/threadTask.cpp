@@ -43,21 +43,31 @@ ThreadTask::Control *ThreadTask::control() const
 void ThreadTask::_beginSteps() const
 {
     if (Control *const thread = control()) {
-        thread->open([&] {
-            thread->process.resolve(const_cast<ThreadTask *>(this), &ThreadTask::process);
-        });
+        thread->open([&] { thread->process.resolve(const_cast<ThreadTask *>(this), &ThreadTask::process); });
+    }
+}
+
+void ThreadTask::_askToStop()
+{
+    m_info.running = false;
+    if (Control *const thread = control()) {
+        thread->stop();
     }
 }
 
 void ThreadTask::_endSteps()
 {
-    m_info.running = false;
+    endSteps(noLimit);
+}
+
+void ThreadTask::endSteps(std::uint32_t waitMs)
+{
+    _askToStop();
     if (Control *const thread = control()) {
-        [[maybe_unused]] bool const waitsForItself = thread->thread().isCurrent();
+        bool const waitsForItself = thread->thread().isCurrent();
         QEL_ASSERT(!waitsForItself);
-        thread->stop();
         if (!waitsForItself) {
-            thread->waitEnd();
+            thread->waitEnd(waitMs);
         }
     }
 }
@@ -133,7 +143,7 @@ void ThreadTask::run(ThreadControl &shared, void *worker)
 
 void ThreadTask::operator delete(ThreadTask *task, std::destroying_delete_t)
 {
-    task->_endSteps();
+    task->endSteps(deleteWaitMs);
     void *const block = dynamic_cast<void *>(task);
     task->~ThreadTask();
     ::operator delete(block);
@@ -141,7 +151,7 @@ void ThreadTask::operator delete(ThreadTask *task, std::destroying_delete_t)
 
 void ThreadTask::operator delete(ThreadTask *task, std::destroying_delete_t, std::align_val_t alignment)
 {
-    task->_endSteps();
+    task->endSteps(deleteWaitMs);
     void *const block = dynamic_cast<void *>(task);
     task->~ThreadTask();
     ::operator delete(block, alignment);

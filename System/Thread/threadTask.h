@@ -35,11 +35,11 @@ class ThreadControl;
 class QEL_API ThreadTask {
 public:
     struct ThreadTaskInfo {
-        std::uint64_t handle = 0;              ///< the thread; 0 if the system gave none
-        std::atomic<std::uint32_t> sleep{50};  ///< ms between two steps
-        std::atomic<bool> running{true};       ///< the loop goes on while it is set
-        std::atomic<bool> finished{false};     ///< set by the thread as its last act
-        std::atomic<bool> alertable{false};    ///< does the sleep deliver completions?
+        std::uint64_t handle = 0;             ///< the thread; 0 if the system gave none
+        std::atomic<std::uint32_t> sleep{50}; ///< ms between two steps
+        std::atomic<bool> running{true};      ///< the loop goes on while it is set
+        std::atomic<bool> finished{false};    ///< set by the thread as its last act
+        std::atomic<bool> alertable{false};   ///< does the sleep deliver completions?
     };
 
     ThreadTask();
@@ -52,7 +52,7 @@ public:
 
     /// One step, on the object's own thread, never two at once.
     /// @param dt  seconds since the last step began; on the first one, since the thread began to run
-    /// @return false to end the thread. An exception ends it as well, with a line to the debugger's output
+    /// @return false to end the thread. An exception ends it as well, and is logged at level 3
     virtual bool process(float dt) = 0;
 
     /// @param ms         between two steps; 0 only gives the time slice away
@@ -74,11 +74,13 @@ public:
     /// the step in progress. Not from process().
     void waitThreadFinish();
 
-    /// `delete` stops the thread before the first destructor runs.
+    /// `delete` stops the thread before the first destructor runs. It waits a second at most for the step in
+    /// progress: a destructor may be what ends it.
     static void operator delete(ThreadTask *task, std::destroying_delete_t);
     static void operator delete(ThreadTask *task, std::destroying_delete_t, std::align_val_t alignment);
 
     void _beginSteps() const; ///< for tThreaded: the object is complete
+    void _askToStop();        ///< for tThreaded: the thread makes no further step; waits for nothing
     void _endSteps();         ///< for tThreaded: the destructors are about to run
 
 protected:
@@ -88,6 +90,7 @@ private:
     struct Control;
     static void run(ThreadControl &control, void *task);
     Control *control() const;
+    void endSteps(std::uint32_t waitMs);
     bool _process(Control &control, float dt);
     void setThreadFinished() { m_info.finished = true; }
 };
