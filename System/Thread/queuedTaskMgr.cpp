@@ -6,7 +6,7 @@
 
 namespace Qel {
 
-template class QEL_API tSingleton<QueuedTaskMgr>;
+template class tSingleton<QueuedTaskMgr>;
 
 namespace {
 

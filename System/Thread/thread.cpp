@@ -132,7 +132,7 @@ void iThread::_setThreadFinished()
 float iThread::getThreadLoad(float period)
 {
     _beginSteps();
-    auto const *const timed = reinterpret_cast<Control *>(static_cast<std::uintptr_t>(m_timingHandle));
+    auto *const timed = reinterpret_cast<Control *>(static_cast<std::uintptr_t>(m_timingHandle));
     std::uint64_t used = 0;
     if (timed == nullptr || !timed->thread().cpuTime(used)) {
         return 0.0f;

@@ -11,7 +11,7 @@
 
 namespace Qel {
 
-template class QEL_API tSingleton<ProcessorInfo>;
+template class tSingleton<ProcessorInfo>;
 
 namespace {
 

@@ -5,7 +5,7 @@
 
 namespace Qel {
 
-template class QEL_API tSingleton<ProfileManager>;
+template class tSingleton<ProfileManager>;
 
 void profiling_state(eProfileState)
 {

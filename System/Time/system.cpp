@@ -4,7 +4,7 @@
 
 namespace Qel {
 
-constinit void *(*cSystem::memcpy)(void *, void const *, std::size_t) = &std::memcpy;
+void *(*cSystem::memcpy)(void *, void const *, std::size_t) = &std::memcpy;
 
 bool cSystem::memcmp(unsigned char const *block, unsigned char value, unsigned int count)
 {
