@@ -69,11 +69,11 @@ QEL_API void std_free(void *block, std::uint32_t flags = 0); ///< null is allowe
 /// @param context  any number; need not have been named
 /// @param size     bytes; 0 gives a block, too
 /// @return null if there is no memory
-QEL_API void *fast_alloc(std::size_t size, std::uint32_t context);
+[[gnu::noplt]] QEL_API void *fast_alloc(std::size_t size, std::uint32_t context);
 
 /// Gives a block of fast_alloc() back. Any thread may do so.
 /// @param size, context  as they were on allocation; null as @p block is allowed
-QEL_API void fast_free(void *block, std::size_t size, std::uint32_t context);
+[[gnu::noplt]] QEL_API void fast_free(void *block, std::size_t size, std::uint32_t context);
 
 /// Reads a context's counts.
 /// @return false if nothing was ever taken under @p context and it was never named
