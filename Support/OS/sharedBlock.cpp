@@ -8,7 +8,8 @@
 
 #include <cerrno>
 #include <cstdint>
-#include <cstring>
+#include <map>
+#include <mutex>
 
 namespace os {
 
@@ -53,15 +54,36 @@ bool lockFile(int handle, int operation)
 
 } // namespace
 
-std::unique_ptr<SharedBlock> SharedBlock::open(char kind, char const *name, std::size_t size, Prepare prepare)
+SharedBlock::SharedBlock(std::string path, int handle, std::size_t size)
+    : m_path(std::move(path)), m_handle(handle), m_size(size), m_process(getpid())
 {
+}
+
+std::shared_ptr<SharedBlock> SharedBlock::open(char kind, char const *name, std::size_t size, Prepare prepare)
+{
+    static std::mutex lock;
+    static std::map<std::string, std::weak_ptr<SharedBlock>> opened;
+
     std::string const path = fileName(kind, name);
+    std::lock_guard const guard(lock);
+    std::erase_if(opened, [](auto const &entry) { return entry.second.expired(); });
+    std::weak_ptr<SharedBlock> &known = opened[path];
+    std::shared_ptr<SharedBlock> block = known.lock();
+    if (block == nullptr || block->m_process != getpid()) {
+        block = openFile(path, size, prepare);
+        known = block;
+    }
+    return block;
+}
+
+std::shared_ptr<SharedBlock> SharedBlock::openFile(std::string const &path, std::size_t size, Prepare prepare)
+{
     for (int attempt = 0; attempt < attempts; ++attempt) {
         int const handle = ::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
         if (handle < 0) {
             return nullptr;
         }
-        std::unique_ptr<SharedBlock> block(new SharedBlock(path, handle, size));
+        std::shared_ptr<SharedBlock> block(new SharedBlock(path, handle, size));
         if (block->enter(prepare)) {
             return block;
         }
@@ -121,7 +143,7 @@ SharedBlock::~SharedBlock()
     if (m_memory != nullptr) {
         munmap(m_memory, m_size);
     }
-    if (lockFile(m_handle, LOCK_EX | LOCK_NB) && isNamed()) {
+    if (m_process == getpid() && lockFile(m_handle, LOCK_EX | LOCK_NB) && isNamed()) {
         unlink(m_path.c_str());
     }
     close(m_handle);

@@ -48,11 +48,11 @@ bool unlockMutex(pthread_mutex_t &mutex)
 
 class NamedMutex final : public SharedMutex {
 public:
-    explicit NamedMutex(std::unique_ptr<SharedBlock> block) : m_block(std::move(block)) {}
+    explicit NamedMutex(std::shared_ptr<SharedBlock> block) : m_block(std::move(block)) {}
     ~NamedMutex() override
     {
-        // The system remembers where a held lock lies; that place is about to go.
-        while (unlockMutex(mutex())) {
+        // The system remembers where a held lock lies; that place goes with the last user.
+        while (m_block.use_count() == 1 && unlockMutex(mutex())) {
         }
     }
 
@@ -62,7 +62,7 @@ public:
 private:
     pthread_mutex_t &mutex() const { return *static_cast<pthread_mutex_t *>(m_block->memory()); }
 
-    std::unique_ptr<SharedBlock> m_block;
+    std::shared_ptr<SharedBlock> m_block;
 };
 
 class LocalMutex final : public SharedMutex {
@@ -86,7 +86,7 @@ private:
 
 class NamedSignal final : public SharedSignal {
 public:
-    explicit NamedSignal(std::unique_ptr<SharedBlock> block) : m_block(std::move(block)) {}
+    explicit NamedSignal(std::shared_ptr<SharedBlock> block) : m_block(std::move(block)) {}
 
     void give() override { giveSignal(word(), FutexScope::Shared); }
     void wait() override { waitSignal(word(), FutexScope::Shared); }
@@ -97,7 +97,7 @@ private:
         return *static_cast<std::atomic<std::uint32_t> *>(m_block->memory());
     }
 
-    std::unique_ptr<SharedBlock> m_block;
+    std::shared_ptr<SharedBlock> m_block;
 };
 
 class LocalSignal final : public SharedSignal {

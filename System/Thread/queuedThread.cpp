@@ -24,6 +24,16 @@ iQueuedThread::~iQueuedThread()
     endWork();
 }
 
+void *iQueuedThread::operator new(std::size_t size)
+{
+    return ::operator new(size);
+}
+
+void iQueuedThread::operator delete(void *block)
+{
+    ::operator delete(block);
+}
+
 void iQueuedThread::endWork()
 {
     // The status first, so that the worker that wakes up finds it; the signal lives until its thread is gone.

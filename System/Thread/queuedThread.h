@@ -24,7 +24,8 @@ public:
     eThreadStatus runThread(float dt) override;
 
     /// Nothing derives from it, so its destructor comes early enough to stop the thread.
-    static void operator delete(void *block) { ::operator delete(block); }
+    static void *operator new(std::size_t size);
+    static void operator delete(void *block);
 
     bool isBusy() const { return getTask() != nullptr; }
     iQueuedTask *getTask() const { return m_task.load(std::memory_order_acquire); } ///< null when idle

@@ -191,6 +191,26 @@ void iThread::run(ThreadControl &shared, void *worker)
     });
 }
 
+void *iThread::operator new(std::size_t size)
+{
+    return ::operator new(size);
+}
+
+void iThread::operator delete(void *block)
+{
+    ::operator delete(block);
+}
+
+void *iThread::operator new(std::size_t size, std::align_val_t alignment)
+{
+    return ::operator new(size, alignment);
+}
+
+void iThread::operator delete(void *block, std::align_val_t alignment)
+{
+    ::operator delete(block, alignment);
+}
+
 void iThread::operator delete(iThread *thread, std::destroying_delete_t)
 {
     thread->endSteps(deleteWaitMs);

@@ -141,6 +141,26 @@ void ThreadTask::run(ThreadControl &shared, void *worker)
     });
 }
 
+void *ThreadTask::operator new(std::size_t size)
+{
+    return ::operator new(size);
+}
+
+void ThreadTask::operator delete(void *block)
+{
+    ::operator delete(block);
+}
+
+void *ThreadTask::operator new(std::size_t size, std::align_val_t alignment)
+{
+    return ::operator new(size, alignment);
+}
+
+void ThreadTask::operator delete(void *block, std::align_val_t alignment)
+{
+    ::operator delete(block, alignment);
+}
+
 void ThreadTask::operator delete(ThreadTask *task, std::destroying_delete_t)
 {
     task->endSteps(deleteWaitMs);

@@ -3,6 +3,7 @@
 #include "System/System/export.h"
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <new>
 
@@ -73,6 +74,14 @@ public:
     /// Asks the thread to stop, and returns when it has left its loop: at once if it is asleep, else after
     /// the step in progress. Not from process().
     void waitThreadFinish();
+
+    /// The global ones. They stand here, and only the one for a given place is inline, so that the compiler
+    /// takes them and the ones below for pairs that belong together.
+    static void *operator new(std::size_t size);
+    static void *operator new(std::size_t size, std::align_val_t alignment);
+    static void *operator new(std::size_t, void *place) noexcept { return place; }
+    static void operator delete(void *block);                             ///< after a constructor has thrown
+    static void operator delete(void *block, std::align_val_t alignment); ///< after a constructor has thrown
 
     /// `delete` stops the thread before the first destructor runs. It waits a second at most for the step in
     /// progress: a destructor may be what ends it.
