@@ -34,6 +34,8 @@
 #include "System/File/fileDisk.h"
 #include "System/File/fileMem.h"
 #include "System/File/fileTempMem.h"
+#include "System/File/textToken.h"
+#include "System/File/textTokenizer.h"
 #include "System/Patterns/command.h"
 #include "System/Patterns/factoryObj.h"
 #include "System/Patterns/macroCommand.h"
