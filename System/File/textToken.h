@@ -3,6 +3,7 @@
 #include "System/System/export.h"
 #include "System/System/string.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace Qel {
@@ -78,6 +79,15 @@ public:
 
 private:
     friend class TextTokenizer;
+
+    /// A text of at most shortSize characters. A copy of fixed length, cut afterwards: the lengths of tokens
+    /// cannot be foreseen.
+    TextToken(token_type type, char const *text, std::size_t size) : m_type(type), m_text(text, shortSize)
+    {
+        m_text.erase(m_text.begin() + static_cast<std::ptrdiff_t>(size), m_text.end());
+    }
+
+    static constexpr std::size_t shortSize = 15; // what a string holds in itself
 
     token_type m_type = TOK_NONE;
     String m_text;

@@ -5,8 +5,18 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstring>
+#include <memory>
 #include <typeinfo>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+// One token is so little work that a call for each piece of it would show, and what is inlined can keep the
+// place in the text in registers.
+#define QEL_INLINE [[gnu::always_inline]] inline
 
 namespace Qel {
 
@@ -16,7 +26,7 @@ enum CharClass : std::uint8_t {
     classSpace = 1,
     classDigit = 2,
     className = 4, // what an identifier goes on with
-    classNameStart = 8,
+    classSign = 8, // what a digit behind it makes a number
 };
 
 struct CharFacts {
@@ -30,6 +40,7 @@ constexpr CharFacts charFacts()
     facts.types.fill(TOK_END);
     for (char const c : {'\t', '\n', '\v', '\f', '\r', ' '}) {
         facts.classes[static_cast<unsigned char>(c)] = classSpace;
+        facts.types[static_cast<unsigned char>(c)] = TOK_NONE;
     }
     for (unsigned c = '0'; c <= '9'; ++c) {
         facts.classes[c] = classDigit | className;
@@ -37,15 +48,16 @@ constexpr CharFacts charFacts()
     }
     for (unsigned c = 'a'; c <= 'z'; ++c) {
         for (unsigned const letter : {c, c - 'a' + 'A'}) {
-            facts.classes[letter] = className | classNameStart;
+            facts.classes[letter] = className;
             facts.types[letter] = TOK_IDENTIFIER;
         }
     }
-    facts.classes['_'] = className | classNameStart;
+    facts.classes['_'] = className;
     facts.types['_'] = TOK_IDENTIFIER;
     facts.classes['\''] = className;
     facts.types['"'] = TOK_STRING;
 
+    facts.classes['-'] = facts.classes['.'] = classSign;
     constexpr char punctuation[] = "+-*^!@#$%&|=><?,()[]{}\\/:;~.";
     std::uint8_t type = TOK_PLUS;
     for (char const *c = punctuation; *c != 0; ++c) {
@@ -62,6 +74,59 @@ bool is(unsigned char c, CharClass wanted)
     return (facts.classes[c] & wanted) != 0;
 }
 
+#if defined(__SSE2__)
+
+/// Sixteen characters. Each question gives a bit for each of them, the first one lowest.
+class Chars16 {
+public:
+    static constexpr std::ptrdiff_t size = 16;
+
+    explicit Chars16(unsigned char const *at)
+        : m_chars(_mm_loadu_si128(reinterpret_cast<__m128i const *>(at)))
+    {
+    }
+
+    unsigned notDigits() const { return inverse(between(m_chars, '0', '9')); }
+    unsigned notNames() const
+    {
+        __m128i const lower = _mm_or_si128(m_chars, _mm_set1_epi8('a' - 'A'));
+        return inverse(_mm_or_si128(_mm_or_si128(between(lower, 'a', 'z'), between(m_chars, '0', '9')),
+                                    _mm_or_si128(equal('_'), equal('\''))));
+    }
+
+private:
+    __m128i equal(char c) const { return _mm_cmpeq_epi8(m_chars, _mm_set1_epi8(c)); }
+    static __m128i between(__m128i chars, char low, char high)
+    {
+        __m128i const above = _mm_sub_epi8(chars, _mm_set1_epi8(low));
+        return _mm_cmpeq_epi8(_mm_min_epu8(above, _mm_set1_epi8(static_cast<char>(high - low))), above);
+    }
+    static unsigned inverse(__m128i bytes)
+    {
+        return static_cast<unsigned>(_mm_movemask_epi8(bytes)) ^ 0xFFFFu;
+    }
+
+    __m128i m_chars;
+};
+
+#endif
+
+// The end of a name. Sixteen characters at once cost less than not foreseeing which is the last.
+QEL_INLINE unsigned char const *endOfName(unsigned char const *at, unsigned char const *end)
+{
+#if defined(__SSE2__)
+    for (; end - at >= Chars16::size; at += Chars16::size) {
+        if (unsigned const others = Chars16(at).notNames(); others != 0) {
+            return at + std::countr_zero(others);
+        }
+    }
+#endif
+    while (at != end && is(*at, className)) {
+        ++at;
+    }
+    return at;
+}
+
 cFileMem *asMemory(cFile &file)
 {
     // A class derived from these may read in a way of its own.
@@ -69,79 +134,116 @@ cFileMem *asMemory(cFile &file)
     return plain ? static_cast<cFileMem *>(&file) : nullptr;
 }
 
+// Sets the position of a stream in memory to one inside it, without the call that seek() is.
+struct Position : cFileMem {
+    static void set(cFileMem &file, std::uint32_t position) { file.*(&Position::m_position) = position; }
+};
+
 } // namespace
 
-/// The characters from the stream's position on, for the time of one operation: all that is left of a stream
-/// in memory, a block of any other. At its end the stream is put behind the last character taken.
-class TextTokenizer::Cursor {
+// A source holds the characters from the stream's position on for the time of one operation: those between
+// `at` and `end`, and in a stream that is not in memory what refill() brings. At its end the stream is put
+// behind the last character taken. What a token takes lies between `from` and `at`.
+
+/// All that is left of a stream in memory.
+class TextTokenizer::MemorySource {
+public:
+    explicit MemorySource(cFileMem &file)
+        : m_file(file), m_start(file.cFileMem::getData()), end(m_start + file.cFileMem::size())
+    {
+        // A stream that was made shorter may stand behind its end.
+        m_came = std::min(file.cFileMem::tell(), file.cFileMem::size());
+        at = from = m_start + m_came;
+    }
+    QEL_INLINE ~MemorySource()
+    {
+        if (auto const position = static_cast<std::uint32_t>(at - m_start); position != m_came) {
+            Position::set(m_file, position);
+        }
+    }
+
+    MemorySource(MemorySource const &) = delete;
+    MemorySource &operator=(MemorySource const &) = delete;
+
+    bool atEnd() const { return at == end; }
+    bool hasMore(String &) const { return at != end; }
+    void beginToken() { from = at - 1; }
+    QEL_INLINE void endToken(TextTokenizer &tokens) const
+    {
+        std::size_t const size = textSize();
+        bool const isShort =
+            size < sizeof tokens.m_short && static_cast<std::size_t>(end - from) >= sizeof tokens.m_short;
+        if (isShort) {
+            std::memcpy(tokens.m_short, from, sizeof tokens.m_short);
+            tokens.m_shortSize = static_cast<std::uint8_t>(size);
+        } else {
+            tokens.setLongText(reinterpret_cast<char const *>(from), size);
+        }
+    }
+    void endText(String &text) const { text.append(reinterpret_cast<char const *>(from), textSize()); }
+
+private:
+    std::size_t textSize() const { return static_cast<std::size_t>(at - from); }
+
+    cFileMem &m_file;
+    unsigned char const *m_start;
+    std::uint32_t m_came;
+
+public:
+    unsigned char const *at;
+    unsigned char const *end;
+    unsigned char const *from;
+};
+
+/// Blocks of any other stream.
+class TextTokenizer::StreamSource {
 public:
     static constexpr unsigned int blockSize = 256;
 
-    Cursor(TextTokenizer const &tokens, unsigned int block = blockSize)
-        : m_file(*tokens.m_file), m_memory(tokens.m_memory)
+    explicit StreamSource(cFile &file, unsigned int block = blockSize) : m_file(file), m_block(block)
     {
-        if (m_memory != nullptr) {
-            m_start = m_memory->cFileMem::getData();
-            std::uint32_t const size = m_memory->cFileMem::size();
-            std::uint32_t const position = std::min(m_memory->cFileMem::tell(), size);
-            at = from = m_start + position;
-            end = m_start + size;
-            m_block = position;
-        } else {
-            // The positions of bit streams count bits, and may lie inside a byte.
-            eFileClass const type = m_file.getType();
-            m_bits = type == FILECLASS_BIT || type == FILECLASS_BITOLD;
-            m_block = m_bits ? 1 : block;
+        // The positions of bit streams count bits, and may lie inside a byte.
+        eFileClass const type = file.getType();
+        m_bits = type == FILECLASS_BIT || type == FILECLASS_BITOLD;
+        if (m_bits) {
+            m_block = 1;
+        }
+    }
+    ~StreamSource()
+    {
+        if (at != end) {
+            m_file.seek(m_position + static_cast<std::uint32_t>(at - m_buffer));
         }
     }
 
-    ~Cursor()
-    {
-        if (m_memory != nullptr) {
-            auto const position = static_cast<std::uint32_t>(at - m_start);
-            if (position != m_block) {
-                m_memory->cFileMem::seek(position);
-            }
-        } else if (at != end) {
-            m_file.seek(m_position + static_cast<std::uint32_t>(at - m_start));
-        }
-    }
-
-    Cursor(Cursor const &) = delete;
-    Cursor &operator=(Cursor const &) = delete;
+    StreamSource(StreamSource const &) = delete;
+    StreamSource &operator=(StreamSource const &) = delete;
 
     bool atEnd() { return at == end && !refill(); }
-
-    // What a token takes lies between `from` and `at`, and goes into its text when the window moves on and
-    // when the token is complete.
-    void beginText() { from = at - 1; }
-    void endText(String &text)
-    {
-        text.append(reinterpret_cast<char const *>(from), static_cast<std::size_t>(at - from));
-        from = at;
-    }
     bool hasMore(String &text)
     {
         if (at != end) {
             return true;
-        }
-        if (m_memory != nullptr) {
-            return false;
         }
         endText(text);
         bool const more = refill();
         from = at;
         return more;
     }
+    void beginToken() { from = at - 1; }
+    void endToken(TextTokenizer &tokens) { endText(tokens.m_next.m_text); }
+    void endText(String &text)
+    {
+        text.append(reinterpret_cast<char const *>(from), static_cast<std::size_t>(at - from));
+        from = at;
+    }
 
-    unsigned char const *at = nullptr;
-    unsigned char const *end = nullptr;
-    unsigned char const *from = nullptr;
+    unsigned char const *at = m_buffer;
+    unsigned char const *end = m_buffer;
+    unsigned char const *from = m_buffer;
 
 private:
-    bool refill() { return m_memory == nullptr && readBlock(); }
-
-    bool readBlock()
+    bool refill()
     {
         std::uint32_t const position = m_file.tell();
         // Behind its end a bit stream goes on with zeros.
@@ -153,93 +255,111 @@ private:
             return false;
         }
         m_position = position;
-        at = m_start = m_buffer;
+        at = m_buffer;
         end = at + count;
         return true;
     }
 
     cFile &m_file;
-    cFileMem *m_memory;
-    unsigned char const *m_start = nullptr; // of the window
-    std::uint32_t m_position = 0;           // of the window in the stream, which is not in memory
-    std::uint32_t m_block = 0; // of a stream in memory the position it came with, else bytes to read
-    bool m_bits = false;
+    std::uint32_t m_position = 0; // of the block in the stream
+    std::uint32_t m_block;        // bytes to read at a time
+    bool m_bits;
     unsigned char m_buffer[blockSize];
 };
 
-TextTokenizer::TextTokenizer(cFile &file) : m_file(&file), m_memory(asMemory(file))
+template <class Work>
+QEL_INLINE auto TextTokenizer::withSource(Work work) const
 {
-    Cursor cursor(*this);
-    fillNextToken(cursor);
+    if (m_memory != nullptr) {
+        MemorySource source(*m_memory);
+        return work(source);
+    }
+    StreamSource source(*m_file);
+    return work(source);
 }
 
-inline void TextTokenizer::fillNextToken(Cursor &cursor)
+template <class Source>
+QEL_INLINE void TextTokenizer::fillNextToken(Source &source)
 {
-    m_next.m_type = TOK_NONE;
-    m_next.m_text.clear();
-    if (cursor.atEnd()) {
+    m_shortSize = notShort;
+    if (source.atEnd()) {
         m_next.m_type = TOK_END;
         return;
     }
 
-    unsigned char c = *cursor.at++;
+    unsigned char c = *source.at++;
+    auto type = static_cast<token_type>(facts.types[c]);
     bool blanks = false;
-    while (is(c, classSpace)) {
-        m_line += c == '\n';
-        if (cursor.atEnd()) {
-            break;
-        }
-        c = *cursor.at++;
-        blanks = true;
+    if (type == TOK_NONE) {
+        std::uint32_t lines = 0;
+        do {
+            lines += c == '\n' ? 1 : 0;
+            if (source.atEnd()) {
+                type = TOK_END;
+                break;
+            }
+            blanks = true;
+            c = *source.at++;
+            type = static_cast<token_type>(facts.types[c]);
+        } while (type == TOK_NONE);
+        m_line += lines;
     }
     m_precededByWhitespace = blanks;
 
-    cursor.beginText();
-    auto const type = static_cast<token_type>(facts.types[c]);
-    switch (type) {
-    case TOK_IDENTIFIER:
-        readIdentifier(cursor);
+    source.beginToken();
+    if (type == TOK_IDENTIFIER) {
+        readIdentifier(source);
         return;
-    case TOK_INTEGER:
-        readNumber(cursor, false);
-        return;
-    case TOK_STRING:
-        readString(cursor);
-        return;
-    case TOK_MINUS:
-    case TOK_DOT:
-        if (cursor.hasMore(m_next.m_text) && is(*cursor.at, classDigit)) {
-            readNumber(cursor, type == TOK_DOT);
-            return;
-        }
-        break;
-    default:
-        break;
     }
-    cursor.endText(m_next.m_text);
+    // A sign or point is a number's if a digit follows: asked without a branch, since text shows no pattern.
+    unsigned const classes = facts.classes[c];
+    bool const more =
+        source.at != source.end || ((classes & classSign) != 0 && source.hasMore(m_next.m_text));
+    unsigned const next = more ? facts.classes[*source.at] : 0u;
+    if (((classes | (classes / (classSign / classDigit) & next)) & classDigit) != 0) {
+        readNumber(source, c == '.');
+        return;
+    }
+    if (type == TOK_STRING) {
+        readString(source);
+        return;
+    }
+    source.endToken(*this);
     m_next.m_type = type;
 }
 
-inline void TextTokenizer::readIdentifier(Cursor &cursor)
+template <class Source>
+QEL_INLINE void TextTokenizer::readIdentifier(Source &source)
 {
     do {
-        unsigned char const *at = cursor.at;
-        while (at != cursor.end && is(*at, className)) {
-            ++at;
-        }
-        cursor.at = at;
-    } while (cursor.at == cursor.end && cursor.hasMore(m_next.m_text));
-    cursor.endText(m_next.m_text);
+        source.at = endOfName(source.at, source.end);
+    } while (source.at == source.end && source.hasMore(m_next.m_text));
+    source.endToken(*this);
     m_next.m_type = TOK_IDENTIFIER;
 }
 
-void TextTokenizer::readNumber(Cursor &cursor, bool seenDot)
+template <class Source>
+QEL_INLINE void TextTokenizer::readNumber(Source &source, bool seenDot)
 {
     bool dot = seenDot;
+#if defined(__SSE2__)
+    // Digits, perhaps a point and digits: found without a branch for each.
+    if (source.end - source.at >= Chars16::size) {
+        unsigned others = Chars16(source.at).notDigits();
+        bool const point = others != 0 && source.at[std::countr_zero(others)] == '.' && !seenDot;
+        others &= point ? others - 1 : others;
+        if (others != 0 && source.at[std::countr_zero(others)] != 'e') {
+            source.at += std::countr_zero(others);
+            source.endToken(*this);
+            m_next.m_type = point || seenDot ? TOK_FLOAT : TOK_INTEGER;
+            return;
+        }
+    }
+#endif
     bool exponent = false;
     bool minus = false;
-    for (; cursor.hasMore(m_next.m_text); ++cursor.at) {
-        unsigned char const c = *cursor.at;
+    for (; source.hasMore(m_next.m_text); ++source.at) {
+        unsigned char const c = *source.at;
         if (is(c, classDigit)) {
             continue;
         }
@@ -253,72 +373,120 @@ void TextTokenizer::readNumber(Cursor &cursor, bool seenDot)
             break;
         }
     }
-    cursor.endText(m_next.m_text);
+    source.endToken(*this);
     m_next.m_type = dot || exponent ? TOK_FLOAT : TOK_INTEGER;
 }
 
-void TextTokenizer::readString(Cursor &cursor)
+template <class Source>
+QEL_INLINE void TextTokenizer::readString(Source &source)
 {
-    while (cursor.hasMore(m_next.m_text)) {
-        auto const left = static_cast<std::size_t>(cursor.end - cursor.at);
-        void const *const quote = std::memchr(cursor.at, '"', left);
+    while (source.hasMore(m_next.m_text)) {
+        auto const left = static_cast<std::size_t>(source.end - source.at);
+        void const *const quote = std::memchr(source.at, '"', left);
         if (quote != nullptr) {
-            cursor.at = static_cast<unsigned char const *>(quote) + 1;
+            source.at = static_cast<unsigned char const *>(quote) + 1;
             break;
         }
-        cursor.at = cursor.end;
+        source.at = source.end;
     }
-    cursor.endText(m_next.m_text);
+    source.endToken(*this);
     m_next.m_type = TOK_STRING;
 }
 
-bool TextTokenizer::streamPeekNextToken(unsigned char &c) const
+template <class Source>
+QEL_INLINE TextToken TextTokenizer::takeToken(Source &source)
 {
-    Cursor cursor(*this, 1);
-    if (cursor.atEnd()) {
-        return false;
-    }
-    c = *cursor.at;
-    return true;
+    TextToken token(inShort() ? TextToken(m_next.m_type, m_short, m_shortSize) : std::move(m_next));
+    fillNextToken(source);
+    return token;
 }
 
-inline TextToken TextTokenizer::takeToken(Cursor &cursor)
+// Behind the look-ahead of a comment's second character.
+template <class Source>
+void TextTokenizer::skipComment(Source &source, TextToken &result)
 {
-    TextToken token(std::move(m_next));
-    fillNextToken(cursor);
-    return token;
+    if (m_next.m_type == TOK_SLASH) {
+        while (!source.atEnd()) {
+            unsigned char const c = *source.at++;
+            if (c == '\n' || c == '\r') {
+                break;
+            }
+        }
+    } else {
+        do {
+            result = takeToken(source);
+        } while (!(result.m_type == TOK_STAR && m_next.m_type == TOK_SLASH) && !nextTokenIsEnd());
+    }
+    m_next.m_text.clear();
+    fillNextToken(source);
+    result = takeToken(source);
+}
+
+TextTokenizer::TextTokenizer(cFile &file) : m_file(&file), m_memory(asMemory(file))
+{
+    withSource([this](auto &source) { fillNextToken(source); });
+}
+
+QEL_INLINE TextToken TextTokenizer::takeFromMemory()
+{
+    MemorySource source(*m_memory);
+    return takeToken(source);
+}
+
+[[gnu::noinline]] TextToken TextTokenizer::takeFromStream()
+{
+    StreamSource source(*m_file);
+    return takeToken(source);
+}
+
+bool TextTokenizer::skipComment(TextToken &result)
+{
+    bool const skip =
+        (m_skipOneLine && m_next.m_type == TOK_SLASH) || (m_skipBlock && m_next.m_type == TOK_STAR);
+    if (skip) {
+        withSource([&](auto &source) { skipComment(source, result); });
+    }
+    return skip;
 }
 
 TextToken TextTokenizer::getNextToken()
 {
-    Cursor cursor(*this);
-    TextToken token = takeToken(cursor);
-    if (token.m_type == TOK_SLASH) {
-        skipComments(cursor, token);
+    TextToken token = m_memory != nullptr ? takeFromMemory() : takeFromStream();
+    while (token.m_type == TOK_SLASH && skipComment(token)) {
     }
     return token;
 }
 
-void TextTokenizer::skipComments(Cursor &cursor, TextToken &result)
+TextToken TextTokenizer::peekAtNextToken() const
 {
-    while (result.m_type == TOK_SLASH) {
-        if (m_skipOneLine && m_next.m_type == TOK_SLASH) {
-            while (!cursor.atEnd()) {
-                unsigned char const c = *cursor.at++;
-                if (c == '\n' || c == '\r') {
-                    break;
-                }
-            }
-        } else if (m_skipBlock && m_next.m_type == TOK_STAR) {
-            do {
-                result = takeToken(cursor);
-            } while (!(result.m_type == TOK_STAR && m_next.m_type == TOK_SLASH) && !nextTokenIsEnd());
-        } else {
-            return;
-        }
-        fillNextToken(cursor);
-        result = takeToken(cursor);
+    return inShort() ? TextToken(m_next.m_type, m_short, m_shortSize) : m_next;
+}
+
+[[gnu::noinline]] void TextTokenizer::setLongText(char const *text, std::size_t size)
+{
+    m_next.m_text.assign(text, size);
+}
+
+// Before more is added to the text of the next token.
+void TextTokenizer::wantNextText()
+{
+    if (inShort()) {
+        m_next.m_text.assign(m_short, m_shortSize);
+        m_shortSize = notShort;
     }
+    m_next.m_type = TOK_NONE;
+}
+
+bool TextTokenizer::streamPeekNextToken(unsigned char &c) const
+{
+    auto const peek = [&c](auto &&source) {
+        bool const more = !source.atEnd();
+        if (more) {
+            c = *source.at;
+        }
+        return more;
+    };
+    return m_memory != nullptr ? peek(MemorySource(*m_memory)) : peek(StreamSource(*m_file, 1));
 }
 
 bool TextTokenizer::nextTokenIsFollowedByWhitespace() const
@@ -338,20 +506,22 @@ void TextTokenizer::readUntilNextWhitespace()
     if (m_precededByWhitespace) {
         return;
     }
-    m_next.m_type = TOK_NONE;
-    Cursor cursor(*this);
-    bool quoted = false;
-    for (; cursor.hasMore(m_next.m_text); ++cursor.at) {
-        unsigned char const c = *cursor.at;
-        if (c == '"') {
-            quoted = !quoted;
-        } else if (!quoted && is(c, classSpace)) {
-            cursor.endText(m_next.m_text);
-            ++cursor.at;
-            return;
+    wantNextText();
+    withSource([this](auto &source) {
+        bool quoted = false;
+        bool blank = false;
+        for (; source.hasMore(m_next.m_text); ++source.at) {
+            unsigned char const c = *source.at;
+            if (c == '"') {
+                quoted = !quoted;
+            } else if (!quoted && is(c, classSpace)) {
+                blank = true;
+                break;
+            }
         }
-    }
-    cursor.endText(m_next.m_text);
+        source.endText(m_next.m_text);
+        source.at += blank ? 1 : 0;
+    });
 }
 
 void TextTokenizer::readUntilToken(TextToken const &token)
@@ -370,27 +540,29 @@ void TextTokenizer::readUntilToken(TextToken const &token)
 
 void TextTokenizer::readUntilEol()
 {
-    Cursor cursor(*this);
-    while (!cursor.atEnd()) {
-        unsigned char const c = *cursor.at++;
-        if (c == '\n') {
-            ++m_line;
-            return;
+    withSource([this](auto &source) {
+        while (!source.atEnd()) {
+            unsigned char const c = *source.at++;
+            if (c == '\n') {
+                ++m_line;
+                return;
+            }
+            if (!is(c, classSpace)) {
+                return;
+            }
         }
-        if (!is(c, classSpace)) {
-            return;
-        }
-    }
+    });
 }
 
 void TextTokenizer::readUntilEnd()
 {
-    m_next.m_type = TOK_NONE;
-    Cursor cursor(*this);
-    while (cursor.hasMore(m_next.m_text)) {
-        cursor.at = cursor.end;
-    }
-    cursor.endText(m_next.m_text);
+    wantNextText();
+    withSource([this](auto &source) {
+        while (source.hasMore(m_next.m_text)) {
+            source.at = source.end;
+        }
+        source.endText(m_next.m_text);
+    });
 }
 
 } // namespace Qel

@@ -3,6 +3,7 @@
 #include "System/File/textToken.h"
 #include "System/System/export.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace Qel {
@@ -47,15 +48,15 @@ public:
     void skipComment_oneLine(bool skip) { m_skipOneLine = skip; } ///< from `//` to the end of the line
     void skipComment_block(bool skip) { m_skipBlock = skip; }     ///< from `/*` to `*/`, or to the end
 
-    TextToken getNextToken();                            ///< Takes the next token, behind comments
-    TextToken peekAtNextToken() const { return m_next; } ///< The next token as it stands, comment or not
+    TextToken getNextToken();          ///< Takes the next token, behind comments
+    TextToken peekAtNextToken() const; ///< The next token as it stands, comment or not
 
     bool nextTokenPreceededByWhitespace() const { return m_precededByWhitespace; }
     bool nextTokenIsFollowedByWhitespace() const; ///< also at the end of the stream
     bool nextTokenIsLast() const;                 ///< Does nothing, not even white space, stand behind it?
 
     /// Is the stream at its end, with no token left?
-    bool nextTokenIsEnd() const { return m_next.m_type == TOK_END && m_next.m_text.empty(); }
+    bool nextTokenIsEnd() const { return m_next.m_type == TOK_END && !inShort() && m_next.m_text.empty(); }
 
     /// Makes the next token longer, up to white space outside double quotes, which is taken and dropped; its
     /// type becomes TOK_NONE. Does nothing if white space stood before the token.
@@ -73,15 +74,32 @@ public:
     unsigned int getLine() const { return m_line; } ///< newlines passed as white space between tokens
 
 private:
-    class Cursor;
+    static constexpr std::uint8_t notShort = 0xFF;
 
-    void fillNextToken(Cursor &cursor);
-    void readIdentifier(Cursor &cursor);
-    void readNumber(Cursor &cursor, bool seenDot);
-    void readString(Cursor &cursor);
+    class MemorySource;
+    class StreamSource;
+
+    bool inShort() const { return m_shortSize != notShort; }
+    template <class Work>
+    auto withSource(Work work) const;
+    template <class Source>
+    void fillNextToken(Source &source);
+    template <class Source>
+    void readIdentifier(Source &source);
+    template <class Source>
+    void readNumber(Source &source, bool seenDot);
+    template <class Source>
+    void readString(Source &source);
+    template <class Source>
+    TextToken takeToken(Source &source);
+    template <class Source>
+    void skipComment(Source &source, TextToken &result);
+    TextToken takeFromMemory();
+    TextToken takeFromStream();
+    bool skipComment(TextToken &result);
+    void setLongText(char const *text, std::size_t size);
+    void wantNextText();
     bool streamPeekNextToken(unsigned char &c) const;
-    TextToken takeToken(Cursor &cursor);
-    void skipComments(Cursor &cursor, TextToken &result);
 
     std::uint32_t m_line = 0;
     TextToken m_next;
@@ -89,7 +107,9 @@ private:
     bool m_precededByWhitespace = false;
     bool m_skipOneLine = false;
     bool m_skipBlock = false;
-    cFileMem *m_memory; // the stream, if it can be read in place
+    std::uint8_t m_shortSize = notShort;    // of the text of m_next, if it is in m_short and not there
+    cFileMem *m_memory;                     // the stream, if it can be read in place
+    char m_short[TextToken::shortSize + 1]; // moved as one piece
 };
 
 } // namespace Qel
