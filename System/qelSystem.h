@@ -32,6 +32,7 @@
 #include "System/File/fileCached.h"
 #include "System/File/fileChunk.h"
 #include "System/File/fileDisk.h"
+#include "System/File/fileInfo.h"
 #include "System/File/fileMem.h"
 #include "System/File/fileTempMem.h"
 #include "System/File/textToken.h"

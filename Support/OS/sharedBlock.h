@@ -1,10 +1,18 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 
 namespace os {
+
+/// Which thread of this process holds a lock, and how often.
+struct LockHolder {
+    std::atomic<std::uint32_t> thread{0}; ///< currentThreadId() of the holder; 0 if it is none of ours
+    std::uint32_t depth = 0;              ///< the holder's
+};
 
 /// A small block of memory under a name, zeroed for its first user and gone after its last one.
 ///
@@ -26,6 +34,7 @@ public:
     SharedBlock &operator=(SharedBlock const &) = delete;
 
     void *memory() const { return m_memory; }
+    LockHolder &holder() { return m_holder; } ///< of the lock in the block
 
 private:
     SharedBlock(std::string path, int handle, std::size_t size);
@@ -39,6 +48,7 @@ private:
     std::size_t m_size;
     int m_process; // that opened it; a forked child has the object too, but no lock of its own
     void *m_memory = nullptr;
+    LockHolder m_holder;
 };
 
 } // namespace os

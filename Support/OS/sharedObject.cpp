@@ -3,9 +3,9 @@
 #include "Support/OS/sharedBlock.h"
 #include "Support/OS/signal.h"
 #include "Support/OS/signalWord.h"
+#include "Support/OS/thread.h"
 
 #include <pthread.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <new>
@@ -34,15 +34,24 @@ bool prepareSignal(void *memory)
     return true;
 }
 
-void lockMutex(pthread_mutex_t &mutex)
+void lockMutex(pthread_mutex_t &mutex, LockHolder &holder)
 {
     if (pthread_mutex_lock(&mutex) == EOWNERDEAD) {
         pthread_mutex_consistent(&mutex);
     }
+    holder.thread.store(currentThreadId(), std::memory_order_relaxed);
+    ++holder.depth;
 }
 
-bool unlockMutex(pthread_mutex_t &mutex)
+bool unlockMutex(pthread_mutex_t &mutex, LockHolder &holder)
 {
+    // Only the holder can find its own number here.
+    if (holder.thread.load(std::memory_order_relaxed) != currentThreadId()) {
+        return false;
+    }
+    if (--holder.depth == 0) {
+        holder.thread.store(0, std::memory_order_relaxed);
+    }
     return pthread_mutex_unlock(&mutex) == 0;
 }
 
@@ -52,12 +61,12 @@ public:
     ~NamedMutex() override
     {
         // The system remembers where a held lock lies; that place goes with the last user.
-        while (m_block.use_count() == 1 && unlockMutex(mutex())) {
+        while (m_block.use_count() == 1 && unlock()) {
         }
     }
 
-    void lock() override { lockMutex(mutex()); }
-    bool unlock() override { return unlockMutex(mutex()); }
+    void lock() override { lockMutex(mutex(), m_block->holder()); }
+    bool unlock() override { return unlockMutex(mutex(), m_block->holder()); }
 
 private:
     pthread_mutex_t &mutex() const { return *static_cast<pthread_mutex_t *>(m_block->memory()); }
@@ -76,11 +85,12 @@ public:
     }
 
     bool ready() const { return m_ready; }
-    void lock() override { lockMutex(m_mutex); }
-    bool unlock() override { return unlockMutex(m_mutex); }
+    void lock() override { lockMutex(m_mutex, m_holder); }
+    bool unlock() override { return unlockMutex(m_mutex, m_holder); }
 
 private:
     pthread_mutex_t m_mutex{};
+    LockHolder m_holder;
     bool m_ready;
 };
 

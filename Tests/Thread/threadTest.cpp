@@ -94,15 +94,18 @@ TEST(Thread, IsNamedForDebuggersAndTakesPriorityAndAffinity)
 
 TEST(Thread, SamplesItsLoadOnceInAPeriod)
 {
-    test::SteeredClock clock;
-    clock.startMs = 1000;
-    os::ClockScope const steered(clock);
+    std::atomic<bool> entered{false};
     std::atomic<bool> work{true};
     Threaded worker([&] {
+        entered = true;
         while (work) {
         }
         return THREAD_DONE;
     });
+    ASSERT_TRUE(test::waitUntil([&] { return entered.load(); }));
+    test::SteeredClock clock; // from here on the worker does not look at it
+    clock.startMs = 1000;
+    os::ClockScope const steered(clock);
 
     EXPECT_EQ(worker.getThreadLoad(0.1f), 0.0f);
     test::pause(20);
