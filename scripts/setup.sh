@@ -8,7 +8,7 @@ packages=(
     libcli11-dev                              # command lines of hosts and tools
     libgtest-dev                              # tests
     libbenchmark-dev                          # benchmarks, and the peers in them:
-    libgoogle-perftools-dev libmimalloc-dev libspdlog-dev
+    libgoogle-perftools-dev libmimalloc-dev libspdlog-dev libtbb-dev
 )
 
 missing=()

@@ -107,7 +107,8 @@ private:
     std::uint32_t m_id = 0;
 };
 
-thread_local std::uint32_t ownId = 0; // asking the system each time would be a call each time
+// Asking the system each time would be a call each time.
+[[gnu::tls_model("initial-exec")]] constinit thread_local std::uint32_t ownId = 0;
 thread_local OwnMailbox ownMailbox;
 thread_local Thread const *runningThread = nullptr; // which of ours the calling thread is
 
@@ -115,7 +116,7 @@ thread_local Thread const *runningThread = nullptr; // which of ours the calling
 
 std::uint32_t currentThreadId()
 {
-    if (ownId == 0) {
+    if (ownId == 0) [[unlikely]] {
         // The one thread of a forked process is another one than it was.
         static int const resets = pthread_atfork(nullptr, nullptr, [] { ownId = 0; });
         static_cast<void>(resets);
