@@ -62,7 +62,6 @@ public:
 
     bool run()
     {
-        Character const *lastStar = nullptr;
         Character const *star = nullptr;
         Character const *tried = nullptr;
         for (;;) {
@@ -77,12 +76,14 @@ public:
                 if (m_pattern[1] == 0) {
                     return true;
                 }
-                lastStar = star == nullptr ? findLastStar(m_pattern) : lastStar;
+                if (star == nullptr && !endMatches()) {
+                    return false;
+                }
+                if (m_pattern == m_lastStar) {
+                    return m_text <= m_end;
+                }
                 star = m_pattern + 1;
                 tried = m_text;
-                if (star > lastStar) {
-                    return endMatches(star);
-                }
             } else if (star != nullptr) {
                 ++tried;
             } else {
@@ -94,8 +95,6 @@ public:
     }
 
 private:
-    using Traits = std::char_traits<Character>;
-
     bool equal(Character inPattern, Character inText) const
     {
         return inPattern == '?' || mapped(inPattern, m_map) == mapped(inText, m_map);
@@ -110,26 +109,22 @@ private:
         return text;
     }
 
-    static Character const *findLastStar(Character const *pattern)
+    // What follows the last star takes one character each: it fits at the end of the text or nowhere, which
+    // is soon told.
+    bool endMatches()
     {
-        Character const *last = pattern;
+        Character const *pattern = m_pattern;
         for (; *pattern != 0; ++pattern) {
-            last = *pattern == '*' ? pattern : last;
+            m_lastStar = *pattern == '*' ? pattern : m_lastStar;
         }
-        return last;
-    }
-
-    // Behind the last star every character takes one: what is left fits at the end of the text or nowhere.
-    bool endMatches(Character const *pattern) const
-    {
-        std::size_t const needed = Traits::length(pattern);
-        std::size_t const there = Traits::length(m_text);
+        auto needed = static_cast<std::size_t>(pattern - m_lastStar) - 1;
+        std::size_t const there = std::char_traits<Character>::length(m_text);
         if (there < needed) {
             return false;
         }
-        Character const *const end = m_text + (there - needed);
-        for (std::size_t i = 0; i < needed; ++i) {
-            if (!equal(pattern[i], end[i])) {
+        m_end = m_text + (there - needed);
+        for (; needed > 0; --needed) {
+            if (!equal(m_lastStar[needed], m_end[needed - 1])) {
                 return false;
             }
         }
@@ -139,6 +134,8 @@ private:
     Character const *m_pattern;
     Character const *m_text;
     unsigned char const *m_map;
+    Character const *m_lastStar = nullptr; // of the pattern
+    Character const *m_end = nullptr;      // in the text, where what follows the last star matches
 };
 
 // The own tables as arithmetic, which a whole block of characters goes through at once. Mapping twice changes
