@@ -8,7 +8,7 @@ packages=(
     libcli11-dev                              # command lines of hosts and tools
     libgtest-dev                              # tests
     libbenchmark-dev                          # benchmarks, and the peers in them:
-    libgoogle-perftools-dev libmimalloc-dev libspdlog-dev re2c
+    libgoogle-perftools-dev libmimalloc-dev libspdlog-dev libtbb-dev re2c
 )
 
 missing=()

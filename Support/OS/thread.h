@@ -22,8 +22,9 @@ enum class ThreadPriority {
 /// The system's number of the calling thread. A number is used again after its thread has ended.
 QEL_API std::uint32_t currentThreadId();
 
-/// Sets the calling thread's share of the processor, as far as the process may.
-/// @return false if the system refuses; nothing has then changed
+/// Sets the calling thread's share of the processor, as far as the process may. A thread is not set below
+/// normal where the process could not bring it back.
+/// @return false if nothing has changed
 QEL_API bool setCurrentThreadPriority(ThreadPriority priority);
 
 /// While one exists, the calling thread is as urgent as the process may make it.

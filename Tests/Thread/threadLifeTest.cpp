@@ -253,28 +253,3 @@ TEST(ThreadTask, DeleteGivesWayToADestructorThatWakesTheStep)
     ASSERT_TRUE(test::waitUntil([&] { return blocking->m_entered.load(); }));
     blocking.reset();
 }
-
-// The base destructor alone stops the thread of a class that has nothing of its own to lose.
-TEST(ThreadTask, APlainLocalOfASimpleClassMayGoWhileItSteps)
-{
-    class Simple : public ThreadTask {
-    public:
-        explicit Simple(std::atomic<int> &steps) : m_steps(steps) {}
-        bool process(float) override
-        {
-            ++m_steps;
-            return true;
-        }
-
-    private:
-        std::atomic<int> &m_steps;
-    };
-    std::atomic<int> steps{0};
-    for (int round = 0; round < 200; ++round) {
-        Simple simple(steps);
-        simple.setThreadSleep(0, false);
-        simple.isThreadFinished();
-        int const before = steps;
-        ASSERT_TRUE(test::waitUntil([&] { return steps > before; }));
-    }
-}
