@@ -16,13 +16,6 @@
 #include <limits>
 #include <string>
 
-// Asked by the address sanitizer, where there is one: no memory is then an answer, as it is without it.
-extern "C" __attribute__((visibility("default"))) char const *__asan_default_options();
-extern "C" char const *__asan_default_options()
-{
-    return "allocator_may_return_null=1";
-}
-
 namespace {
 
 // When set, this file is cut to four bytes before the next read of any.
