@@ -136,22 +136,44 @@ void cTableManager::RemoveListener(NotifyCallback function, void *user)
         [=](sNotifyClient const &client) { return client.function == function && client.user == user; });
 }
 
+bool cTableManager::isRegistered(cVarTable const &table) const
+{
+    return table.m_place < m_tables.size() && m_tables[table.m_place] == &table;
+}
+
 void cTableManager::Register(cVarTable const &table)
 {
-    if (std::find(m_tables.begin(), m_tables.end(), &table) == m_tables.end()) {
+    if (!isRegistered(table)) {
         m_tables.push_back(&table);
+        table.m_place = m_tables.size() - 1;
     }
 }
 
 void cTableManager::Unregister(cVarTable const &table)
 {
-    auto const at = std::find(m_tables.rbegin(), m_tables.rend(), &table);
-    if (at != m_tables.rend()) {
-        m_tables.erase(std::next(at).base());
+    if (isRegistered(table)) {
+        m_tables[table.m_place] = nullptr;
+        ++m_tablesGone;
+    }
+    if (m_tablesGone > m_tables.size() / 2) {
+        GetTables();
     }
     // Another table may come to lie at this one's address.
     IVarTable const *const gone = &table;
     dropClients([=](sNotifyClient const &client) { return client.table == gone; });
+}
+
+// Closing the gaps only now and then keeps the order at little cost, however many tables come and go.
+std::vector<cVarTable const *> const &cTableManager::GetTables()
+{
+    if (m_tablesGone != 0) {
+        std::erase(m_tables, nullptr);
+        for (std::size_t i = 0; i < m_tables.size(); ++i) {
+            m_tables[i]->m_place = i;
+        }
+        m_tablesGone = 0;
+    }
+    return m_tables;
 }
 
 char const *cTableManager::RegisterString(char const *text)

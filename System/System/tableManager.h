@@ -6,6 +6,7 @@
 #include "System/System/varTableInterface.h"
 #include "System/System/varType.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <list>
 #include <vector>
@@ -80,8 +81,9 @@ public:
     void ItemChange(cVarTable const &table, cVarTable::KeyVal &item, varType const &value, eMsgMode mode,
                     NotifyCallback callback);
 
-    std::vector<cVarTable const *> const &GetTables() const { return m_tables; } ///< the live ones, as made
-    std::uint32_t GetStringCount() const { return m_stringCount; }               ///< live texts
+    std::vector<cVarTable const *> const &
+    GetTables(); ///< the live ones as made, until one more is made or dies
+    std::uint32_t GetStringCount() const { return m_stringCount; } ///< live texts
 
 private:
     friend class cVarTable;
@@ -106,18 +108,21 @@ private:
 
     static void destroy(cVarTable const &table);
 
+    bool isRegistered(cVarTable const &table) const;
+
     void tell(sMsgNotify message, NotifyCallback callback);
     template <typename Test>
     void dropClients(Test const &test);
     void discard(varType value);
     void FlushFreelist();
 
-    std::vector<cVarTable const *> m_tables; // all live ones
+    std::vector<cVarTable const *> m_tables; // all live ones, and null for some that have gone
     std::vector<sNotifyClient> m_clients;    // without a function: removed while listeners were told
     std::vector<varType> m_freeList;         // replaced values that listeners may still see
     std::list<QueuedNotify> m_queue;         // a list: an empty one owns nothing when the library goes
     std::uint32_t m_dispatchDepth = 0;       // not 0 while listeners run
     std::uint32_t m_stringCount = 0;
+    std::size_t m_tablesGone = 0; // null entries of m_tables
     bool m_flushing = false;
     bool m_clientsLeft = false; // m_clients has entries without a function
 };

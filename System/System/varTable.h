@@ -78,6 +78,7 @@ private:
     mutable std::int32_t m_refCount = 1;
     cTableManager *m_manager;
 
+    mutable std::size_t m_place = 0;     // in the manager's list of tables
     std::vector<std::uint32_t> m_hashes; // the items' once more, side by side for the search
 };
 
