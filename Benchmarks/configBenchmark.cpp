@@ -165,7 +165,7 @@ void BM_PlainSort_Build(benchmark::State &state)
     for (auto _ : state) {
         std::vector<cVarTable::KeyVal> items;
         for (auto const &key : keys) {
-            items.push_back({key.c_str(), 1});
+            items.push_back({cVarTable::sKey(key.c_str()), 1});
             if (items.size() % 8 == 0) {
                 std::sort(items.begin(), items.end(),
                           [](auto const &a, auto const &b) { return a.key.hash < b.key.hash; });
