@@ -64,6 +64,7 @@
 #include "System/System/timerHelper.h"
 #include "System/System/timeStepCollect.h"
 #include "System/System/varTable.h"
+#include "System/System/varTableIndex.h"
 #include "System/System/varTableInterface.h"
 #include "System/System/varType.h"
 #include "System/System/wString.h"

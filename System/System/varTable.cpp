@@ -75,18 +75,17 @@ void cVarTable::command(varType key, bool atOnce, NotifyCallback callback)
 void cVarTable::Set(varType key, varType value, NotifyCallback callback)
 {
     sKey const wanted = key;
-    int const at = Find(wanted.hash);
+    int const at = m_index.find(wanted.hash);
     if (at >= 0) {
         Set(m_items[static_cast<std::size_t>(at)], value, callback);
         return;
     }
     // A listener may release the last reference before the items are sorted.
     TableHold const hold(*this);
-    m_hashes.reserve(m_items.capacity());
     m_items.push_back({wanted, varType()});
     try {
         m_items.back().key.name = m_manager->RegisterString(wanted.name);
-        m_hashes.push_back(wanted.hash);
+        m_index.append(wanted.hash);
     } catch (...) {
         m_items.pop_back();
         throw;
@@ -106,7 +105,7 @@ void cVarTable::Set(KeyVal &item, varType const &value, NotifyCallback callback)
 
 varType cVarTable::Get(varType key, varType defaultValue) const
 {
-    int const at = Find(sKey(key).hash);
+    int const at = m_index.find(sKey(key).hash);
     return at >= 0 ? m_items[static_cast<std::size_t>(at)].value : defaultValue;
 }
 
@@ -138,34 +137,10 @@ void cVarTable::Clear()
         manager.discard(item.value);
     }
     m_items.clear();
-    m_hashes.clear();
+    m_index.clear();
     m_sortedCount = 0;
     // May release the last reference to this table, if it has held itself.
     manager.FlushFreelist();
-}
-
-int cVarTable::Find(std::uint32_t hash) const
-{
-    std::uint32_t const *const hashes = m_hashes.data();
-    std::uint32_t const sorted = m_sortedCount;
-    if (sorted != 0) {
-        std::uint32_t first = 0;
-        std::uint32_t count = sorted;
-        while (count > 1) {
-            std::uint32_t const half = count / 2;
-            first += hashes[first + half - 1] < hash ? half : 0;
-            count -= half;
-        }
-        if (hashes[first] == hash) {
-            return static_cast<int>(first);
-        }
-    }
-    for (std::size_t i = sorted; i < m_hashes.size(); ++i) {
-        if (hashes[i] == hash) {
-            return static_cast<int>(i);
-        }
-    }
-    return -1;
 }
 
 // The new ones go to their places from the last to the first, so that every item moves once.
@@ -177,7 +152,7 @@ void cVarTable::mergeIn(std::size_t sorted, std::size_t added)
     std::copy(firstFresh, m_items.end(), fresh.begin());
 
     KeyVal *const items = m_items.data();
-    std::uint32_t *const hashes = m_hashes.data();
+    std::uint32_t *const hashes = m_index.data();
     std::uint32_t *end = hashes + sorted;
     for (std::size_t left = added; left-- > 0;) {
         std::uint32_t const hash = fresh[left].key.hash;
@@ -197,12 +172,13 @@ void cVarTable::sortItems()
     std::size_t const added = m_items.size() - sorted;
     if (sorted == 0 || added > maxUnsorted) {
         std::sort(m_items.begin(), m_items.end(), hashLess);
-        std::transform(m_items.begin(), m_items.end(), m_hashes.begin(),
+        std::transform(m_items.begin(), m_items.end(), m_index.data(),
                        [](KeyVal const &item) { return item.key.hash; });
     } else {
         mergeIn(sorted, added);
     }
     m_sortedCount = static_cast<std::uint32_t>(m_items.size());
+    m_index.setSorted(m_sortedCount);
 }
 
 } // namespace Qel

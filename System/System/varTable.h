@@ -1,6 +1,7 @@
 #pragma once
 
 #include "System/System/export.h"
+#include "System/System/varTableIndex.h"
 #include "System/System/varTableInterface.h"
 #include "System/System/varType.h"
 
@@ -66,7 +67,6 @@ private:
     cVarTable(cTableManager &manager, char const *name);
     ~cVarTable();
 
-    int Find(std::uint32_t hash) const;
     void Set(KeyVal &item, varType const &value, NotifyCallback callback);
     void sortItems();
     void mergeIn(std::size_t sorted, std::size_t added);
@@ -78,8 +78,8 @@ private:
     mutable std::int32_t m_refCount = 1;
     cTableManager *m_manager;
 
-    mutable std::size_t m_place = 0;     // in the manager's list of tables
-    std::vector<std::uint32_t> m_hashes; // the items' once more, side by side for the search
+    mutable std::size_t m_place = 0; // in the manager's list of tables
+    VarTableIndex m_index;
 };
 
 /// What a listener is told. The pointers in it are valid during the call.
