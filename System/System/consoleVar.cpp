@@ -75,6 +75,16 @@ String ConsoleVar::getConsoleVar(unsigned int index) const
     return index < m_table.size() ? std::next(m_table.begin(), index)->first : String();
 }
 
+StringVector ConsoleVar::getNames() const
+{
+    StringVector names;
+    names.reserve(m_table.size());
+    for (auto const &[name, configurable] : m_table) {
+        names.push_back(name);
+    }
+    return names;
+}
+
 int ConsoleVar::getAsInt(String const &name) const
 {
     String text;

@@ -2,6 +2,7 @@
 
 #include "System/System/export.h"
 #include "System/System/string.h"
+#include "System/System/stringVector.h"
 
 #include <map>
 #include <unordered_map>
@@ -14,8 +15,7 @@ class Storable_configurable;
 ///
 /// @code
 /// ConsoleVar &table = ConsoleVar::Instance();
-/// for (unsigned int i = 0; i < table.size(); ++i) {
-///     String const name = table.getConsoleVar(i);
+/// for (String const &name : table.getNames()) {
 ///     String value;
 ///     table.getConfigurable(name, value, nullptr);
 ///     show(name, value);
@@ -51,6 +51,8 @@ public:
     /// The name at a place in name order; the empty text if @p index is out of range. The time grows with
     /// @p index.
     String getConsoleVar(unsigned int index) const;
+
+    StringVector getNames() const; ///< all names in order, in one walk
 
     int getAsInt(String const &name) const;   ///< the number at the start of the text; 0 for an unknown name
     bool getAsBool(String const &name) const; ///< is the text "1" or "true"? false for an unknown name

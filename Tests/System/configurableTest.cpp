@@ -83,7 +83,10 @@ TEST(ConsoleVar, ListsInOrderOfNames)
     Configurable<int> const a("test.order.a", 0);
     Configurable<int> const big("test.order.B", 0);
     String found;
+    StringVector const names = table().getNames();
+    ASSERT_EQ(names.size(), table().size());
     for (unsigned int i = 0; i < table().size(); ++i) {
+        EXPECT_EQ(names[i], table().getConsoleVar(i));
         if (String const name = table().getConsoleVar(i); name.starts_with("test.order.")) {
             found += name.substr(11);
         }
