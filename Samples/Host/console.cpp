@@ -30,6 +30,11 @@ std::string_view trimmed(std::string_view text)
     return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
+bool meansOn(Qel::String const &value)
+{
+    return value.match("true", true) || value.match("on", true) || value.match("yes", true);
+}
+
 std::string lineOf(Qel::String const &name)
 {
     Qel::String value;
@@ -77,11 +82,17 @@ bool set(std::string_view assignment, std::string &error)
         error = quoted(assignment) + " is not name=value";
         return false;
     }
+    Qel::ConsoleVar &table = Qel::ConsoleVar::Instance();
     Qel::String const known(name);
-    if (!Qel::ConsoleVar::Instance().setConfigurable(known,
-                                                     Qel::String(trimmed(assignment.substr(sign + 1))))) {
+    Qel::String const value(trimmed(assignment.substr(sign + 1)));
+    if (!table.setConfigurable(known, value)) {
         error = unknown(known);
         return false;
+    }
+    // The table reads numbers alone, and so takes the word for 0.
+    Qel::String now;
+    if (meansOn(value) && table.getConfigurable(known, now, nullptr) && now == "0") {
+        table.setConfigurable(known, "1");
     }
     return true;
 }

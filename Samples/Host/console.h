@@ -19,7 +19,9 @@
 namespace console {
 
 /// Sets a variable. Blanks around name and value do not count.
-/// @param assignment  "name=value"; what stands after the first "=" is the value
+/// @param assignment  "name=value"; what stands after the first "=" is the value. "true", "on" and "yes" set
+/// a
+///                    number or a switch to 1.
 /// @return false if it is no assignment or there is no such variable; @p error then says so in one line
 bool set(std::string_view assignment, std::string &error);
 

@@ -68,6 +68,8 @@ TEST_F(Console, AnswersWhatIsTyped)
         {" con.fly ", "con.fly = 0"},
         {"con.fly=7", "con.fly = 1"},
         {"con.fly 0", "con.fly = 0"},
+        {"con.fly = On", "con.fly = 1"},
+        {"con.fly false", "con.fly = 0"},
         {"con.player.height = 2.5e3", "con.player.height = 2500"},
         {"con.player.health nonsense", "con.player.health = 0"},
         {"list con.f", "con.fly = 0"},
