@@ -26,4 +26,7 @@ extern "C" QEL_API void dllStartPlugin()
 }
 
 // The managers and the log are gone: free what the plugin made.
-extern "C" QEL_API void dllStopPlugin() {}
+extern "C" QEL_API void dllStopPlugin()
+{
+    heartbeat = {};
+}

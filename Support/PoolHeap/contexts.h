@@ -12,7 +12,7 @@ struct Context;
 
 /// Blocks and bytes in one number: the bytes in the upper 20 bits, the blocks below. Sums and differences of
 /// such numbers stay right in both parts, whether or not one passed the edge on the way, while the difference
-/// in the end is below 512 KiB either way; and they are in the order of their bytes.
+/// in the end is below 512 KiB and 2^43 blocks either way; and they are in the order of their bytes.
 struct Amount {
     static constexpr int byteShift = 44;
 

@@ -24,7 +24,8 @@ void handleTerminate()
         std::_Exit(failed);
     }
 
-    ErrorDialog *dialog = nullptr;
+    // Not destroyed, since the process ends at once; kept here so that it does not count as lost.
+    static ErrorDialog *dialog = nullptr;
     if (PlatformManager *const platform = PlatformManager::InstancePtr()) {
         dialog = platform->createErrorDialog();
     }
