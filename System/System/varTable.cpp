@@ -6,18 +6,13 @@
 #include "System/System/tableManager.h"
 
 #include <algorithm>
-#include <array>
+#include <utility>
 
 namespace Qel {
 
 namespace {
 
 constexpr std::uint32_t maxUnsorted = 8; // from so many unsorted items on, they are sorted in
-
-bool hashLess(cVarTable::KeyVal const &a, cVarTable::KeyVal const &b)
-{
-    return a.key.hash < b.key.hash;
-}
 
 } // namespace
 
@@ -80,19 +75,27 @@ void cVarTable::Set(varType key, varType value, NotifyCallback callback)
         Set(m_items[static_cast<std::size_t>(at)], value, callback);
         return;
     }
-    // A listener may release the last reference before the items are sorted.
+    // A listener may release the last reference.
     TableHold const hold(*this);
-    m_items.push_back({wanted, varType()});
-    try {
-        m_items.back().key.name = m_manager->RegisterString(wanted.name);
-        m_index.append(wanted.hash);
-    } catch (...) {
-        m_items.pop_back();
-        throw;
-    }
+    append(wanted);
     Set(m_items.back(), value, callback);
+    // The order is there for whoever looks at the items; nobody else has to wait for it.
     if (m_sortedCount + maxUnsorted <= m_items.size()) {
-        sortItems();
+        m_sortedCount = static_cast<std::uint32_t>(m_items.size());
+    }
+}
+
+void cVarTable::append(sKey key)
+{
+    key.name = m_manager->RegisterString(key.name);
+    std::size_t const count = m_items.size();
+    try {
+        m_items.push_back({key, varType()});
+        m_index.append(key.hash);
+    } catch (...) {
+        m_items.resize(count);
+        m_manager->UnregisterString(key.name);
+        throw;
     }
 }
 
@@ -139,46 +142,26 @@ void cVarTable::Clear()
     m_items.clear();
     m_index.clear();
     m_sortedCount = 0;
+    m_orderedCount = 0;
     // May release the last reference to this table, if it has held itself.
     manager.FlushFreelist();
 }
 
-// The new ones go to their places from the last to the first, so that every item moves once.
-void cVarTable::mergeIn(std::size_t sorted, std::size_t added)
+std::vector<cVarTable::KeyVal> const &cVarTable::GetItems() const
 {
-    auto const firstFresh = m_items.begin() + static_cast<std::ptrdiff_t>(sorted);
-    std::sort(firstFresh, m_items.end(), hashLess);
-    std::array<KeyVal, maxUnsorted> fresh;
-    std::copy(firstFresh, m_items.end(), fresh.begin());
-
-    KeyVal *const items = m_items.data();
-    std::uint32_t *const hashes = m_index.data();
-    std::uint32_t *end = hashes + sorted;
-    for (std::size_t left = added; left-- > 0;) {
-        std::uint32_t const hash = fresh[left].key.hash;
-        std::uint32_t *const place = std::upper_bound(hashes, end, hash);
-        std::move_backward(items + (place - hashes), items + (end - hashes),
-                           items + (end - hashes) + left + 1);
-        std::move_backward(place, end, end + left + 1);
-        items[static_cast<std::size_t>(place - hashes) + left] = fresh[left];
-        place[left] = hash;
-        end = place;
+    if (m_orderedCount != m_sortedCount) {
+        std::vector<KeyVal> ordered = m_items;
+        std::sort(ordered.begin(), ordered.begin() + m_sortedCount,
+                  [](KeyVal const &a, KeyVal const &b) { return a.key.hash < b.key.hash; });
+        VarTableIndex index;
+        for (KeyVal const &item : ordered) {
+            index.append(item.key.hash);
+        }
+        m_items = std::move(ordered);
+        m_index = std::move(index);
+        m_orderedCount = m_sortedCount;
     }
-}
-
-void cVarTable::sortItems()
-{
-    std::size_t const sorted = m_sortedCount;
-    std::size_t const added = m_items.size() - sorted;
-    if (sorted == 0 || added > maxUnsorted) {
-        std::sort(m_items.begin(), m_items.end(), hashLess);
-        std::transform(m_items.begin(), m_items.end(), m_index.data(),
-                       [](KeyVal const &item) { return item.key.hash; });
-    } else {
-        mergeIn(sorted, added);
-    }
-    m_sortedCount = static_cast<std::uint32_t>(m_items.size());
-    m_index.setSorted(m_sortedCount);
+    return m_items;
 }
 
 } // namespace Qel

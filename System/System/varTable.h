@@ -16,7 +16,7 @@ class cTableManager;
 /// The table that scripts and game data keep their values in.
 ///
 /// Keys are compared by their 32-bit values alone, a text's by its hash; the texts are kept for listeners and
-/// tools. Items are sorted by these values, but for up to seven new ones at the end.
+/// tools. Items come in order of these values, but for up to seven new ones at the end.
 ///
 /// A table that holds itself, directly or through others, is kept by itself: Clear() one of the circle before
 /// the last Release(). Tables may be nested to any depth.
@@ -55,9 +55,12 @@ public:
     /// still see stays valid until they all know.
     void Clear();
 
-    char const *GetName() const { return m_name; }                  ///< as at creation; never null
-    std::vector<KeyVal> const &GetItems() const { return m_items; } ///< until the next Set() or Clear()
-    std::uint32_t GetSortedCount() const { return m_sortedCount; }  ///< so many of the first items are sorted
+    char const *GetName() const { return m_name; } ///< as at creation; never null
+
+    /// The items, for tools: the first GetSortedCount() in order of hashes, the rest as they were set. Valid
+    /// until the next Set() or Clear(). The first call after new ones have been sorted in does the sorting.
+    std::vector<KeyVal> const &GetItems() const;
+    std::uint32_t GetSortedCount() const { return m_sortedCount; } ///< so many of the first items are sorted
 
     static int m_TableCount; ///< live tables of the process
 
@@ -67,19 +70,19 @@ private:
     cVarTable(cTableManager &manager, char const *name);
     ~cVarTable();
 
+    void append(sKey key);
     void Set(KeyVal &item, varType const &value, NotifyCallback callback);
-    void sortItems();
-    void mergeIn(std::size_t sorted, std::size_t added);
     void command(varType key, bool atOnce, NotifyCallback callback);
 
     char const *m_name;
-    std::vector<KeyVal> m_items;
+    mutable std::vector<KeyVal> m_items;
     std::uint32_t m_sortedCount = 0;
     mutable std::int32_t m_refCount = 1;
     cTableManager *m_manager;
 
     mutable std::size_t m_place = 0; // in the manager's list of tables
-    VarTableIndex m_index;
+    mutable VarTableIndex m_index;
+    mutable std::uint32_t m_orderedCount = 0; // m_sortedCount when the items were last put in order
 };
 
 /// What a listener is told. The pointers in it are valid during the call.

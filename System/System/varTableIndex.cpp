@@ -2,102 +2,109 @@
 
 #include "System/System/hashScan.h"
 
-#include <algorithm>
 #include <bit>
+#include <utility>
 
 namespace Qel {
 
-void VarTableIndex::append(std::uint32_t hash)
+namespace {
+
+constexpr std::size_t reach = 16; // slots that are looked at in one go
+
+// The step of the generator SplitMix64 (Steele, Lea, Flood: Fast Splittable Pseudorandom Number Generators).
+std::uint64_t mixed(std::uint64_t value)
 {
-    m_hashes.push_back(0);
-    m_hashes[size() - 1] = hash;
+    value += 0x9E3779B97F4A7C15u;
+    value = (value ^ (value >> 30)) * 0xBF58476D1CE4E5B9u;
+    value = (value ^ (value >> 27)) * 0x94D049BB133111EBu;
+    return value ^ (value >> 31);
 }
 
-void VarTableIndex::setSorted(std::size_t newSorted)
-{
-    m_sorted = newSorted;
-    m_hasStarts = false;
-    m_findsLeft = newSorted / 16;
-}
-
-void VarTableIndex::clear()
-{
-    m_hashes.assign(padding, 0);
-    m_starts.clear();
-    setSorted(0);
-}
+} // namespace
 
 int VarTableIndex::find(std::uint32_t hash) const
 {
-    if (size() <= fewItems) {
-        return findIn(0, size(), hash);
-    }
-    int const at = findSorted(hash);
-    return at >= 0 ? at : findIn(m_sorted, size(), hash);
-}
-
-// Looks at 32 hashes at once or at 16, so that no branch depends on where the wanted one is.
-int VarTableIndex::findIn(std::size_t first, std::size_t last, std::uint32_t hash) const
-{
-    for (; first < last; first += 32) {
-        std::uint32_t const *const hashes = m_hashes.data() + first;
-        std::uint32_t found = detail::matching16(hashes, hash);
-        if (last - first > 16) {
-            found |= detail::matching16(hashes + 16, hash) << 16;
+    if (m_places.empty()) {
+        if (m_count == 0) {
+            return -1;
         }
-        if (found != 0) {
-            std::size_t const at = first + static_cast<std::size_t>(std::countr_zero(found));
-            return at < last ? static_cast<int>(at) : -1;
+        // Free slots behind the last hash match nothing but 0, and then come after it.
+        std::uint32_t const found = detail::matching16(m_hashes.data(), hash);
+        int const at = std::countr_zero(found);
+        return at < static_cast<int>(m_count) ? at : -1;
+    }
+    std::size_t const first = home(hash);
+    std::uint32_t found = detail::matching16(m_hashes.data() + first, hash);
+    for (; found != 0; found &= found - 1) {
+        std::uint32_t const place = m_places[first + static_cast<std::size_t>(std::countr_zero(found))];
+        if (place != 0) {
+            return static_cast<int>(place - 1);
         }
     }
     return -1;
 }
 
-int VarTableIndex::findSorted(std::uint32_t hash) const
+void VarTableIndex::append(std::uint32_t hash)
 {
-    std::uint32_t const *const hashes = m_hashes.data();
-    if (m_sorted == 0 || hash < hashes[0] || hash > hashes[m_sorted - 1]) {
-        return -1;
+    Entry const added{hash, m_count};
+    if (m_places.empty() && m_count < reach) {
+        m_hashes.resize(reach);
+        m_hashes[m_count] = hash;
+    } else if (m_places.empty() || m_count >= (m_places.size() - reach) / 2 || !enter(added)) {
+        scatter(added);
     }
-    std::uint32_t first = 0;
-    auto last = static_cast<std::uint32_t>(m_sorted);
-    if (m_hasStarts) {
-        std::uint32_t const start = (hash - hashes[0]) >> m_shift;
-        first = m_starts[start];
-        // Mostly it is one of the first four, and where the fourth is no more sorted it is no match.
-        std::uint32_t const past1 = hashes[first] < hash ? 1 : 0;
-        std::uint32_t const past2 = hashes[first + 1] < hash ? past1 : 0;
-        std::uint32_t const past3 = hashes[first + 2] < hash ? past2 : 0;
-        std::uint32_t const at = first + past1 + past2 + past3;
-        if (hashes[at] == hash && at < last) {
-            return static_cast<int>(at);
-        }
-        last = m_starts[start + 1];
-    } else if (m_findsLeft > 0) {
-        --m_findsLeft;
-    } else {
-        makeStarts();
-    }
-    std::uint32_t const *const at = std::lower_bound(hashes + first, hashes + last, hash);
-    return at != hashes + last && *at == hash ? static_cast<int>(at - hashes) : -1;
+    ++m_count;
 }
 
-void VarTableIndex::makeStarts() const
+void VarTableIndex::clear()
 {
-    std::uint32_t const *const hashes = m_hashes.data();
-    std::uint32_t const range = hashes[m_sorted - 1] - hashes[0];
-    int const bits = static_cast<int>(std::bit_width(m_sorted)) - 1; // between one and two items on average
-    m_shift = static_cast<std::uint32_t>(std::max(0, static_cast<int>(std::bit_width(range)) - bits));
-    m_starts.resize((range >> m_shift) + 2);
+    *this = VarTableIndex();
+}
 
-    std::size_t start = 0;
-    for (std::size_t i = 0; i < m_sorted; ++i) {
-        for (std::size_t const own = (hashes[i] - hashes[0]) >> m_shift; start <= own; ++start) {
-            m_starts[start] = static_cast<std::uint32_t>(i);
+// Fails if all slots in reach are taken.
+bool VarTableIndex::enter(Entry entry)
+{
+    std::size_t const first = home(entry.hash);
+    for (std::size_t slot = first; slot < first + reach; ++slot) {
+        if (m_places[slot] == 0) {
+            m_hashes[slot] = entry.hash;
+            m_places[slot] = entry.place + 1;
+            return true;
         }
     }
-    m_starts[start] = static_cast<std::uint32_t>(m_sorted);
-    m_hasStarts = true;
+    return false;
+}
+
+// The factor differs from table to table and from run to run: no choice of keys, made before, can crowd the
+// slots of a home. If they crowd by chance, another factor and more slots are tried.
+void VarTableIndex::scatter(Entry added)
+{
+    std::vector<Entry> entries{added};
+    entries.reserve(m_count + 1u);
+    for (std::uint32_t slot = 0; slot < m_hashes.size() && m_places.empty(); ++slot) {
+        entries.push_back({m_hashes[slot], slot});
+    }
+    for (std::size_t slot = 0; slot < m_places.size(); ++slot) {
+        if (m_places[slot] != 0) {
+            entries.push_back({m_hashes[slot], m_places[slot] - 1});
+        }
+    }
+
+    VarTableIndex wider;
+    wider.m_count = m_count;
+    wider.m_factor = m_factor != 0 ? m_factor : reinterpret_cast<std::uintptr_t>(m_hashes.data());
+    bool fits = false;
+    for (std::size_t slots = std::bit_ceil(entries.size() * 2); !fits; slots *= 2) {
+        wider.m_factor = mixed(wider.m_factor) | 1;
+        wider.m_shift = static_cast<std::uint32_t>(64 - std::countr_zero(slots));
+        wider.m_hashes.assign(slots + reach, 0);
+        wider.m_places.assign(slots + reach, 0);
+        fits = true;
+        for (Entry const &entry : entries) {
+            fits = fits && wider.enter(entry);
+        }
+    }
+    *this = std::move(wider);
 }
 
 } // namespace Qel

@@ -8,38 +8,38 @@
 
 namespace Qel {
 
-/// Finds an item of a cVarTable by its hash: the hashes side by side in the order of the items, the first of
-/// them sorted. Part of the table, and of no use beside it.
+/// Finds an item of a cVarTable by its hash. Part of the table, and of no use beside it.
+///
+/// Hashes lie scattered over slots, each within 16 slots of its home, so that one look at 16 slots finds it
+/// or tells that it is not there. Up to 16 hashes lie in a row and need no homes.
 class QEL_API VarTableIndex {
 public:
-    VarTableIndex() : m_hashes(padding) {}
-
     int find(std::uint32_t hash) const; ///< the item's place, or -1
 
-    std::size_t size() const { return m_hashes.size() - padding; }
-    std::uint32_t *data() { return m_hashes.data(); }
+    /// Adds the item behind the last one. Its hash must not be there yet.
+    /// @throws std::bad_alloc if there is no memory; nothing has changed then
+    void append(std::uint32_t hash);
 
-    void append(std::uint32_t hash);       ///< at the end, unsorted
-    void setSorted(std::size_t newSorted); ///< the first @p newSorted hashes have been sorted
     void clear();
 
 private:
-    static constexpr std::size_t padding = 32; // as many hashes are looked at in one go, past the end too
-    static constexpr std::size_t fewItems = 32;
+    struct Entry {
+        std::uint32_t hash;
+        std::uint32_t place;
+    };
 
-    int findIn(std::size_t first, std::size_t last, std::uint32_t hash) const;
-    int findSorted(std::uint32_t hash) const;
-    void makeStarts() const;
+    std::size_t home(std::uint32_t hash) const
+    {
+        return static_cast<std::size_t>(hash * m_factor >> m_shift);
+    }
+    bool enter(Entry entry);
+    void scatter(Entry added);
 
-    std::vector<std::uint32_t> m_hashes;
-    std::size_t m_sorted = 0;
-
-    // Where the hashes with the same upper bits start, counted from the lowest hash. Made when enough is
-    // looked up to be worth it, so that a table which only grows never pays for it.
-    mutable std::vector<std::uint32_t> m_starts;
-    mutable std::uint32_t m_shift = 0;
-    mutable std::size_t m_findsLeft = 0; // until it is made
-    mutable bool m_hasStarts = false;
+    std::vector<std::uint32_t> m_hashes; // by slot; 0 in one that is free
+    std::vector<std::uint32_t> m_places; // by slot, counted from 1; 0 in one that is free. Empty if in a row
+    std::uint32_t m_count = 0;
+    std::uint32_t m_shift = 0; // leaves the number of a slot
+    std::uint64_t m_factor = 0;
 };
 
 } // namespace Qel
