@@ -225,9 +225,18 @@ void cTableManager::FreeValue(varType &value)
 void cTableManager::ItemChange(cVarTable const &table, cVarTable::KeyVal &item, varType const &value,
                                eMsgMode mode, NotifyCallback callback)
 {
-    varType const fresh = CopyValue(value);
-    if (ownsSomething(item.value)) {
+    bool const replaces = ownsSomething(item.value);
+    if (replaces) {
         m_freeList.push_back(item.value);
+    }
+    varType fresh;
+    try {
+        fresh = CopyValue(value);
+    } catch (...) {
+        if (replaces) {
+            m_freeList.pop_back();
+        }
+        throw;
     }
     item.value = fresh;
 
