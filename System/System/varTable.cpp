@@ -62,14 +62,14 @@ void cVarTable::PostCommand(varType key, NotifyCallback callback)
 
 void cVarTable::command(varType key, bool atOnce, NotifyCallback callback)
 {
-    KeyVal item{key, 1};
+    KeyVal item{sKey(key), 1};
     m_manager->ItemChange(*this, item, 1, atOnce ? cTableManager::MSG_SEND : cTableManager::MSG_POST,
                           callback);
 }
 
 void cVarTable::Set(varType key, varType value, NotifyCallback callback)
 {
-    sKey const wanted = key;
+    sKey const wanted(key);
     int const at = m_index.find(wanted.hash);
     if (at >= 0) {
         Set(m_items[static_cast<std::size_t>(at)], value, callback);

@@ -24,7 +24,7 @@ class QEL_API cVarTable final : public IVarTable {
 public:
     struct QEL_API sKey {
         sKey() : hash(0), name("") {}
-        sKey(varType key); ///< with the key's own text, borrowed
+        explicit sKey(varType key); ///< with the key's own text, borrowed
 
         std::uint32_t hash; ///< of the text; for a key of any other type its raw 32-bit data
         char const *name;   ///< the text; empty for a key of any other type

@@ -77,7 +77,7 @@ String varType::toString(char const *fallback) const
 
 IVarTable &varType::toTable() const
 {
-    return isTable() ? *reinterpret_cast<IVarTable *>(m_data) : DummyTable::Instance();
+    return isTable() ? *std::bit_cast<IVarTable *>(m_data) : DummyTable::Instance();
 }
 
 bool varType::isSame(varType const &other) const

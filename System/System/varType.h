@@ -65,7 +65,7 @@ public:
     /// The text's own pointer, borrowed. For any other type @p fallback, in the operator the empty text.
     char const *toStPtr(char const *fallback = "") const
     {
-        return isString() ? reinterpret_cast<char const *>(m_data) : fallback;
+        return isString() ? std::bit_cast<char const *>(m_data) : fallback;
     }
     operator char const *() const { return toStPtr(""); }
 
@@ -75,7 +75,7 @@ public:
     String toString(char const *fallback = "") const; ///< a null @p fallback is the empty text
     operator String() const { return toString(""); }
 
-    void const *toDataPtr() const { return isDataPtr() ? reinterpret_cast<void const *>(m_data) : nullptr; }
+    void const *toDataPtr() const { return isDataPtr() ? std::bit_cast<void const *>(m_data) : nullptr; }
 
     /// The table, or the dummy table for any other type: chains of lookups need no test.
     IVarTable &toTable() const;
