@@ -57,7 +57,7 @@ public:
     ///
     /// Listeners may be added and removed while they are being told. One that is added hears of the change in
     /// flight, after all others; one that is removed does not hear of it any more; nobody is passed over.
-    /// @param function  null does nothing
+    /// @param function  null does nothing. A plugin removes its listeners before it goes.
     /// @param user      comes back in sMsgNotify::user
     /// @param table     null for every table. The listener goes with the table.
     virtual void AddListener(NotifyCallback function, void *user, IVarTable *table) = 0;
