@@ -107,12 +107,6 @@ bool plainFileSize(std::FILE *file, std::uint64_t &size)
     return true;
 }
 
-std::uint64_t tellFile(std::FILE *file)
-{
-    off_t const position = ftello(file);
-    return position < 0 ? 0 : static_cast<std::uint64_t>(position);
-}
-
 bool seekFile(std::FILE *file, std::uint64_t position)
 {
     return fseeko(file, static_cast<off_t>(position), SEEK_SET) == 0;
@@ -120,18 +114,12 @@ bool seekFile(std::FILE *file, std::uint64_t position)
 
 bool writeThrough(std::FILE *file, void const *data, std::size_t size)
 {
-    std::uint64_t const before = tellFile(file);
-    // Between a read and a write the stream has to be positioned.
-    if (fseeko(file, 0, SEEK_CUR) != 0) {
-        return false;
-    }
     if (std::fwrite(data, 1, size, file) == size && std::fflush(file) == 0) {
         return true;
     }
     // What is left in the buffer would go out with the next write.
     __fpurge(file);
     std::clearerr(file);
-    seekFile(file, before);
     return false;
 }
 
