@@ -54,8 +54,11 @@ void BM_TextTokenizer_getNextToken(benchmark::State &state)
         Qel::TextTokenizer tokenizer(file);
         tokenizer.skipComment_oneLine(true);
         tokenizer.skipComment_block(true);
-        while (!tokenizer.nextTokenIsEnd()) {
+        for (;;) {
             Qel::TextToken const token = tokenizer.getNextToken();
+            if (token.isEnd()) {
+                break;
+            }
             benchmark::DoNotOptimize(token.getExactText().data());
             ++tokens;
         }

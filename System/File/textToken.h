@@ -43,7 +43,7 @@ enum token_type : std::uint32_t {
     TOK_INTEGER = 30,   ///< a number without point and exponent
     TOK_FLOAT = 31,     ///< a number with a point or an exponent
     TOK_STRING = 32,    ///< a text in double quotes
-    TOK_END = 33        ///< with an empty text the end of the stream, else a character that fits nowhere
+    TOK_END = 33        ///< the end of the stream, or a character that fits nowhere
 };
 
 /// One token of a text: what it is, and its characters as they stood there.
@@ -53,6 +53,9 @@ public:
     TextToken(token_type type) : m_type(type) {} ///< with an empty text
 
     token_type getType() const { return m_type; }
+
+    /// Is it the end of the stream, and no character that fits nowhere?
+    bool isEnd() const { return m_type == TOK_END && (m_text.empty() || isWhiteSpace(m_text[0])); }
 
     /// The characters as they stood in the text; those of a string with its quotes.
     String const &getExactText() const { return m_text; }
@@ -86,6 +89,8 @@ private:
     {
         m_text.erase(m_text.begin() + static_cast<std::ptrdiff_t>(size), m_text.end());
     }
+
+    static bool isWhiteSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
     static constexpr std::size_t shortSize = 15; // what a string holds in itself
 

@@ -415,7 +415,7 @@ void TextTokenizer::skipComment(Source &source, TextToken &result)
     } else {
         do {
             result = takeToken(source);
-        } while (!(result.m_type == TOK_STAR && m_next.m_type == TOK_SLASH) && !nextTokenIsEnd());
+        } while (!(result.m_type == TOK_STAR && m_next.m_type == TOK_SLASH) && !nextIsEnd());
     }
     m_next.m_text.clear();
     fillNextToken(source);
@@ -532,7 +532,7 @@ void TextTokenizer::readUntilToken(TextToken const &token)
         if (taken.m_type == token.m_type && (byTypeAlone || taken.m_text == token.m_text)) {
             return;
         }
-        if (taken.m_type == TOK_END && taken.m_text.empty()) {
+        if (taken.isEnd()) {
             return;
         }
     }

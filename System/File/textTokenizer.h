@@ -19,8 +19,7 @@ class cFileMem;
 /// @code
 /// TextTokenizer tokens(file);
 /// tokens.skipComment_oneLine(true);
-/// while (!tokens.nextTokenIsEnd()) {
-///     TextToken const token = tokens.getNextToken();
+/// for (TextToken token = tokens.getNextToken(); !token.isEnd(); token = tokens.getNextToken()) {
 ///     ...
 /// }
 /// @endcode
@@ -29,7 +28,8 @@ class cFileMem;
 /// memory (cFileMem, cFileTempMem) is read in place; any other costs a few of its calls for each token.
 ///
 /// A character that fits nowhere is a TOK_END with that character as its text, so TOK_END alone is not the
-/// end. nextTokenIsEnd() is.
+/// end: TextToken::isEnd() tells it. Where a text ends with white space, the last of it comes as a TOK_END,
+/// too, and is the end.
 ///
 /// @par Limits    A `/` that begins no comment is a token like any other. Numbers: the exponent's `e` is
 ///                lower case, and `+` is no part of a number. A string has no escapes, and newlines in it do
@@ -55,9 +55,6 @@ public:
     bool nextTokenIsFollowedByWhitespace() const; ///< also at the end of the stream
     bool nextTokenIsLast() const;                 ///< Does nothing, not even white space, stand behind it?
 
-    /// Is the stream at its end, with no token left?
-    bool nextTokenIsEnd() const { return m_next.m_type == TOK_END && !inShort() && m_next.m_text.empty(); }
-
     /// Makes the next token longer, up to white space outside double quotes, which is taken and dropped; its
     /// type becomes TOK_NONE. Does nothing if white space stood before the token.
     void readUntilNextWhitespace();
@@ -79,6 +76,7 @@ private:
     class MemorySource;
     class StreamSource;
 
+    bool nextIsEnd() const { return m_next.m_type == TOK_END && peekAtNextToken().isEnd(); }
     bool inShort() const { return m_shortSize != notShort; }
     template <class Work>
     auto withSource(Work work) const;

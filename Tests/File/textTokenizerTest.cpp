@@ -46,19 +46,13 @@ Tokens allTokens(cFile &file, bool oneLine = false, bool block = false)
     tokens.skipComment_block(block);
     Tokens all;
     // More than any of the texts here has: a tokenizer that never ends is a failure and no hang.
-    while (!tokens.nextTokenIsEnd() && all.size() < 5000) {
-        TextToken const token = tokens.getNextToken();
-        all.emplace_back(token.getType(), exactText(token));
+    for (TextToken token; all.size() < 5000; all.emplace_back(token.getType(), exactText(token))) {
+        token = tokens.getNextToken();
+        if (token.isEnd()) {
+            break;
+        }
     }
     return all;
-}
-
-Tokens withoutEnd(Tokens tokens)
-{
-    while (!tokens.empty() && tokens.back() == std::pair<token_type, std::string>(TOK_END, "")) {
-        tokens.pop_back();
-    }
-    return tokens;
 }
 
 TEST(TextTokenizer, TellsTokensApart)
@@ -92,7 +86,7 @@ TEST(TextTokenizer, TellsTokensApart)
         {std::string("a\0b", 3),
          {{TOK_IDENTIFIER, "a"}, {TOK_END, std::string(1, '\0')}, {TOK_IDENTIFIER, "b"}}},
         {"\xC3\xA4", {{TOK_END, "\xC3"}, {TOK_END, "\xA4"}}},
-        {"a \n", {{TOK_IDENTIFIER, "a"}, {TOK_END, "\n"}}},
+        {"a \n", {{TOK_IDENTIFIER, "a"}}},
         {"a/b", {{TOK_IDENTIFIER, "a"}, {TOK_SLASH, "/"}, {TOK_IDENTIFIER, "b"}}},
     };
 
@@ -139,7 +133,7 @@ TEST(TextTokenizer, PassesOverComments)
 
     for (auto const &row : rows) {
         SCOPED_TRACE(row.text);
-        EXPECT_EQ(withoutEnd(allTokens(*memory(row.text), row.oneLine, row.block)), row.tokens);
+        EXPECT_EQ(allTokens(*memory(row.text), row.oneLine, row.block), row.tokens);
     }
 }
 
@@ -182,7 +176,7 @@ TEST(TextTokenizer, TheStreamStandsBehindTheNextTokenAfterEachCall)
             EXPECT_EQ(row.file->tell(), end * row.unit);
             tokens.getNextToken();
         }
-        EXPECT_TRUE(tokens.nextTokenIsEnd());
+        EXPECT_TRUE(tokens.peekAtNextToken().isEnd());
     }
 }
 
@@ -211,6 +205,32 @@ TEST(TextTokenizer, CountsLinesAndSeesWhiteSpace)
     EXPECT_TRUE(tokens.nextTokenIsFollowedByWhitespace());
 }
 
+TEST(TextTokenizer, TheWhiteSpaceAtTheEndIsALastTokenOfItsOwn)
+{
+    struct {
+        char const *text;
+        char const *last;
+        bool preceded;
+        unsigned line;
+    } const rows[] = {{"", "", false, 0}, {"\n", "\n", false, 1}, {"\n \n\t", "\t", true, 2}};
+    for (auto const &row : rows) {
+        SCOPED_TRACE(row.last);
+        test::VectorFile other(row.text);
+        auto const inMemory = memory(row.text);
+        for (cFile *const file : {static_cast<cFile *>(inMemory.get()), static_cast<cFile *>(&other)}) {
+            TextTokenizer tokens(*file);
+            EXPECT_TRUE(tokens.peekAtNextToken().isEnd());
+            EXPECT_TRUE(tokens.nextTokenIsLast());
+            EXPECT_EQ(tokens.peekAtNextToken().getType(), TOK_END);
+            EXPECT_EQ(exactText(tokens.peekAtNextToken()), row.last);
+            EXPECT_EQ(tokens.nextTokenPreceededByWhitespace(), row.preceded);
+            EXPECT_EQ(tokens.getLine(), row.line);
+            tokens.getNextToken();
+            EXPECT_EQ(exactText(tokens.getNextToken()), "");
+        }
+    }
+}
+
 TEST(TextTokenizer, ReadsRawTextBehindTheNextToken)
 {
     auto const words = memory("media/a\"b c\"d.tga\nnext rest of it ");
@@ -227,7 +247,7 @@ TEST(TextTokenizer, ReadsRawTextBehindTheNextToken)
     tokens.readUntilEnd();
     EXPECT_EQ(exactText(tokens.peekAtNextToken()), "rest of it ");
     tokens.getNextToken();
-    EXPECT_TRUE(tokens.nextTokenIsEnd());
+    EXPECT_TRUE(tokens.peekAtNextToken().isEnd());
 
     auto const lines = memory("a  \n b x\nc");
     TextTokenizer rows(*lines);
@@ -249,14 +269,14 @@ TEST(TextTokenizer, FindsTheTokenThatIsAskedForOrTheEnd)
     auto const name = memory("end");
     TextTokenizer named(*name);
     tokens.readUntilToken(named.peekAtNextToken());
-    EXPECT_TRUE(tokens.nextTokenIsEnd());
+    EXPECT_TRUE(tokens.peekAtNextToken().isEnd());
     tokens.readUntilToken(TextToken(TOK_LBRACE));
-    EXPECT_TRUE(tokens.nextTokenIsEnd());
+    EXPECT_TRUE(tokens.peekAtNextToken().isEnd());
 
     file->seek(0);
     TextTokenizer again(*file);
     again.readUntilToken(TextToken(TOK_END));
-    EXPECT_TRUE(again.nextTokenIsEnd()) << "not at the apostrophe";
+    EXPECT_TRUE(again.peekAtNextToken().isEnd()) << "not at the apostrophe";
 }
 
 TEST(TextToken, ConvertsItsText)
@@ -321,8 +341,8 @@ TEST(TextTokenizer, TakesLongTokensInLinearTime)
         TextTokenizer tokens(*file);
         tokens.skipComment_block(true);
         unsigned long long length = 0;
-        while (!tokens.nextTokenIsEnd()) {
-            length += tokens.getNextToken().getLength();
+        for (TextToken token = tokens.getNextToken(); !token.isEnd(); token = tokens.getNextToken()) {
+            length += token.getLength();
         }
         EXPECT_EQ(length, start[0] == '/' ? 0 : tail.size() + 1);
     }
