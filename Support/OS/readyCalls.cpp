@@ -4,6 +4,7 @@
 
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
@@ -50,6 +51,14 @@ public:
         if (thread != nullptr) {
             eventfd_write(m_stop, 1);
             thread->join();
+        }
+        std::lock_guard const guard(m_lock);
+        m_entries = {};
+        for (int *const handle : {&m_handles, &m_stop}) {
+            if (*handle >= 0) {
+                close(*handle);
+            }
+            *handle = -1;
         }
     }
 
