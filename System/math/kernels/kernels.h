@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace Qel {
+
+/// One set of numeric kernels. There is one per processor level, each compiled in a source of its own.
+///
+/// A source of a level above the plain one includes nothing but intrinsics and headers of this folder,
+/// whose functions all stand in an unnamed namespace: an inline function of the standard library that was
+/// compiled there could be the copy that the linker keeps for everyone.
+struct Kernels {
+    /// Replaces all 624 words of a Mersenne Twister's state by the next block, untempered.
+    void (*stepTwister)(std::uint32_t *state);
+
+    /// Writes the tempered values of words of such a state, and the same as floats from 0 to below 1.
+    void (*temperTwister)(std::uint32_t const *words, std::size_t count, std::uint32_t *values);
+    void (*temperTwister01)(std::uint32_t const *words, std::size_t count, float *values);
+};
+
+extern Kernels const kernelsPlain;
+extern Kernels const kernelsSse42;
+extern Kernels const kernelsAvx2;
+extern Kernels const kernelsAvx512;
+
+/// The set in use. Never null: the plain set before the library's constructors have run.
+extern Kernels const *kernels;
+
+} // namespace Qel

@@ -1,0 +1,12 @@
+#include "System/math/kernels/kernels.h"
+#include "System/math/kernels/twisterKernel.h"
+
+namespace Qel {
+
+constinit Kernels const kernelsSse42 = {
+    .stepTwister = stepTwister,
+    .temperTwister = temperTwister,
+    .temperTwister01 = temperTwister01,
+};
+
+} // namespace Qel

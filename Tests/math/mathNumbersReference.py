@@ -1,0 +1,88 @@
+#!/usr/bin/env python3
+"""Known answers for the tests of random numbers, curves and digests, from Python's own arithmetic and
+standard library. Prints mathNumbersReference.h:
+
+    python3 Tests/math/mathNumbersReference.py > Tests/math/mathNumbersReference.h
+"""
+import random
+import struct
+
+
+def f32(value):
+    return struct.unpack("<f", struct.pack("<f", value))[0]
+
+
+def table(kind, name, values, form):
+    print(f"inline constexpr {kind} {name}[] = {{")
+    line = "   "
+    for value in values:
+        item = " " + form(value) + ","
+        if len(line) + len(item) > 100:
+            print(line)
+            line = "   "
+        line += item
+    print(line)
+    print("};\n")
+
+
+def unsigned(value):
+    return f"{value}U"
+
+
+def double(value):
+    return repr(float(value))
+
+
+# The module's own Mersenne Twister, started from a state of powers of 69069.
+def twister(seed):
+    word = seed | 1
+    words = []
+    for _ in range(624):
+        words.append(word)
+        word = word * 69069 & 0xFFFFFFFF
+    generator = random.Random()
+    generator.setstate((3, tuple(words) + (624,), None))
+    return [generator.getrandbits(32) for _ in range(2000)]
+
+
+def park_miller(seed, count):
+    out = []
+    for _ in range(count):
+        seed = 16807 * seed % 2147483647
+        out.append(seed)
+    return out
+
+
+def old(seed, count):
+    out = []
+    for _ in range(count):
+        seed = (1859 * seed + 3719) & 0xFFFFFFFF
+        out.append(seed - (1 << 32) if seed >> 31 else seed)
+    return out
+
+
+def msvc(state, count):
+    out = []
+    for _ in range(count):
+        state = (state * 214013 + 2531011 & 0xFFFFFFFF) >> 16
+        out.append(state & 0x7FFF)
+    return out
+
+
+print("// Printed by mathNumbersReference.py.")
+print("#pragma once\n")
+print("#include <cstdint>\n")
+print("namespace Qel::reference {\n")
+
+default = twister(4357)
+positions = [0, 1, 2, 3, 622, 623, 624, 625, 1247, 1248, 1999]
+print("// Draws of the seed 4357 at these positions, and the first eight of the seed 123456789.")
+table("int", "twisterPositions", positions, str)
+table("std::uint32_t", "twisterDefault", [default[i] for i in positions], unsigned)
+table("std::uint32_t", "twisterSeeded", twister(123456789)[:8], unsigned)
+print("// Seed 1 of the minimal standard, seed 77 of the old generator, seed 4242 of the 15-bit one.")
+table("std::int32_t", "parkMiller", park_miller(1, 8), str)
+table("std::int32_t", "oldRandom", old(77, 8), str)
+table("int", "msvcRandom", msvc(4242, 8), str)
+
+print("} // namespace Qel::reference")
