@@ -1,11 +1,19 @@
+#include "System/System/stringTools.h"
+#include "System/math/crc32.h"
 #include "System/math/kernelLevel.h"
+#include "System/math/md5.h"
 #include "System/math/rand.h"
 
 #include <benchmark/benchmark.h>
+#include <libdeflate.h>
+#define OPENSSL_SUPPRESS_DEPRECATED
+#include <openssl/md5.h>
 
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <random>
+#include <string>
 #include <vector>
 
 namespace Qel {
@@ -198,6 +206,138 @@ void BM_Rand_floatBound(benchmark::State &state)
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>((draws + 623) / 624 * 624));
 }
 BENCHMARK(BM_Rand_floatBound);
+
+std::vector<unsigned char> randomBytes(std::size_t count)
+{
+    std::mt19937 twister(1);
+    std::vector<unsigned char> bytes(count);
+    for (unsigned char &byte : bytes) {
+        byte = static_cast<unsigned char>(twister());
+    }
+    return bytes;
+}
+
+void BM_Crc32_bytes(benchmark::State &state)
+{
+    std::vector<unsigned char> const bytes = randomBytes(static_cast<std::size_t>(state.range(0)));
+    setKernelLevel(static_cast<eKernelLevel>(state.range(1)));
+    cCRC32 crc;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(crc.add(bytes.data(), static_cast<unsigned int>(bytes.size())));
+    }
+    state.SetBytesProcessed(state.iterations() * state.range(0));
+    setKernelLevel(kernelLevelMax());
+}
+BENCHMARK(BM_Crc32_bytes)
+    ->ArgsProduct({{64, 4096, 1 << 20}, benchmark::CreateDenseRange(KERNEL_PLAIN, KERNEL_AVX512, 1)});
+
+void BM_Crc32_bytesLibdeflate(benchmark::State &state)
+{
+    std::vector<unsigned char> const bytes = randomBytes(static_cast<std::size_t>(state.range(0)));
+    std::uint32_t crc = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(crc = libdeflate_crc32(crc, bytes.data(), bytes.size()));
+    }
+    state.SetBytesProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(BM_Crc32_bytesLibdeflate)->Arg(64)->Arg(4096)->Arg(1 << 20);
+
+// Names of 10 to 40 characters one behind the other in memory, as a table of names has them.
+class Names {
+public:
+    Names()
+    {
+        std::mt19937 twister(2);
+        std::vector<std::size_t> starts;
+        for (int i = 0; i < 1000; ++i) {
+            starts.push_back(m_text.size());
+            for (std::size_t length = 10 + twister() % 31; length > 0; --length) {
+                m_text.push_back("abcdefghijklmnopqrstuvwxyzABCDEF_/\\."[twister() % 36]);
+            }
+            m_text.push_back('\0');
+        }
+        for (std::size_t const start : starts) {
+            m_names.push_back(m_text.data() + start);
+        }
+    }
+    auto begin() const { return m_names.begin(); }
+    auto end() const { return m_names.end(); }
+    std::int64_t size() const { return static_cast<std::int64_t>(m_names.size()); }
+
+private:
+    std::string m_text;
+    std::vector<char const *> m_names;
+};
+
+void BM_CalcHash_plain(benchmark::State &state)
+{
+    Names const names;
+    setKernelLevel(static_cast<eKernelLevel>(state.range(0)));
+    for (auto _ : state) {
+        for (char const *const name : names) {
+            benchmark::DoNotOptimize(StringTools::calcHash(name));
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * names.size());
+    setKernelLevel(kernelLevelMax());
+}
+BENCHMARK(BM_CalcHash_plain)->DenseRange(KERNEL_PLAIN, KERNEL_AVX512);
+
+void BM_CalcHash_path(benchmark::State &state)
+{
+    Names const names;
+    setKernelLevel(static_cast<eKernelLevel>(state.range(0)));
+    unsigned char const *const map = StringTools::getMapTable(MAP_PATH);
+    for (auto _ : state) {
+        for (char const *const name : names) {
+            benchmark::DoNotOptimize(StringTools::calcHash(name, map));
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * names.size());
+    setKernelLevel(kernelLevelMax());
+}
+BENCHMARK(BM_CalcHash_path)->DenseRange(KERNEL_PLAIN, KERNEL_AVX512);
+
+void BM_CalcHash_libdeflateAndStrlen(benchmark::State &state)
+{
+    Names const names;
+    for (auto _ : state) {
+        for (char const *const name : names) {
+            benchmark::DoNotOptimize(libdeflate_crc32(0, name, std::strlen(name)));
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * names.size());
+}
+BENCHMARK(BM_CalcHash_libdeflateAndStrlen);
+
+void BM_Md5_bytes(benchmark::State &state)
+{
+    std::vector<unsigned char> const bytes = randomBytes(static_cast<std::size_t>(state.range(0)));
+    MD5Hash hash;
+    for (auto _ : state) {
+        cMD5 md5;
+        md5.update(bytes.data(), static_cast<unsigned int>(bytes.size()));
+        md5.final(hash);
+        benchmark::DoNotOptimize(hash);
+    }
+    state.SetBytesProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(BM_Md5_bytes)->Arg(32)->Arg(1 << 20);
+
+void BM_Md5_bytesOpenssl(benchmark::State &state)
+{
+    std::vector<unsigned char> const bytes = randomBytes(static_cast<std::size_t>(state.range(0)));
+    unsigned char hash[16];
+    for (auto _ : state) {
+        MD5_CTX md5;
+        MD5_Init(&md5);
+        MD5_Update(&md5, bytes.data(), bytes.size());
+        MD5_Final(hash, &md5);
+        benchmark::DoNotOptimize(hash);
+    }
+    state.SetBytesProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(BM_Md5_bytesOpenssl)->Arg(32)->Arg(1 << 20);
 
 } // namespace
 } // namespace Qel

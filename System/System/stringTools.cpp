@@ -1,6 +1,6 @@
 #include "System/System/stringTools.h"
 
-#include "System/math/crc32Table.h"
+#include "System/math/nameHash.h"
 
 #include <array>
 #include <cstring>
@@ -150,17 +150,12 @@ void StringTools::toLower(wchar_t *text)
 
 std::uint32_t StringTools::calcHash(char const *text)
 {
-    return calcHash(text, identityTable.data());
+    return hashName(orEmpty(text)).hash;
 }
 
 std::uint32_t StringTools::calcHash(char const *text, unsigned char const *map)
 {
-    map = mapOr(map);
-    std::uint32_t hash = 0xFFFFFFFF;
-    for (text = orEmpty(text); *text != 0; ++text) {
-        hash = hash >> 8 ^ crc32Table[(hash & 255) ^ map[static_cast<unsigned char>(*text)]];
-    }
-    return hash;
+    return hashName(orEmpty(text), mapOr(map)).hash;
 }
 
 int StringTools::compare(char const *a, char const *b)

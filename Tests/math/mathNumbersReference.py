@@ -4,8 +4,10 @@ standard library. Prints mathNumbersReference.h:
 
     python3 Tests/math/mathNumbersReference.py > Tests/math/mathNumbersReference.h
 """
+import hashlib
 import random
 import struct
+import zlib
 
 
 def f32(value):
@@ -13,7 +15,7 @@ def f32(value):
 
 
 def table(kind, name, values, form):
-    print(f"inline constexpr {kind} {name}[] = {{")
+    print(f"inline constexpr {kind}{'' if kind.endswith('*') else ' '}{name}[] = {{")
     line = "   "
     for value in values:
         item = " " + form(value) + ","
@@ -84,5 +86,16 @@ print("// Seed 1 of the minimal standard, seed 77 of the old generator, seed 424
 table("std::int32_t", "parkMiller", park_miller(1, 8), str)
 table("std::int32_t", "oldRandom", old(77, 8), str)
 table("int", "msvcRandom", msvc(4242, 8), str)
+
+# Bytes that the tests make in the same way.
+def pattern(size):
+    return bytes((i * i * 7 + i * 3 + 11) & 255 for i in range(size))
+
+
+sizes = [0, 1, 3, 4, 15, 16, 55, 56, 63, 64, 65, 119, 120, 1000, 100003]
+print("// Of that many bytes (i * i * 7 + i * 3 + 11) & 255: CRC-32 without its last inversion, and MD5.")
+table("unsigned", "digestSizes", sizes, str)
+table("std::uint32_t", "crcs", [zlib.crc32(pattern(n)) ^ 0xFFFFFFFF for n in sizes], unsigned)
+table("char const *", "md5s", [hashlib.md5(pattern(n)).hexdigest() for n in sizes], lambda text: f'"{text}"')
 
 print("} // namespace Qel::reference")

@@ -5,12 +5,32 @@
 
 namespace Qel {
 
+/// A name's hash and the bytes before its terminator, counted up to 0xFFFFFFFF.
+struct NameHash {
+    std::uint32_t hash;
+    std::uint32_t length;
+};
+
+/// What a byte does to a CRC-32 by itself, and seen so many bytes further on.
+struct Crc32Steps {
+    std::uint32_t after[8][256];
+};
+
+extern Crc32Steps const crc32Steps;
+
 /// One set of numeric kernels. There is one per processor level, each compiled in a source of its own.
 ///
 /// A source of a level above the plain one includes nothing but intrinsics and headers of this folder,
 /// whose functions all stand in an unnamed namespace: an inline function of the standard library that was
 /// compiled there could be the copy that the linker keeps for everyone.
 struct Kernels {
+    /// Goes on with a CRC-32 that is not inverted.
+    std::uint32_t (*crc32)(std::uint32_t crc, unsigned char const *data, std::size_t size);
+
+    /// The same from 0xFFFFFFFF over a text up to its terminator, as it stands or through a map of 256 bytes.
+    NameHash (*hashName)(char const *text);
+    NameHash (*hashMappedName)(char const *text, unsigned char const *map);
+
     /// Replaces all 624 words of a Mersenne Twister's state by the next block, untempered.
     void (*stepTwister)(std::uint32_t *state);
 

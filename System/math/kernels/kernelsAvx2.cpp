@@ -1,9 +1,13 @@
+#include "System/math/kernels/crc32ClmulKernel.h"
 #include "System/math/kernels/kernels.h"
 #include "System/math/kernels/twisterKernel.h"
 
 namespace Qel {
 
 constinit Kernels const kernelsAvx2 = {
+    .crc32 = crc32Clmul,
+    .hashName = hashNameBy<crc32Clmul>,
+    .hashMappedName = hashMappedNameBy<crc32Clmul>,
     .stepTwister = stepTwister,
     .temperTwister = temperTwister,
     .temperTwister01 = temperTwister01,

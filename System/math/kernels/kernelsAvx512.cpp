@@ -1,9 +1,13 @@
+#include "System/math/kernels/crc32Avx512Kernel.h"
 #include "System/math/kernels/kernels.h"
 #include "System/math/kernels/twisterKernel.h"
 
 namespace Qel {
 
 constinit Kernels const kernelsAvx512 = {
+    .crc32 = crc32Avx512,
+    .hashName = hashNameAvx512,
+    .hashMappedName = hashMappedNameAvx512,
     .stepTwister = stepTwister,
     .temperTwister = temperTwister,
     .temperTwister01 = temperTwister01,

@@ -1,9 +1,13 @@
+#include "System/math/kernels/crc32PlainKernel.h"
 #include "System/math/kernels/kernels.h"
 #include "System/math/kernels/twisterKernel.h"
 
 namespace Qel {
 
 constinit Kernels const kernelsPlain = {
+    .crc32 = crc32Plain,
+    .hashName = hashNameBy<crc32Plain>,
+    .hashMappedName = hashMappedNameBy<crc32Plain>,
     .stepTwister = stepTwister,
     .temperTwister = temperTwister,
     .temperTwister01 = temperTwister01,
