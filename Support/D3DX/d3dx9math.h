@@ -18,6 +18,10 @@
 //
 // Constructors from pointers and base records are implicit on purpose: callers pass arrays as vectors.
 
+// Volumes hand out their rows as vectors of three or four floats and are read as matrices in place, so the
+// compiler must not take two of these types for different storage.
+#define QEL_SHARES_STORAGE __attribute__((__may_alias__))
+
 /// A half-precision float (IEEE 754 binary16): sign, 5 bits of exponent, 10 bits of fraction.
 struct D3DXFLOAT16 {
     std::uint16_t value; ///< the bits
@@ -63,14 +67,14 @@ inline D3DXVECTOR2 operator*(float s, D3DXVECTOR2 const &v)
 }
 
 /// Three floats, x, y, z.
-struct _D3DVECTOR {
+struct QEL_SHARES_STORAGE _D3DVECTOR {
     float x;
     float y;
     float z;
 };
 
 /// A vector of three floats.
-struct D3DXVECTOR3 : _D3DVECTOR {
+struct QEL_SHARES_STORAGE D3DXVECTOR3 : _D3DVECTOR {
     D3DXVECTOR3() {} // leaves the floats as they are
     D3DXVECTOR3(float const *f) : _D3DVECTOR{f[0], f[1], f[2]} {}
     D3DXVECTOR3(D3DXFLOAT16 const *f) { D3DXFloat16To32Array(*this, f, 3); }
@@ -103,7 +107,7 @@ inline D3DXVECTOR3 operator*(float s, D3DXVECTOR3 const &v)
 }
 
 /// A vector of four floats.
-struct D3DXVECTOR4 {
+struct QEL_SHARES_STORAGE D3DXVECTOR4 {
     float x;
     float y;
     float z;
@@ -177,7 +181,7 @@ inline D3DXPLANE operator*(float s, D3DXPLANE const &p)
 #pragma GCC diagnostic ignored "-Wpedantic" // the two views of a matrix need an unnamed struct
 
 /// Sixteen floats, row by row: _12 is row 1, column 2, and so is m[0][1].
-struct _D3DMATRIX {
+struct QEL_SHARES_STORAGE _D3DMATRIX {
     union {
         struct {
             float _11, _12, _13, _14;
@@ -191,13 +195,13 @@ struct _D3DMATRIX {
 
 #pragma GCC diagnostic pop
 
-struct D3DXMATRIX;
+struct QEL_SHARES_STORAGE D3DXMATRIX;
 
 /// The product @p a @p b: the transformation @p a, followed by @p b.
 inline D3DXMATRIX *D3DXMatrixMultiply(D3DXMATRIX *out, D3DXMATRIX const *a, D3DXMATRIX const *b);
 
 /// A matrix of four rows and four columns. A translation stands in the last row.
-struct D3DXMATRIX : _D3DMATRIX {
+struct QEL_SHARES_STORAGE D3DXMATRIX : _D3DMATRIX {
     D3DXMATRIX() {} // leaves the floats as they are
     D3DXMATRIX(float const *f);
     D3DXMATRIX(D3DXFLOAT16 const *f) { D3DXFloat16To32Array(*this, f, 16); }
