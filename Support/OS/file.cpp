@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 
@@ -120,9 +122,32 @@ bool TextFile::open(char const *path)
     return true;
 }
 
-bool TextFile::write(char const *text, std::size_t size)
+bool TextFile::write(std::initializer_list<std::string_view> pieces)
 {
-    return m_handle >= 0 && writeAll(m_handle, text, size);
+    if (m_handle < 0) {
+        return false;
+    }
+    std::size_t total = 0;
+    std::string_view only;
+    for (std::string_view const piece : pieces) {
+        total += piece.size();
+        only = piece.size() == total ? piece : only;
+    }
+    if (only.size() == total) {
+        return writeAll(m_handle, only.data(), total);
+    }
+
+    std::array<char, 4352> shortText; // a formatted text and what goes before it
+    std::string longText;
+    if (total > shortText.size()) {
+        longText.resize(total);
+    }
+    char *const gathered = total > shortText.size() ? longText.data() : shortText.data();
+    char *end = gathered;
+    for (std::string_view const piece : pieces) {
+        end = std::copy(piece.begin(), piece.end(), end);
+    }
+    return writeAll(m_handle, gathered, total);
 }
 
 } // namespace os

@@ -4,8 +4,10 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <initializer_list>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace os {
 
@@ -44,8 +46,9 @@ public:
     /// Creates or empties the file. @return false if it cannot be opened; writes then go nowhere
     bool open(char const *path);
 
-    /// Appends @p size bytes. @return false if not all of them reached the file
-    bool write(char const *text, std::size_t size);
+    /// Appends the pieces, one after the other, so that no other writer's text comes between them.
+    /// @return false if not all of them reached the file
+    bool write(std::initializer_list<std::string_view> pieces);
 
     bool isOpen() const { return m_handle >= 0; }
 

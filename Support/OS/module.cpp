@@ -66,7 +66,12 @@ void *openModule(char const *name, std::string &error)
     if (path.find('/') == std::string::npos) {
         // The last, empty place leaves the search to the loader, which does not look into the working
         // directory.
-        places = {programFolder(), libraryFolder(), "./", ""};
+        std::string const library = libraryFolder();
+        places = {programFolder(), library};
+        if (!library.empty()) {
+            places.push_back(library + "qelSystem/plugins/");
+        }
+        places.insert(places.end(), {"./", ""});
     } else {
         places = {""};
     }

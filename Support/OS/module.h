@@ -7,8 +7,9 @@
 namespace os {
 
 /// Loads a module. A name that ends in ".dll", in any case, is tried as it stands and then with ".so" in
-/// its place. A bare name is looked for beside the program, beside this library, in the working directory
-/// and by the loader's own search, in this order; a name with a path is taken as it is.
+/// its place. A bare name is looked for beside the program, beside this library, in the folder of the
+/// engine's own plugins below it, in the working directory and by the loader's own search, in this order; a
+/// name with a path is taken as it is.
 /// @param error  on failure: which files were tried and why each of them failed
 /// @return null on failure
 QEL_API void *openModule(char const *name, std::string &error);

@@ -5,10 +5,16 @@
 #include <cstddef>
 #include <cstdint>
 
-/// The memory library: small blocks told their size on release, objects, plain buffers, all counted.
+/// The memory library: small blocks told their size on release, objects, plain buffers.
+///
+/// fast_alloc() serves blocks of up to 512 bytes from lists that every thread has of its own, one for each
+/// 16 bytes of size; larger ones, std_alloc() and poolheap_malloc() come from the system's allocator. What
+/// fast_alloc() gives out is counted by context. Blocks freed on another thread than the one that took them
+/// come home in batches of 64, and a thread that ends leaves its lists and its counts to the others.
 ///
 /// Every operation may be called on any thread, before init() and after shutdown() too: a host's own static
-/// objects may hold texts for longer than the library lives.
+/// objects may hold texts for longer than the library lives. Builds with a sanitizer take every block from
+/// the system's allocator, and count the same.
 namespace PoolHeap {
 
 /// Names a memory context. Ten 32-bit words of the given interface; the name has the machine's width.
@@ -21,24 +27,33 @@ struct ContextInfo {
 };
 
 /// Callbacks of the library, set once at load. Both may be null.
+///
+/// Debug builds check each fast_free(): one told another size or context than the block was taken with is
+/// reported and done right; one of a block that is not out is reported, stops, and is not done. Release
+/// builds check nothing and call nothing.
 struct Config {
     void (*message)(char const *text) = nullptr; ///< takes diagnostics
     void (*breakpoint)() = nullptr;              ///< called when a block is freed that was never given out
 };
 
 /// What has been taken under one memory context.
+///
+/// All numbers are exact while no other thread allocates or frees. The peak is exact for a context that one
+/// thread uses; each further thread lets it be off by up to 64 KiB, since threads compare notes that seldom.
 struct ContextCounts {
-    char const *name = nullptr;       ///< as context_init() was told, or null
-    std::uint32_t id = 0;             ///< the context's identifier
-    std::uint64_t allocations = 0;    ///< blocks given out so far
-    std::uint64_t liveBlocks = 0;     ///< blocks out now
-    std::uint64_t liveBytes = 0;      ///< bytes out now, as asked for
-    std::uint64_t peakBytes = 0;      ///< the most bytes that were out at once
+    char const *name = nullptr;    ///< as context_init() was told, or null
+    std::uint32_t id = 0;          ///< the context's identifier
+    std::uint64_t allocations = 0; ///< blocks given out so far
+    std::uint64_t liveBlocks = 0;  ///< blocks out now
+    std::uint64_t liveBytes = 0;   ///< bytes out now, as asked for
+    std::uint64_t peakBytes = 0;   ///< the most bytes that were out at once
 };
 
 extern QEL_API Config the_config;
 
-QEL_API void init();
+QEL_API void init(); ///< marks the start of the library's life; nothing waits for it
+
+/// Gives memory back to the system that holds no live block, as far as other threads keep none of it ready.
 QEL_API void shutdown();
 
 /// Names a context, so that its counts can be read by name. A second call for an id replaces the name.
@@ -52,6 +67,7 @@ QEL_API void std_free(void *block, std::uint32_t flags = 0); ///< null is allowe
 
 /// A small block under a context, from free lists of the calling thread, aligned for every type.
 /// @param context  any number; need not have been named
+/// @param size     bytes; 0 gives a block, too
 /// @return null if there is no memory
 QEL_API void *fast_alloc(std::size_t size, std::uint32_t context);
 

@@ -1,0 +1,10 @@
+#include "hiddenSplashDialog.h"
+
+bool HiddenSplashDialog::display()
+{
+    return false;
+}
+
+void HiddenSplashDialog::setProgress(float)
+{
+}

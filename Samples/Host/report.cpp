@@ -1,0 +1,51 @@
+#include "report.h"
+
+#include "System/System/plugin.h"
+#include "System/Time/timer.h"
+
+#include "Support/PoolHeap/poolHeap.h"
+
+#include <algorithm>
+#include <cinttypes>
+#include <cstdio>
+#include <filesystem>
+#include <vector>
+
+namespace {
+
+void printMemory()
+{
+    std::vector<PoolHeap::ContextCounts> contexts(PoolHeap::all_context_counts(nullptr, 0));
+    contexts.resize(std::min(contexts.size(), PoolHeap::all_context_counts(contexts.data(), contexts.size())));
+    std::printf("memory        %-22s %12s %12s %12s\n", "context", "allocations", "bytes now", "bytes peak");
+    for (PoolHeap::ContextCounts const &context : contexts) {
+        char const *const name = context.name != nullptr ? context.name : "(no name)";
+        std::printf("              %-22s %12" PRIu64 " %12" PRIu64 " %12" PRIu64 "\n", name, context.allocations,
+                    context.liveBytes, context.peakBytes);
+    }
+}
+
+} // namespace
+
+void printReport(Options const &options, Qel::Root &root, FrameClock const &clock)
+{
+    Qel::BuildVersion const &version = root.getVersion();
+    Qel::BuildDate const &built = root.getBuildDate();
+    std::printf("qelSystem     %d.%d.%d build %d of %s, %s\n", version.major, version.minor, version.release,
+                version.build, built.date, built.time);
+
+    std::printf("plugins       %zu from %s\n", root.getPlugins().size(), options.pluginFile.c_str());
+    for (Qel::Plugin const *plugin : root.getPlugins()) {
+        std::printf("              %s\n", plugin->getName().c_str());
+    }
+
+    FrameTimes const times = clock.times();
+    std::printf("frames        %u of %u, %" PRIu64 " idle events, limit %u a second\n", clock.frames(),
+                options.frames, clock.idleEvents(), options.fps);
+    std::printf("frame times   min %.3f ms, mean %.3f ms, 95th %.3f ms, max %.3f ms\n", times.shortest,
+                times.mean, times.percentile95, times.longest);
+    std::printf("rate          %.1f a second over %.2f s\n", times.mean > 0.0 ? 1000.0 / times.mean : 0.0,
+                root.getTimeSinceInit().getSeconds());
+    printMemory();
+    std::printf("log           %s\n", std::filesystem::absolute(options.logFile).string().c_str());
+}

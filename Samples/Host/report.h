@@ -1,0 +1,9 @@
+#pragma once
+
+#include "frameClock.h"
+#include "options.h"
+
+#include "System/System/Root.h"
+
+/// Prints, for a person, what the engine is and how the run went.
+void printReport(Options const &options, Qel::Root &root, FrameClock const &clock);

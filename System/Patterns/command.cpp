@@ -1,0 +1,7 @@
+#include "System/Patterns/command.h"
+
+namespace Qel {
+
+cCommand::~cCommand() = default;
+
+} // namespace Qel

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "System/System/export.h"
+
+namespace Qel {
+
+/// Base of the managers: one live instance of @p T that any code of the process reaches.
+///
+/// The static pointer must exist once, in the library, or a plugin would see a null singleton of its own. So
+/// the header of a singleton class announces the instantiation, and its source makes it:
+///
+/// @code
+/// // xMgr.h
+/// class XMgr;
+/// extern template class QEL_API tSingleton<XMgr>;
+/// class QEL_API XMgr : public tSingleton<XMgr> { ... };
+///
+/// // xMgr.cpp
+/// #include "System/Patterns/tSingletonImpl.h"
+/// template class tSingleton<XMgr>;
+/// @endcode
+///
+/// @par Ownership  None: whoever makes the object destroys it.
+/// @par Threads    Made and destroyed on the main thread, while no other thread asks for it.
+template <class T>
+class QEL_API tSingleton {
+public:
+    tSingleton();  ///< makes this object the instance, in place of any earlier one
+    ~tSingleton(); ///< leaves no instance, even if another object had become it
+
+    tSingleton(tSingleton const &) = delete;
+    tSingleton &operator=(tSingleton const &) { return *this; } ///< the instance stays what it is
+
+    static T &Instance() { return *_instance; }   ///< there must be one
+    static T *InstancePtr() { return _instance; } ///< null if there is none
+    static bool InstanceActive() { return _instance != nullptr; }
+
+private:
+    static T *_instance;
+};
+
+} // namespace Qel

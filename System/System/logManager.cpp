@@ -1,0 +1,157 @@
+#include "System/System/logManager.h"
+
+#include "System/Patterns/tSingletonImpl.h"
+#include "System/System/formatBuffer.h"
+
+#include <algorithm>
+#include <cstdarg>
+
+namespace Qel {
+
+template class tSingleton<LogManager>;
+
+std::atomic<LoggingLevel> LogManager::defaultLogLevel{2};
+
+LogManager::LogManager() = default;
+
+LogManager::~LogManager() = default;
+
+Log *LogManager::createLog(String const &name, bool defaultLog, bool debugOutput, bool fileOutput)
+{
+    auto const existing = m_logs.find(name);
+    if (existing != m_logs.end()) {
+        return existing->second.get();
+    }
+    auto const added =
+        m_logs.emplace(name, std::make_unique<Log>(name, debugOutput, fileOutput)).first->second.get();
+    if (defaultLog || m_defaultLog == nullptr) {
+        m_defaultLog = added;
+    }
+    return added;
+}
+
+Log *LogManager::getLog(String const &name)
+{
+    auto const found = m_logs.find(name);
+    return found == m_logs.end() ? nullptr : found->second.get();
+}
+
+void LogManager::logMessage(String const &text, LogMessageLevel level)
+{
+    send(text, level);
+}
+
+void LogManager::logMessage(WString const &text, LogMessageLevel level)
+{
+    String narrow;
+    narrow.toString(text);
+    send(narrow, level);
+}
+
+void LogManager::logMessage(LogMessageLevel level, char const *format, ...)
+{
+    Log *const log = m_defaultLog;
+    if (log == nullptr || !log->isWithinThreshold(level)) {
+        return;
+    }
+    FormatBuffer buffer;
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::string_view const text = buffer.format(format, arguments);
+    va_end(arguments);
+    send(text, level);
+}
+
+void LogManager::setLogDetail(LoggingLevel detail)
+{
+    defaultLogLevel = detail;
+    if (Log *const log = m_defaultLog) {
+        log->setLogDetail(detail);
+    }
+}
+
+void LogManager::setDefaultCallback(LogCallback callback)
+{
+    if (Log *const log = m_defaultLog) {
+        log->setCallback(callback);
+    }
+}
+
+void LogManager::setCallbackFilter(String const &filter)
+{
+    if (Log *const log = m_defaultLog) {
+        log->setCallbackFilter(filter);
+    }
+}
+
+void LogManager::defLevelMessage(char const *format, ...)
+{
+    LogManager *const manager = InstancePtr();
+    if (manager == nullptr) {
+        return;
+    }
+    FormatBuffer buffer;
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::string_view const text = buffer.format(format, arguments);
+    va_end(arguments);
+    manager->send(text, 4);
+}
+
+void LogManager::changeIndent(int delta)
+{
+    m_indent = std::max(0, m_indent + delta);
+}
+
+void LogManager::send(std::string_view text, LogMessageLevel level)
+{
+    Log *const log = m_defaultLog;
+    if (log == nullptr || !log->isWithinThreshold(level)) {
+        return;
+    }
+    int const width = m_indent;
+    if (width == 0) {
+        log->output({}, text, level);
+    } else {
+        String const indent(std::string(static_cast<std::size_t>(width), ' '));
+        log->output(indent, text, level);
+    }
+}
+
+LogIndent::LogIndent(unsigned short width) : m_width(width)
+{
+    if (LogManager *const manager = LogManager::InstancePtr()) {
+        manager->changeIndent(m_width);
+    }
+}
+
+LogIndent::~LogIndent()
+{
+    if (LogManager *const manager = LogManager::InstancePtr()) {
+        manager->changeIndent(-int{m_width});
+    }
+}
+
+void logMessage(String const &text, LogMessageLevel level)
+{
+    LogManager *const manager = LogManager::InstancePtr();
+    if (level != 0 && manager != nullptr) {
+        manager->logMessage(text, level);
+    }
+}
+
+void logMessage(LogMessageLevel level, char const *format, ...)
+{
+    LogManager *const manager = LogManager::InstancePtr();
+    if (level == 0 || manager == nullptr) {
+        return;
+    }
+    FormatBuffer buffer;
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::string_view const text = buffer.format(format, arguments);
+    va_end(arguments);
+    manager->logMessage(String(text.data(), text.size()), level);
+}
+
+} // namespace Qel

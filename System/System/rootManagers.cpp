@@ -1,0 +1,69 @@
+#include "System/System/rootManagers.h"
+
+#include "System/Platform/platformManager.h"
+#include "System/System/exception.h"
+#include "System/System/logManager.h"
+#include "System/System/pluginMgr.h"
+#include "System/Time/timer.h"
+
+#include "Support/OS/debug.h"
+
+namespace Qel {
+
+namespace {
+
+// Plain, so that nothing happens to it at the process's end: by then the plugins' own objects are gone, and
+// stopping them would touch those.
+constinit RootManagers *standing = nullptr;
+
+} // namespace
+
+RootManagers::RootManagers() = default;
+
+RootManagers::~RootManagers()
+{
+    takeDown();
+}
+
+void RootManagers::takeDown()
+{
+    timer.reset();
+    platformManager.reset();
+    logManager.reset();
+    stopPlugins();
+    pluginMgr.reset();
+    globalStrings.reset();
+}
+
+void RootManagers::stopPlugins()
+{
+    while (!plugins.empty()) {
+        Plugin *const plugin = plugins.back();
+        plugins.pop_back();
+        try {
+            if (void *const symbol = plugin->getSymbol("dllStopPlugin")) {
+                reinterpret_cast<void (*)()>(symbol)();
+            }
+        } catch (...) {
+            os::debugOutput("A plugin's dllStopPlugin has thrown an exception\n");
+        }
+        try {
+            pluginMgr->unload(plugin);
+        } catch (Exception const &) {
+            os::debugOutput("A plugin could not be unloaded\n");
+        }
+    }
+}
+
+void RootManagers::leaveStanding(std::unique_ptr<RootManagers> managers)
+{
+    standing = managers.release();
+}
+
+void RootManagers::clearStanding()
+{
+    std::unique_ptr<RootManagers> const left(standing);
+    standing = nullptr;
+}
+
+} // namespace Qel

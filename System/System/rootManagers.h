@@ -1,0 +1,43 @@
+#pragma once
+
+#include "System/System/globalStrings.h"
+#include "System/System/string.h"
+
+#include <memory>
+#include <vector>
+
+namespace Qel {
+
+class LogManager;
+class PlatformManager;
+class Plugin;
+class PluginMgr;
+class Timer;
+
+/// What Root makes, and the two orders: Root::bringUp() makes the members from the first to the last,
+/// takeDown() has an order of its own. Not part of the public interface.
+struct RootManagers {
+    std::unique_ptr<LogManager> logManager;
+    std::unique_ptr<GlobalStrings> globalStrings;
+    std::unique_ptr<PluginMgr> pluginMgr;
+    std::unique_ptr<PlatformManager> platformManager;
+    std::unique_ptr<Timer> timer;
+    std::vector<Plugin *> plugins; // started, in that order
+
+    RootManagers();
+    ~RootManagers(); ///< takes down what stands
+
+    RootManagers(RootManagers const &) = delete;
+    RootManagers &operator=(RootManagers const &) = delete;
+
+    void takeDown();
+    void stopPlugins(); ///< stops and unloads the plugins, the last one first
+
+    /// Keeps the managers of a Root whose constructor failed, so that its host can still log. They stay until
+    /// the next Root is made or the process ends.
+    static void leaveStanding(std::unique_ptr<RootManagers> managers);
+
+    static void clearStanding(); ///< takes down what leaveStanding() kept
+};
+
+} // namespace Qel

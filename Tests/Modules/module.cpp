@@ -1,0 +1,51 @@
+// One plugin in several behaviours; see CMakeLists.txt.
+
+#include "System/System/Root.h"
+#include "System/System/exception.h"
+#include "System/System/export.h"
+#include "System/System/frameListener.h"
+#include "System/System/logManager.h"
+
+#include "Tests/Tools/emptyRenderSystem.h"
+
+#include "Support/OS/debug.h"
+
+#include <memory>
+#include <string>
+
+namespace {
+
+class Listener final : public Qel::FrameListener {};
+
+[[maybe_unused]] std::unique_ptr<test::EmptyRenderSystem> renderer;
+[[maybe_unused]] std::unique_ptr<Listener> listener;
+
+} // namespace
+
+#ifdef MODULE_STARTS
+extern "C" QEL_API void dllStartPlugin()
+{
+    Qel::logMessage("start " MODULE_NAME "\n", 2);
+    renderer = std::make_unique<test::EmptyRenderSystem>();
+    listener = std::make_unique<Listener>();
+    Qel::Root::Instance().addRenderSystem(renderer.get());
+    Qel::Root::Instance().addFrameListener(listener.get());
+#ifdef MODULE_THROWS
+    throw Qel::Exception(Qel::Exception::InternalFailure, "no such device", "dllStartPlugin");
+#endif
+}
+#endif
+
+#ifdef MODULE_STOPS
+extern "C" QEL_API void dllStopPlugin()
+{
+    std::string text = "stop " MODULE_NAME;
+    text += Qel::LogManager::InstanceActive() ? " with a log\n" : "\n";
+    os::debugOutput(text.c_str());
+    listener.reset();
+    renderer.reset();
+#ifdef MODULE_THROWS_IN_STOP
+    throw 1;
+#endif
+}
+#endif

@@ -1,0 +1,147 @@
+#include "System/Time/timer.h"
+#include "System/Time/timerInit.h"
+
+#include "Support/OS/clock.h"
+#include "System/System/logManager.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+
+namespace Qel {
+namespace {
+
+class StandingClock : public os::Clock {
+public:
+    std::uint32_t milliseconds() override { return now; }
+    std::int64_t counter() override { return now; }
+    std::int64_t frequency() override { return 1234567890; }
+    void sleep(std::uint32_t ms) override { now += ms; }
+    os::LocalTime localTime() override { return {}; }
+
+    std::uint32_t now = 0;
+};
+
+struct Timers : testing::Test {
+    Timers() { TimerInit::init(TIMER_MILLISECONDS); }
+
+    StandingClock clock;
+    os::ClockScope scope{clock};
+};
+
+TEST_F(Timers, MeasuresSpansBackToBack)
+{
+    Timer timer;
+    clock.now = 1000;
+    timer.start();
+    EXPECT_EQ(timer.getDuration().getCount(), 1000u) << "the reading itself, until the end";
+
+    clock.now = 1010;
+    EXPECT_EQ(timer.getDurationInProgress().getCount(), 10u);
+    clock.now = 1025;
+    EXPECT_EQ(timer.getDurationInProgress().getCount(), 25u) << "the start stays";
+    timer.end();
+    EXPECT_EQ(timer.getDuration().getCount(), 25u);
+
+    timer.endAsStart();
+    clock.now = 1032;
+    timer.end();
+    EXPECT_EQ(timer.getDuration().getCount(), 7u);
+}
+
+TEST_F(Timers, GivesTheClockItselfWhenItWasNeverStarted)
+{
+    Timer timer;
+    clock.now = 0xFFFFFFF0u;
+    EXPECT_EQ(timer.getDurationInProgress().getCount(), 0xFFFFFFF0u);
+}
+
+TEST_F(Timers, MeasuresAcrossTheWrapOfTheClock)
+{
+    Timer timer;
+    clock.now = 0xFFFFFFF0u;
+    timer.start();
+    clock.now = 4; // 20 ms later
+    EXPECT_EQ(timer.getDurationInProgress().getCount(), 20u);
+    timer.end();
+    EXPECT_DOUBLE_EQ(timer.getDuration().getSeconds(), 0.020);
+
+    TimerCycle before;
+    TimerCycle after;
+    clock.now = 0xFFFFFFFFu;
+    before.sample();
+    clock.now = 0;
+    after.init();
+    EXPECT_EQ(TimerCycle::elapsed(before, after).getCount(), 1u);
+    EXPECT_EQ((after - before).getCount(), 0xFFFFFFFF00000001u) << "plain arithmetic stays modulo 2^64";
+}
+
+TEST_F(Timers, ConvertsCountsAsUnsignedNumbers)
+{
+    struct {
+        std::uint64_t count;
+        double seconds;
+        std::uint32_t milliseconds;
+        std::uint32_t microseconds;
+    } const rows[] = {
+        {0, 0.0, 0, 0},
+        {1500, 1.5, 1500, 1500000},
+        {5000000000, 5000000.0, 705032704, 658067456},       // 5e9 and 5e12 modulo 2^32
+        {0x8000000000000800u, std::ldexp(1.0, 63) * 0.001, 2048, 0}, // microseconds beyond 64 bits
+        {0xFFFFFFFFFFFFFFFFu, std::ldexp(1.0, 64) * 0.001, 0, 0},
+    };
+
+    for (auto const &row : rows) {
+        SCOPED_TRACE(row.count);
+        TimerCycle const cycle = TimerCycle::fromCount(row.count);
+        EXPECT_NEAR(cycle.getSeconds(), row.seconds, row.seconds * 1e-15);
+        EXPECT_EQ(cycle.getMilliseconds(), row.milliseconds);
+        EXPECT_EQ(cycle.getMicroseconds(), row.microseconds);
+    }
+    EXPECT_TRUE(TimerCycle::fromCount(1).isLessThan(TimerCycle::fromCount(0x8000000000000000u)));
+}
+
+TEST_F(Timers, TakesAnyFloat)
+{
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    struct {
+        float ms;
+        std::uint64_t count;
+    } const rows[] = {
+        {2.9f, 2},
+        {-2.9f, 0xFFFFFFFFFFFFFFFEu},
+        {9.3e18f, 9300000300729368576u}, // the float nearest to it
+        {infinity, 0xFFFFFFFFFFFFFFFFu},
+        {-infinity, 0x8000000000000000u},
+        {std::numeric_limits<float>::quiet_NaN(), 0},
+    };
+    for (auto const &row : rows) {
+        SCOPED_TRACE(row.ms);
+        EXPECT_EQ(TimerCycle(row.ms).getCount(), row.count);
+    }
+
+    TimerInit::gClockSpeedMillisecondsMultiplier = 0.0; // as before init()
+    EXPECT_EQ(TimerCycle(1000.0f).getCount(), 0u);
+}
+
+std::string *logged = nullptr;
+
+TEST_F(Timers, LogsTheClockAndTheMeasuredProcessors)
+{
+    LogManager logs;
+    logs.createLog("timer", true, false, false);
+    std::string text;
+    logged = &text;
+    logs.setDefaultCallback([](String const &line) { *logged += line; });
+
+    TimerInit::gTimerCpu[0] = {0, 9000000000, 0, 0x1f, 2400000000};
+    TimerInit::gTimerCpu[2] = {0, 1, 0, 2, 1}; // behind an empty one
+    TimerInit::debugLog();
+    EXPECT_EQ(text, "timer=3 running on 1234Mhz (Cycles:1234567890)\n"
+                    "times=9000000000 apic=0x1f mhz:2400\n");
+}
+
+} // namespace
+} // namespace Qel
