@@ -29,9 +29,23 @@ double length(float x, float y, float z)
     return std::sqrt(dx * dx + dy * dy + dz * dz);
 }
 
-float quotient(float value, double divisor)
+float scaled(float value, double factor)
 {
-    return static_cast<float>(value / divisor);
+    return static_cast<float>(value * factor);
+}
+
+// What the functions here call among themselves, so that the compiler can inline it.
+D3DXVECTOR3 normalized(D3DXVECTOR3 const &v)
+{
+    double const norm = length(v.x, v.y, v.z);
+    double const factor = norm == 0 ? 0 : 1 / norm;
+    return {scaled(v.x, factor), scaled(v.y, factor), scaled(v.z, factor)};
+}
+
+D3DXVECTOR3 cross(D3DXVECTOR3 const &a, D3DXVECTOR3 const &b)
+{
+    D3DXVECTOR3 result;
+    return *D3DXVec3Cross(&result, &a, &b);
 }
 
 D3DXVECTOR4 product(float x, float y, float z, float w, D3DXMATRIX const &m)
@@ -52,9 +66,7 @@ float *D3DXFloat16To32Array(float *out, D3DXFLOAT16 const *in, unsigned n)
 
 D3DXVECTOR3 *D3DXVec3Normalize(D3DXVECTOR3 *out, D3DXVECTOR3 const *v)
 {
-    double const norm = length(v->x, v->y, v->z);
-    *out = norm == 0 ? D3DXVECTOR3(0, 0, 0)
-                     : D3DXVECTOR3(quotient(v->x, norm), quotient(v->y, norm), quotient(v->z, norm));
+    *out = normalized(*v);
     return out;
 }
 
@@ -105,10 +117,7 @@ D3DXPLANE *D3DXPlaneFromPointNormal(D3DXPLANE *out, D3DXVECTOR3 const *point, D3
 D3DXPLANE *D3DXPlaneFromPoints(D3DXPLANE *out, D3DXVECTOR3 const *a, D3DXVECTOR3 const *b,
                                D3DXVECTOR3 const *c)
 {
-    D3DXVECTOR3 const ab = *b - *a;
-    D3DXVECTOR3 const ac = *c - *a;
-    D3DXVECTOR3 normal;
-    D3DXVec3Normalize(&normal, D3DXVec3Cross(&normal, &ab, &ac));
+    D3DXVECTOR3 const normal = normalized(cross(*b - *a, *c - *a));
     return D3DXPlaneFromPointNormal(out, a, &normal);
 }
 
@@ -127,9 +136,8 @@ D3DXVECTOR3 *D3DXPlaneIntersectLine(D3DXVECTOR3 *out, D3DXPLANE const *p, D3DXVE
 D3DXPLANE *D3DXPlaneNormalize(D3DXPLANE *out, D3DXPLANE const *p)
 {
     double const norm = length(p->a, p->b, p->c);
-    *out = norm == 0 ? D3DXPLANE(0, 0, 0, 0)
-                     : D3DXPLANE(quotient(p->a, norm), quotient(p->b, norm), quotient(p->c, norm),
-                                 quotient(p->d, norm));
+    double const factor = norm == 0 ? 0 : 1 / norm;
+    *out = {scaled(p->a, factor), scaled(p->b, factor), scaled(p->c, factor), scaled(p->d, factor)};
     return out;
 }
 
@@ -193,11 +201,9 @@ D3DXMATRIX *D3DXMatrixLookAtRH(D3DXMATRIX *out, D3DXVECTOR3 const *eye, D3DXVECT
                                D3DXVECTOR3 const *up)
 {
     D3DXVECTOR3 const from = *eye;
-    D3DXVECTOR3 x, y, z;
-    D3DXVECTOR3 const backward = from - *at;
-    D3DXVec3Normalize(&z, &backward);
-    D3DXVec3Normalize(&x, D3DXVec3Cross(&x, up, &z));
-    D3DXVec3Cross(&y, &z, &x);
+    D3DXVECTOR3 const z = normalized(from - *at);
+    D3DXVECTOR3 const x = normalized(cross(*up, z));
+    D3DXVECTOR3 const y = cross(z, x);
     float const tx = -D3DXVec3Dot(&x, &from);
     float const ty = -D3DXVec3Dot(&y, &from);
     float const tz = -D3DXVec3Dot(&z, &from);
@@ -207,8 +213,7 @@ D3DXMATRIX *D3DXMatrixLookAtRH(D3DXMATRIX *out, D3DXVECTOR3 const *eye, D3DXVECT
 
 D3DXMATRIX *D3DXMatrixRotationAxis(D3DXMATRIX *out, D3DXVECTOR3 const *axis, float angle)
 {
-    D3DXVECTOR3 n;
-    D3DXVec3Normalize(&n, axis);
+    D3DXVECTOR3 const n = normalized(*axis);
     float const s = std::sin(angle);
     float const c = std::cos(angle);
     float const t = 1 - c;

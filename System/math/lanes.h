@@ -23,6 +23,7 @@ public:
 
     static PlainLanes all(float f) { return {f, f, f, f}; }
     static PlainLanes load(float const *f) { return {f[0], f[1], f[2], f[3]}; } ///< on any boundary
+    static PlainLanes loadAligned(float const *f) { return load(f); }           ///< on a 16-byte boundary
     void store(float *f) const { std::memcpy(f, m_lane, sizeof m_lane); }       ///< on any boundary
 
     PlainLanes operator+(PlainLanes b) const
@@ -62,6 +63,10 @@ public:
         return all(m_lane[lane]);
     }
 
+    float sumXyz() const { return m_lane[0] + m_lane[1] + m_lane[2]; } ///< (x + y) + z
+    PlainLanes yzxw() const { return {m_lane[1], m_lane[2], m_lane[0], m_lane[3]}; }
+    PlainLanes zxyw() const { return {m_lane[2], m_lane[0], m_lane[1], m_lane[3]}; }
+
     /// One bit for each lane, lane 0 lowest.
     class Mask {
     public:
@@ -90,6 +95,15 @@ public:
     Mask operator<=(PlainLanes b) const
     {
         return test(b, [](float x, float y) { return x <= y; });
+    }
+    /// Not less, which includes NaN. Misses are cheaper to collect than hits.
+    Mask notLess(PlainLanes b) const
+    {
+        return test(b, [](float x, float y) { return !(x < y); });
+    }
+    Mask notLessEqual(PlainLanes b) const
+    {
+        return test(b, [](float x, float y) { return !(x <= y); });
     }
 
 private:
@@ -123,6 +137,7 @@ public:
 
     static SseLanes all(float f) { return SseLanes(_mm_set1_ps(f)); }
     static SseLanes load(float const *f) { return SseLanes(_mm_loadu_ps(f)); }
+    static SseLanes loadAligned(float const *f) { return SseLanes(_mm_load_ps(f)); }
     void store(float *f) const { _mm_storeu_ps(f, m_lanes); }
 
     SseLanes operator+(SseLanes b) const { return SseLanes(_mm_add_ps(m_lanes, b.m_lanes)); }
@@ -132,12 +147,22 @@ public:
 
     static SseLanes min(SseLanes a, SseLanes b) { return SseLanes(_mm_min_ps(a.m_lanes, b.m_lanes)); }
     static SseLanes max(SseLanes a, SseLanes b) { return SseLanes(_mm_max_ps(a.m_lanes, b.m_lanes)); }
-    SseLanes abs() const { return SseLanes(_mm_andnot_ps(_mm_set1_ps(-0.0f), m_lanes)); }
+    SseLanes abs() const
+    {
+        return SseLanes(_mm_and_ps(m_lanes, _mm_castsi128_ps(_mm_set1_epi32(0x7FFFFFFF))));
+    }
     template <int lane>
     SseLanes splat() const
     {
-        return SseLanes(_mm_shuffle_ps(m_lanes, m_lanes, _MM_SHUFFLE(lane, lane, lane, lane)));
+        return shuffled<_MM_SHUFFLE(lane, lane, lane, lane)>();
     }
+
+    float sumXyz() const
+    {
+        return _mm_cvtss_f32(_mm_add_ss(_mm_add_ss(m_lanes, splat<1>().m_lanes), splat<2>().m_lanes));
+    }
+    SseLanes yzxw() const { return shuffled<_MM_SHUFFLE(3, 0, 2, 1)>(); }
+    SseLanes zxyw() const { return shuffled<_MM_SHUFFLE(3, 1, 0, 2)>(); }
 
     class Mask {
     public:
@@ -156,8 +181,17 @@ public:
 
     Mask operator<(SseLanes b) const { return Mask(_mm_cmplt_ps(m_lanes, b.m_lanes)); }
     Mask operator<=(SseLanes b) const { return Mask(_mm_cmple_ps(m_lanes, b.m_lanes)); }
+    Mask notLess(SseLanes b) const { return Mask(_mm_cmpnlt_ps(m_lanes, b.m_lanes)); }
+    Mask notLessEqual(SseLanes b) const { return Mask(_mm_cmpnle_ps(m_lanes, b.m_lanes)); }
 
 private:
+    template <int order>
+    SseLanes shuffled() const
+    {
+        // The integer form keeps its source, which spares a copy.
+        return SseLanes(_mm_castsi128_ps(_mm_shuffle_epi32(_mm_castps_si128(m_lanes), order)));
+    }
+
     __m128 m_lanes;
 };
 

@@ -49,7 +49,9 @@ public:
     /// @}
 
     /// @name The forms behind the pointers
-    /// The polynomials of the cos and sincos forms with a number keep within 1.6e-4 for arguments below 1e9.
+    /// The polynomial of cos_sse and sincos_sse keeps within 1.6e-4 of a quarter turn's sine. Large arguments
+    /// add their own rounding, and those of 3e9 and above, and NaN, give a number from -1 to 1 that means
+    /// nothing.
     /// @{
     static float sqrt_base(float x);  ///< x times cMath::rsqrt(x), whatever that is set to
     static float sqrt_sse(float x);   ///< correctly rounded

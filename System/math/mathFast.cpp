@@ -43,6 +43,11 @@ int rounded(float x)
     return _mm_cvtss_si32(_mm_set_ss(x));
 }
 
+float root(float x)
+{
+    return _mm_cvtss_f32(_mm_sqrt_ss(_mm_set_ss(x)));
+}
+
 float reciprocalRootEstimate(float x)
 {
     return _mm_cvtss_f32(_mm_rsqrt_ss(_mm_set_ss(x)));
@@ -58,6 +63,11 @@ int truncated(float x)
 int rounded(float x)
 {
     return truncated(std::nearbyint(x));
+}
+
+float root(float x)
+{
+    return std::sqrt(x);
 }
 
 float reciprocalRootEstimate(float x)
@@ -173,7 +183,7 @@ float cMath::sqrt_base(float x)
 
 float cMath::sqrt_sse(float x)
 {
-    return std::sqrt(x);
+    return root(x);
 }
 
 float cMath::rsqrt_base(float x)

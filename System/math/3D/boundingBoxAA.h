@@ -32,9 +32,9 @@ enum PlaneSide : int {
 /// | 7     | + - +                   | + + +            |
 ///
 /// A default box is the point (0, 0, 0) and not an empty set: what grows from it always contains that point.
-class QEL_API alignas(16) cBoundingBoxAA {
+class QEL_API cBoundingBoxAA {
 public:
-    D3DXVECTOR4 min;
+    alignas(16) D3DXVECTOR4 min;
     D3DXVECTOR4 max;
 
     cBoundingBoxAA() : min(0, 0, 0, 1), max(0, 0, 0, 1) {}

@@ -11,66 +11,61 @@ namespace Qel {
 inline bool cMath::intersects(cBoundingBoxAA const &a, cBoundingBoxAA const &b)
 {
     Lanes const half = Lanes::all(0.5f);
-    Lanes const minA = Lanes::load(a.min);
-    Lanes const maxA = Lanes::load(a.max);
-    Lanes const minB = Lanes::load(b.min);
-    Lanes const maxB = Lanes::load(b.max);
+    Lanes const minA = Lanes::loadAligned(a.min);
+    Lanes const maxA = Lanes::loadAligned(a.max);
+    Lanes const minB = Lanes::loadAligned(b.min);
+    Lanes const maxB = Lanes::loadAligned(b.max);
     Lanes const apart = ((maxB + minB) * half - (maxA + minA) * half).abs();
     Lanes const reach = (maxA - minA) * half + (maxB - minB) * half;
-    return ((apart - reach < Lanes::all(0)).bits() & 7) == 7;
+    return (apart.notLess(reach).bits() & 7) == 0;
 }
 
 inline bool cMath::intersects(cBoundingBoxAA const &box, D3DXVECTOR3 const &point)
 {
     Lanes const p = lanesOf(point, 0);
-    return (((Lanes::load(box.min) <= p) & (p <= Lanes::load(box.max))).bits() & 7) == 7;
+    auto const outside =
+        Lanes::loadAligned(box.min).notLessEqual(p) | p.notLessEqual(Lanes::loadAligned(box.max));
+    return (outside.bits() & 7) == 0;
 }
 
 inline bool cMath::intersects(cBoundingSphere const &sphere, cBoundingBoxAA const &box)
 {
+    // To the nearest point of the box; 0 on an axis on which the centre lies between the two faces.
     Lanes const center = lanesOf(sphere.center, 0);
-    Lanes outside = Lanes::max(Lanes::load(box.min) - center, center - Lanes::load(box.max));
-    outside = Lanes::max(outside, Lanes::all(0));
-    outside = outside * outside;
-    Lanes const distance = outside + outside.splat<1>() + outside.splat<2>();
-    return ((distance <= Lanes::all(sphere.radius * sphere.radius)).bits() & 1) != 0;
+    Lanes const nearest =
+        Lanes::min(Lanes::loadAligned(box.max), Lanes::max(Lanes::loadAligned(box.min), center));
+    Lanes const outside = nearest - center;
+    return sphere.radius * sphere.radius >= (outside * outside).sumXyz();
 }
 
 inline bool cMath::intersects(cRay const &ray, cBoundingBoxAA const &box, sIntersection *hit)
 {
-    Lanes const zero = Lanes::all(0);
-    Lanes const origin = lanesOf(ray.origin, 0);
-    Lanes const direction = lanesOf(ray.direction, 1);
-    Lanes const low = Lanes::load(box.min);
-    Lanes const high = Lanes::load(box.max);
-    auto const below = origin < low;
-    auto const above = high < origin;
-    auto const facing = (below & (zero < direction)) | (above & (direction < zero));
-    Lanes const t = (below.choose(low, high) - origin) / direction;
+    // Without branches and lane operations, so that the compiler can run a loop over boxes several at a time.
+    D3DXVECTOR3 const &o = ray.origin;
+    D3DXVECTOR3 const &d = ray.direction;
+    D3DXVECTOR4 const &low = box.min;
+    D3DXVECTOR4 const &high = box.max;
+    auto const isWithin = [](float at, float from, float to) -> int { return (from <= at) & (at <= to); };
 
-    // Lane i of each mask: the face on axis i is seen from the front, and its hit point lies on the box.
-    auto const onBox = [&](Lanes at) {
-        Lanes const p = origin + direction * at;
-        return ((low <= p) & (p <= high)).bits();
-    };
-    int const x = (onBox(t.splat<0>()) & 6) == 6 ? 1 : 0;
-    int const y = (onBox(t.splat<1>()) & 5) == 5 ? 2 : 0;
-    int const z = (onBox(t.splat<2>()) & 3) == 3 ? 4 : 0;
-    int const hits = (facing & (zero < t)).bits() & (x | y | z);
-    bool const inside = (((low < origin) & (origin < high)).bits() & 7) == 7;
+    // Per axis the one face that the ray can enter by. It does so from outside where t is above 0.
+    float const x = ((d.x < 0 ? high.x : low.x) - o.x) / d.x;
+    float const y = ((d.y < 0 ? high.y : low.y) - o.y) / d.y;
+    float const z = ((d.z < 0 ? high.z : low.z) - o.z) / d.z;
+    int const hitsX = (x > 0) & (d.x != 0) & isWithin(o.y + d.y * x, low.y, high.y) &
+                      isWithin(o.z + d.z * x, low.z, high.z);
+    int const hitsY = (y > 0) & (d.y != 0) & isWithin(o.x + d.x * y, low.x, high.x) &
+                      isWithin(o.z + d.z * y, low.z, high.z);
+    int const hitsZ = (z > 0) & (d.z != 0) & isWithin(o.x + d.x * z, low.x, high.x) &
+                      isWithin(o.y + d.y * z, low.y, high.y);
+    int const inside =
+        (low.x < o.x) & (o.x < high.x) & (low.y < o.y) & (o.y < high.y) & (low.z < o.z) & (o.z < high.z);
     if (hit != nullptr) {
-        float at[4];
-        t.store(at);
-        float best = 0;
-        for (int axis = 0, found = 0; axis < 3; ++axis) {
-            if ((hits >> axis & 1) != 0 && (found == 0 || at[axis] < best)) {
-                best = at[axis];
-                found = 1;
-            }
-        }
+        float best = hitsX != 0 ? x : 0;
+        best = hitsY != 0 && (hitsX == 0 || y < best) ? y : best;
+        best = hitsZ != 0 && ((hitsX | hitsY) == 0 || z < best) ? z : best;
         hit->t = best;
     }
-    return inside || hits != 0;
+    return (inside | hitsX | hitsY | hitsZ) != 0;
 }
 
 } // namespace Qel

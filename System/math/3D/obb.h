@@ -11,9 +11,9 @@ namespace Qel {
 /// The rows are not unit vectors, so a box from -1 to 1 that goes through the matrix becomes this box.
 /// Corners run as in cBoundingBox, with + for plus an axis row: 0 + + +, 1 + + -, 2 - + -, 3 - + +, 4 + - +,
 /// 5 + - -, 6 - - -, 7 - - +.
-class QEL_API alignas(16) QEL_SHARES_STORAGE cOBB {
+class QEL_API QEL_SHARES_STORAGE cOBB {
 public:
-    D3DXVECTOR4 xaxis;
+    alignas(16) D3DXVECTOR4 xaxis;
     D3DXVECTOR4 yaxis;
     D3DXVECTOR4 zaxis;
     D3DXVECTOR4 origin;

@@ -20,11 +20,11 @@ class cBoundingBox;
 /// The forms with eight points or without any answer for the box's extent from sums that are rounded in
 /// another order than those of the list form, so boxes within rounding of the limits can come out
 /// differently.
-class QEL_API alignas(16) cRectRayHitTest {
+class QEL_API cRectRayHitTest {
 public:
-    D3DXMATRIX view;      ///< right-handed: the ray runs along negative z, up is y, and x runs across
-    D3DXVECTOR4 negLimit; ///< the negative of @ref posLimit
-    D3DXVECTOR4 posLimit; ///< sizeLeft, sizeUp, rayLen, 0
+    alignas(16) D3DXMATRIX view; ///< right-handed: the ray runs along negative z, up is y, and x runs across
+    D3DXVECTOR4 negLimit;        ///< the negative of @ref posLimit
+    D3DXVECTOR4 posLimit;        ///< sizeLeft, sizeUp, rayLen, 0
 
     cRectRayHitTest() {} // leaves the fields as they are
     explicit cRectRayHitTest(cRectRay const &ray) { setRay(ray); }
@@ -47,20 +47,22 @@ private:
 
 inline bool cRectRayHitTest::overlaps(Lanes low, Lanes high) const
 {
-    // The far limit binds from one side only, so z of the upper comparison is left out.
-    int const above = (Lanes::load(negLimit) < high).bits() & 7;
-    int const below = (low < Lanes::load(posLimit)).bits() & 3;
-    return above == 7 && below == 3;
+    // The beam is open toward the viewer, so z has no upper limit.
+    auto const sides = Lanes::all(0).notLess(Lanes(-1, -1, 1, 1)) & low.notLess(Lanes::loadAligned(posLimit));
+    auto const misses = Lanes::loadAligned(negLimit).notLess(high) | sides;
+    return (misses.bits() & 7) == 0;
 }
 
 inline bool cRectRayHitTest::intersects_sse(cBoundingBoxAA const &box) const
 {
-    Lanes const low = Lanes::load(box.min);
-    Lanes const half = (Lanes::load(box.max) - low) * Lanes::all(0.5f);
+    Lanes const x = Lanes::loadAligned(view.m[0]);
+    Lanes const y = Lanes::loadAligned(view.m[1]);
+    Lanes const z = Lanes::loadAligned(view.m[2]);
+    Lanes const low = Lanes::loadAligned(box.min);
+    Lanes const half = (Lanes::loadAligned(box.max) - low) * Lanes::all(0.5f);
     Lanes const center = transformedPoint(low + half, view);
-    Lanes const reach = (half.splat<0>() * Lanes::load(view.m[0])).abs() +
-                        (half.splat<1>() * Lanes::load(view.m[1])).abs() +
-                        (half.splat<2>() * Lanes::load(view.m[2])).abs();
+    Lanes const size = half.abs(); // |a b| is |a| |b| to the bit
+    Lanes const reach = size.splat<0>() * x.abs() + size.splat<1>() * y.abs() + size.splat<2>() * z.abs();
     return overlaps(center - reach, center + reach);
 }
 
