@@ -1,10 +1,13 @@
 #include "System/System/stringTools.h"
 #include "System/math/crc32.h"
+#include "System/math/fft.h"
 #include "System/math/kernelLevel.h"
 #include "System/math/md5.h"
 #include "System/math/rand.h"
 
 #include <benchmark/benchmark.h>
+#include <fftw3.h>
+#include <kiss_fft.h>
 #include <libdeflate.h>
 #define OPENSSL_SUPPRESS_DEPRECATED
 #include <openssl/md5.h>
@@ -338,6 +341,114 @@ void BM_Md5_bytesOpenssl(benchmark::State &state)
     state.SetBytesProcessed(state.iterations() * state.range(0));
 }
 BENCHMARK(BM_Md5_bytesOpenssl)->Arg(32)->Arg(1 << 20);
+
+// Arrays on boundaries of cache lines, for every program alike.
+template <class T>
+class LineArray {
+public:
+    explicit LineArray(std::size_t size) : m_size(size), m_data(fftw_malloc(size * sizeof(T) + 64)) {}
+    ~LineArray() { fftw_free(m_data); }
+    LineArray(LineArray const &) = delete;
+    LineArray &operator=(LineArray const &) = delete;
+
+    T *data()
+    {
+        auto const address = reinterpret_cast<std::uintptr_t>(m_data);
+        return reinterpret_cast<T *>((address + 63) & ~std::uintptr_t{63});
+    }
+    std::size_t size() const { return m_size; }
+
+private:
+    std::size_t m_size;
+    void *m_data;
+};
+
+template <class T>
+struct Samples {
+    explicit Samples(std::size_t size) : realIn(size), imagIn(size), realOut(size), imagOut(size)
+    {
+        cMersenneTwister twister(3);
+        for (std::size_t i = 0; i < size; ++i) {
+            realIn.data()[i] = static_cast<T>(twister.Random01() - 0.5F);
+            imagIn.data()[i] = static_cast<T>(twister.Random01() - 0.5F);
+        }
+    }
+    LineArray<T> realIn, imagIn, realOut, imagOut;
+};
+
+void BM_Fft_double(benchmark::State &state)
+{
+    Samples<double> s(static_cast<std::size_t>(state.range(0)));
+    setKernelLevel(static_cast<eKernelLevel>(state.range(1)));
+    for (auto _ : state) {
+        cFFT::fft_double(static_cast<unsigned int>(state.range(0)), 0, s.realIn.data(), s.imagIn.data(),
+                         s.realOut.data(), s.imagOut.data());
+        benchmark::ClobberMemory();
+    }
+    setKernelLevel(kernelLevelMax());
+}
+BENCHMARK(BM_Fft_double)->ArgsProduct({{1024, 65536, 1 << 20}, {KERNEL_PLAIN, KERNEL_AVX2, KERNEL_AVX512}});
+
+void BM_Fft_doubleFftw(benchmark::State &state)
+{
+    auto const size = static_cast<std::size_t>(state.range(0));
+    Samples<double> s(size);
+    fftw_iodim const dim{static_cast<int>(size), 1, 1};
+    fftw_plan const plan = fftw_plan_guru_split_dft(1, &dim, 0, nullptr, s.realIn.data(), s.imagIn.data(),
+                                                    s.realOut.data(), s.imagOut.data(), FFTW_MEASURE);
+    for (auto _ : state) {
+        fftw_execute(plan);
+        benchmark::ClobberMemory();
+    }
+    fftw_destroy_plan(plan);
+}
+BENCHMARK(BM_Fft_doubleFftw)->Arg(1024)->Arg(65536)->Arg(1 << 20);
+
+void BM_Fft_float(benchmark::State &state)
+{
+    Samples<float> s(static_cast<std::size_t>(state.range(0)));
+    setKernelLevel(static_cast<eKernelLevel>(state.range(1)));
+    for (auto _ : state) {
+        cFFT::fft_float(static_cast<unsigned int>(state.range(0)), 0, s.realIn.data(), s.imagIn.data(),
+                        s.realOut.data(), s.imagOut.data());
+        benchmark::ClobberMemory();
+    }
+    setKernelLevel(kernelLevelMax());
+}
+BENCHMARK(BM_Fft_float)->ArgsProduct({{1024, 65536}, {KERNEL_PLAIN, KERNEL_AVX2, KERNEL_AVX512}});
+
+void BM_Fft_floatFftw(benchmark::State &state)
+{
+    auto const size = static_cast<std::size_t>(state.range(0));
+    Samples<float> s(size);
+    fftwf_iodim const dim{static_cast<int>(size), 1, 1};
+    fftwf_plan const plan = fftwf_plan_guru_split_dft(1, &dim, 0, nullptr, s.realIn.data(), s.imagIn.data(),
+                                                      s.realOut.data(), s.imagOut.data(), FFTW_MEASURE);
+    for (auto _ : state) {
+        fftwf_execute(plan);
+        benchmark::ClobberMemory();
+    }
+    fftwf_destroy_plan(plan);
+}
+BENCHMARK(BM_Fft_floatFftw)->Arg(1024)->Arg(65536);
+
+void BM_Fft_floatKiss(benchmark::State &state)
+{
+    auto const size = static_cast<std::size_t>(state.range(0));
+    std::vector<kiss_fft_cpx> in(size);
+    std::vector<kiss_fft_cpx> out(size);
+    cMersenneTwister twister(3);
+    for (kiss_fft_cpx &value : in) {
+        value = {twister.Random01(), twister.Random01()};
+    }
+    kiss_fft_cfg const plan = kiss_fft_alloc(static_cast<int>(size), 0, nullptr, nullptr);
+    for (auto _ : state) {
+        kiss_fft(plan, in.data(), out.data());
+        benchmark::ClobberMemory();
+    }
+    kiss_fft_free(plan);
+}
+BENCHMARK(BM_Fft_floatKiss)->Arg(1024)->Arg(65536);
 
 } // namespace
 } // namespace Qel

@@ -4,7 +4,9 @@ standard library. Prints mathNumbersReference.h:
 
     python3 Tests/math/mathNumbersReference.py > Tests/math/mathNumbersReference.h
 """
+import cmath
 import hashlib
+import math
 import random
 import struct
 import zlib
@@ -97,5 +99,61 @@ print("// Of that many bytes (i * i * 7 + i * 3 + 11) & 255: CRC-32 without its 
 table("unsigned", "digestSizes", sizes, str)
 table("std::uint32_t", "crcs", [zlib.crc32(pattern(n)) ^ 0xFFFFFFFF for n in sizes], unsigned)
 table("char const *", "md5s", [hashlib.md5(pattern(n)).hexdigest() for n in sizes], lambda text: f'"{text}"')
+
+# The transform by its definition; forward, the exponent has a plus.
+def transform(samples, sign):
+    n = len(samples)
+    return [sum(x * cmath.exp(sign * 2j * math.pi * k * i / n) for i, x in enumerate(samples)) for k in range(n)]
+
+
+waves = [complex(math.sin(i * 1.7) + 0.25 * i, math.cos(i * i * 0.3)) for i in range(16)]
+spectrum = transform(waves, 1)
+print("// Sixteen samples and their forward transform by its definition.")
+table("double", "waveReal", [x.real for x in waves], double)
+table("double", "waveImag", [x.imag for x in waves], double)
+table("double", "spectrumReal", [x.real for x in spectrum], double)
+table("double", "spectrumImag", [x.imag for x in spectrum], double)
+
+
+# Cubic Hermite segments in their basis of Bernstein-like polynomials, with central differences as tangents.
+def hermite(p0, m0, p1, m1, t):
+    h00 = (1 + 2 * t) * (1 - t) ** 2
+    h10 = t * (1 - t) ** 2
+    h01 = t * t * (3 - 2 * t)
+    h11 = t * t * (t - 1)
+    return [h00 * a + h10 * b + h01 * c + h11 * d for a, b, c, d in zip(p0, m0, p1, m1)]
+
+
+path = [(0, 0, 0), (1, 2, 0.5), (3, 1, -1), (4, -2, 0), (2, -3, 2)]
+
+
+def tangents(points):
+    last = len(points) - 1
+    pick = [(max(i - 1, 0), min(i + 1, last)) for i in range(len(points))]
+    return [[0.5 * (b - a) for a, b in zip(points[i], points[j])] for i, j in pick]
+
+
+def along(points, t):
+    s = (len(points) - 1) * t
+    i = min(int(s), len(points) - 2)
+    m = tangents(points)
+    return hermite(points[i], m[i], points[i + 1], m[i + 1], s - i)
+
+
+def slope(points, t):
+    h = 1e-6
+    d = [b - a for a, b in zip(along(points, t - h), along(points, t + h))]
+    size = math.sqrt(sum(x * x for x in d))
+    return [x / size for x in d]
+
+
+places = [0.05, 0.2, 0.3, 0.45, 0.6, 0.8, 0.95]
+print("// An open spline, at these places: positions, and directions of its two inner segments at 0.3 to 0.6.")
+table("double", "splinePoints", [x for p in path for x in p], double)
+table("double", "splinePlaces", places, double)
+table("double", "splinePositions", [x for t in places for x in along(path, t)], double)
+table("double", "splineDirections", [x for t in places[2:5] for x in slope(path, t)], double)
+fine = [along(path, i / 20000) for i in range(20001)]
+table("double", "splineLength", [sum(math.dist(a, b) for a, b in zip(fine, fine[1:]))], double)
 
 print("} // namespace Qel::reference")

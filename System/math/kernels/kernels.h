@@ -18,6 +18,42 @@ struct Crc32Steps {
 
 extern Crc32Steps const crc32Steps;
 
+constexpr std::size_t fftTableSize = 65536; ///< blocks up to this size have their twiddles in a table
+
+/// The twiddles of blocks of 2 to fftTableSize samples: those of a block start at half its size.
+struct FftTables {
+    alignas(64) double re[fftTableSize];
+    alignas(64) double im[fftTableSize];
+};
+
+/// Cosine and sine of a block's angles, one after the other, each from the two before it.
+struct FftRecurrence {
+    double re1, re2, im1, im2, w;
+
+    void step(double *re, double *im, std::size_t count)
+    {
+        for (std::size_t i = 0; i < count; ++i) {
+            re[i] = w * re1 - re2;
+            re2 = re1;
+            re1 = re[i];
+            im[i] = w * im1 - im2;
+            im2 = im1;
+            im1 = im[i];
+        }
+    }
+};
+
+/// A transform: sizes are powers of two, from 2 on; null as imagIn stands for zeros.
+template <class T>
+struct FftJob {
+    std::size_t size;
+    bool inverse;
+    T const *realIn;
+    T const *imagIn;
+    T *realOut;
+    T *imagOut;
+};
+
 /// One set of numeric kernels. There is one per processor level, each compiled in a source of its own.
 ///
 /// A source of a level above the plain one includes nothing but intrinsics and headers of this folder,
@@ -30,6 +66,12 @@ struct Kernels {
     /// The same from 0xFFFFFFFF over a text up to its terminator, as it stands or through a map of 256 bytes.
     NameHash (*hashName)(char const *text);
     NameHash (*hashMappedName)(char const *text, unsigned char const *map);
+
+    /// A transform, given the twiddles of its blocks up to fftTableSize and a way to step those beyond.
+    void (*fftDouble)(FftJob<double> const &job, FftTables const &tables,
+                      FftRecurrence (*recurrence)(std::size_t block));
+    void (*fftFloat)(FftJob<float> const &job, FftTables const &tables,
+                     FftRecurrence (*recurrence)(std::size_t block));
 
     /// Replaces all 624 words of a Mersenne Twister's state by the next block, untempered.
     void (*stepTwister)(std::uint32_t *state);

@@ -1,4 +1,7 @@
+#define QEL_VECTOR_BYTES 64
+
 #include "System/math/kernels/crc32Avx512Kernel.h"
+#include "System/math/kernels/fftKernel.h"
 #include "System/math/kernels/kernels.h"
 #include "System/math/kernels/twisterKernel.h"
 
@@ -8,6 +11,8 @@ constinit Kernels const kernelsAvx512 = {
     .crc32 = crc32Avx512,
     .hashName = hashNameAvx512,
     .hashMappedName = hashMappedNameAvx512,
+    .fftDouble = fftBoth<double>,
+    .fftFloat = fftBoth<float>,
     .stepTwister = stepTwister,
     .temperTwister = temperTwister,
     .temperTwister01 = temperTwister01,

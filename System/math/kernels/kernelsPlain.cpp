@@ -1,4 +1,7 @@
+#define QEL_VECTOR_BYTES 16
+
 #include "System/math/kernels/crc32PlainKernel.h"
+#include "System/math/kernels/fftKernel.h"
 #include "System/math/kernels/kernels.h"
 #include "System/math/kernels/twisterKernel.h"
 
@@ -8,6 +11,8 @@ constinit Kernels const kernelsPlain = {
     .crc32 = crc32Plain,
     .hashName = hashNameBy<crc32Plain>,
     .hashMappedName = hashMappedNameBy<crc32Plain>,
+    .fftDouble = fftBoth<double>,
+    .fftFloat = fftBoth<float>,
     .stepTwister = stepTwister,
     .temperTwister = temperTwister,
     .temperTwister01 = temperTwister01,

@@ -1,4 +1,7 @@
+#define QEL_VECTOR_BYTES 16
+
 #include "System/math/kernels/crc32ClmulKernel.h"
+#include "System/math/kernels/fftKernel.h"
 #include "System/math/kernels/kernels.h"
 #include "System/math/kernels/twisterKernel.h"
 
@@ -8,6 +11,8 @@ constinit Kernels const kernelsSse42 = {
     .crc32 = crc32Clmul,
     .hashName = hashNameBy<crc32Clmul>,
     .hashMappedName = hashMappedNameBy<crc32Clmul>,
+    .fftDouble = fftBoth<double>,
+    .fftFloat = fftBoth<float>,
     .stepTwister = stepTwister,
     .temperTwister = temperTwister,
     .temperTwister01 = temperTwister01,
