@@ -1,9 +1,12 @@
+#include "Support/PoolHeap/poolHeap.h"
 #include "System/System/stringTools.h"
 #include "System/math/crc32.h"
 #include "System/math/fft.h"
 #include "System/math/kernelLevel.h"
 #include "System/math/md5.h"
+#include "System/math/perlin.h"
 #include "System/math/rand.h"
+#include "System/math/splineCR.h"
 
 #include <benchmark/benchmark.h>
 #include <fftw3.h>
@@ -11,6 +14,12 @@
 #include <libdeflate.h>
 #define OPENSSL_SUPPRESS_DEPRECATED
 #include <openssl/md5.h>
+#define STB_PERLIN_IMPLEMENTATION
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wconversion"
+#pragma GCC diagnostic ignored "-Wunused-function"
+#include <stb/stb_perlin.h>
+#pragma GCC diagnostic pop
 
 #include <array>
 #include <cstdint>
@@ -449,6 +458,153 @@ void BM_Fft_floatKiss(benchmark::State &state)
     kiss_fft_free(plan);
 }
 BENCHMARK(BM_Fft_floatKiss)->Arg(1024)->Arg(65536);
+
+struct Places {
+    Places()
+    {
+        cMersenneTwister twister(4);
+        for (auto *const values : {&x, &y, &z}) {
+            for (float &value : *values) {
+                value = (twister.Random01() - 0.5F) * 200;
+            }
+        }
+    }
+    std::array<float, 1000> x, y, z;
+};
+
+void BM_Perlin_space(benchmark::State &state)
+{
+    Places const places;
+    setKernelLevel(static_cast<eKernelLevel>(state.range(0)));
+    for (auto _ : state) {
+        float sum = 0;
+        for (std::size_t i = 0; i < places.x.size(); ++i) {
+            sum += Perlin::noise(places.x[i], places.y[i], places.z[i]);
+        }
+        benchmark::DoNotOptimize(sum);
+    }
+    state.SetItemsProcessed(state.iterations() * 1000);
+    setKernelLevel(kernelLevelMax());
+}
+BENCHMARK(BM_Perlin_space)->DenseRange(KERNEL_PLAIN, KERNEL_AVX512);
+
+void BM_Perlin_spaceStb(benchmark::State &state)
+{
+    Places const places;
+    for (auto _ : state) {
+        float sum = 0;
+        for (std::size_t i = 0; i < places.x.size(); ++i) {
+            sum += stb_perlin_noise3(places.x[i], places.y[i], places.z[i], 0, 0, 0);
+        }
+        benchmark::DoNotOptimize(sum);
+    }
+    state.SetItemsProcessed(state.iterations() * 1000);
+}
+BENCHMARK(BM_Perlin_spaceStb);
+
+void BM_Perlin_plane(benchmark::State &state)
+{
+    Places const places;
+    for (auto _ : state) {
+        float sum = 0;
+        for (std::size_t i = 0; i < places.x.size(); ++i) {
+            sum += Perlin::noise(places.x[i], places.y[i]);
+        }
+        benchmark::DoNotOptimize(sum);
+    }
+    state.SetItemsProcessed(state.iterations() * 1000);
+}
+BENCHMARK(BM_Perlin_plane);
+
+void BM_Perlin_field(benchmark::State &state)
+{
+    setKernelLevel(static_cast<eKernelLevel>(state.range(1)));
+    for (auto _ : state) {
+        PoolHeap::std_free(Perlin::createField(512, 512, static_cast<unsigned int>(state.range(0))));
+    }
+    state.SetItemsProcessed(state.iterations() * 512 * 512);
+    setKernelLevel(kernelLevelMax());
+}
+BENCHMARK(BM_Perlin_field)
+    ->ArgsProduct({{8, 64, 256}, benchmark::CreateDenseRange(KERNEL_PLAIN, KERNEL_AVX512, 1)});
+
+// The bound on fields: a cell at a time, its four gradients as linear functions of the column, in vectors as
+// wide as the processor has them.
+[[gnu::target_clones("default", "arch=haswell", "arch=skylake-avx512")]] void
+cellBytes(float const *slopes, float const *offsets, float fade, float t, float step, int count,
+          unsigned char *out)
+{
+    for (int i = 0; i < count; ++i) {
+        float const y = t + static_cast<float>(i) * step;
+        float const below = y - 1;
+        float const w = y * y * y * (y * (y * 6 - 15) + 10);
+        float const a = offsets[0] + slopes[0] * y;
+        float const b = offsets[1] + slopes[1] * y;
+        float const c = offsets[2] + slopes[2] * below;
+        float const d = offsets[3] + slopes[3] * below;
+        float const near = a + (b - a) * fade;
+        float const far = c + (d - c) * fade;
+        out[i] = static_cast<unsigned char>(static_cast<int>((near + (far - near) * w + 1) * 128));
+    }
+}
+
+void BM_Perlin_fieldBound(benchmark::State &state)
+{
+    constexpr int size = 512;
+    auto const cells = static_cast<int>(state.range(0));
+    float const step = static_cast<float>(cells) / size;
+    std::vector<unsigned char> field(size * size);
+    for (auto _ : state) {
+        for (int i = 0; i < size; ++i) {
+            float const at = static_cast<float>(i) * step;
+            float const x = at - static_cast<float>(static_cast<int>(at));
+            float const fade = x * x * x * (x * (x * 6 - 15) + 10);
+            int const row = static_cast<int>(at);
+            for (int cell = 0; cell < cells; ++cell) {
+                float slopes[4];
+                float offsets[4];
+                for (int corner = 0; corner < 4; ++corner) {
+                    int const hash = Perlin::p[Perlin::p[row + (corner & 1)] + cell + (corner >> 1)];
+                    float const side = x - static_cast<float>(corner & 1);
+                    slopes[corner] = (hash & 1) != 0 ? -1.0F : 1.0F;
+                    offsets[corner] = (hash & 2) != 0 ? -side : side;
+                }
+                cellBytes(slopes, offsets, fade, 0, step, size / cells,
+                          field.data() + i * size + cell * size / cells);
+            }
+        }
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * size * size);
+}
+BENCHMARK(BM_Perlin_fieldBound)->Arg(8)->Arg(64);
+
+void BM_Perlin_fieldInSpace(benchmark::State &state)
+{
+    for (auto _ : state) {
+        PoolHeap::std_free(Perlin::createFieldWithOctave123(64, 64, 64, 2));
+    }
+    state.SetItemsProcessed(state.iterations() * 4 * 64 * 64 * 64);
+}
+BENCHMARK(BM_Perlin_fieldInSpace);
+
+void BM_SplineCR_interpolate(benchmark::State &state)
+{
+    cSplineCR spline;
+    cMersenneTwister twister(5);
+    spline.setAutoCalculate(false);
+    for (int i = 0; i < 100; ++i) {
+        spline.addValue(D3DXVECTOR3(twister.Random01(), twister.Random01(), twister.Random01()));
+    }
+    spline.recalcTangents();
+    for (auto _ : state) {
+        for (int i = 0; i < 1000; ++i) {
+            benchmark::DoNotOptimize(spline.interpolate(static_cast<float>(i) * 0.001F));
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * 1000);
+}
+BENCHMARK(BM_SplineCR_interpolate);
 
 } // namespace
 } // namespace Qel

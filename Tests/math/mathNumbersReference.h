@@ -111,4 +111,18 @@ inline constexpr double splineLength[] = {
     11.648100897792505,
 };
 
+// Places, with the noise there in space, and in the plane of their first two coordinates.
+inline constexpr float noiseSpots[] = {
+    3.25F, 42.0F, 7.0F, 0.5F, 0.5F, 0.5F, -1.75F, 2.125F, -300.375F, 255.875F, 255.75F, 255.5F,
+    -0.0625F, 1000.25F, 17.5F,
+};
+
+inline constexpr double noiseInSpace[] = {
+    0.22412109375, -0.25, -0.3321023814887667, -0.5057771652936935, -0.25693610950838774,
+};
+
+inline constexpr double noiseInPlane[] = {
+    0.22412109375, -0.25, -0.3001638799905777, -0.20408785343170166, 0.3002037943806499,
+};
+
 } // namespace Qel::reference

@@ -156,4 +156,55 @@ table("double", "splineDirections", [x for t in places[2:5] for x in slope(path,
 fine = [along(path, i / 20000) for i in range(20001)]
 table("double", "splineLength", [sum(math.dist(a, b) for a, b in zip(fine, fine[1:]))], double)
 
+# Improved noise as its author wrote it down.
+PERMUTATION = [
+    151, 160, 137, 91, 90, 15, 131, 13, 201, 95, 96, 53, 194, 233, 7, 225, 140, 36, 103, 30, 69,
+    142, 8, 99, 37, 240, 21, 10, 23, 190, 6, 148, 247, 120, 234, 75, 0, 26, 197, 62, 94, 252, 219,
+    203, 117, 35, 11, 32, 57, 177, 33, 88, 237, 149, 56, 87, 174, 20, 125, 136, 171, 168, 68, 175,
+    74, 165, 71, 134, 139, 48, 27, 166, 77, 146, 158, 231, 83, 111, 229, 122, 60, 211, 133, 230,
+    220, 105, 92, 41, 55, 46, 245, 40, 244, 102, 143, 54, 65, 25, 63, 161, 1, 216, 80, 73, 209, 76,
+    132, 187, 208, 89, 18, 169, 200, 196, 135, 130, 116, 188, 159, 86, 164, 100, 109, 198, 173, 186,
+    3, 64, 52, 217, 226, 250, 124, 123, 5, 202, 38, 147, 118, 126, 255, 82, 85, 212, 207, 206, 59,
+    227, 47, 16, 58, 17, 182, 189, 28, 42, 223, 183, 170, 213, 119, 248, 152, 2, 44, 154, 163, 70,
+    221, 153, 101, 155, 167, 43, 172, 9, 129, 22, 39, 253, 19, 98, 108, 110, 79, 113, 224, 232, 178,
+    185, 112, 104, 218, 246, 97, 228, 251, 34, 242, 193, 238, 210, 144, 12, 191, 179, 162, 241, 81,
+    51, 145, 235, 249, 14, 239, 107, 49, 192, 214, 31, 181, 199, 106, 157, 184, 84, 204, 176, 115,
+    121, 50, 45, 127, 4, 150, 254, 138, 236, 205, 93, 222, 114, 67, 29, 24, 72, 243, 141, 128, 195,
+    78, 66, 215, 61, 156, 180,
+]
+
+
+def noise(x, y, z):
+    def fade(t):
+        return t * t * t * (t * (t * 6 - 15) + 10)
+
+    def lerp(t, a, b):
+        return a + t * (b - a)
+
+    def grad(code, x, y, z):
+        h = code & 15
+        u = x if h < 8 else y
+        v = y if h < 4 else x if h in (12, 14) else z
+        return (u if h & 1 == 0 else -u) + (v if h & 2 == 0 else -v)
+
+    p = PERMUTATION * 2
+    cx, cy, cz = (math.floor(c) & 255 for c in (x, y, z))
+    x, y, z = (c - math.floor(c) for c in (x, y, z))
+    u, v, w = fade(x), fade(y), fade(z)
+    a, b = p[cx] + cy, p[cx + 1] + cy
+    aa, ab, ba, bb = p[a] + cz, p[a + 1] + cz, p[b] + cz, p[b + 1] + cz
+    layers = [
+        lerp(v, lerp(u, grad(p[aa + k], x, y, z - k), grad(p[ba + k], x - 1, y, z - k)),
+             lerp(u, grad(p[ab + k], x, y - 1, z - k), grad(p[bb + k], x - 1, y - 1, z - k)))
+        for k in (0, 1)]
+    return lerp(w, *layers)
+
+
+# The plane is the slice of space through z = 0: the hash takes one step more there too.
+spots = [(3.25, 42.0, 7.0), (0.5, 0.5, 0.5), (-1.75, 2.125, -300.375), (255.875, 255.75, 255.5), (-0.0625, 1000.25, 17.5)]
+print("// Places, with the noise there in space, and in the plane of their first two coordinates.")
+table("float", "noiseSpots", [c for spot in spots for c in spot], lambda c: repr(float(c)) + "F")
+table("double", "noiseInSpace", [noise(*spot) for spot in spots], double)
+table("double", "noiseInPlane", [noise(x, y, 0) for x, y, _ in spots], double)
+
 print("} // namespace Qel::reference")

@@ -54,6 +54,13 @@ struct FftJob {
     T *imagOut;
 };
 
+/// The permutation of the noise, twice in a row.
+struct NoisePermutation {
+    unsigned char at[512];
+};
+
+extern NoisePermutation const noisePermutation;
+
 /// One set of numeric kernels. There is one per processor level, each compiled in a source of its own.
 ///
 /// A source of a level above the plain one includes nothing but intrinsics and headers of this folder,
@@ -72,6 +79,15 @@ struct Kernels {
                       FftRecurrence (*recurrence)(std::size_t block));
     void (*fftFloat)(FftJob<float> const &job, FftTables const &tables,
                      FftRecurrence (*recurrence)(std::size_t block));
+
+    /// Noise at one place, in the plane and in space.
+    float (*noisePlane)(float x, float y);
+    float (*noiseSpace)(float x, float y, float z);
+
+    /// Noise as bytes at samples first to end - 1 of a row; its last coordinate is the sample times @p step.
+    void (*noiseRowPlane)(float x, float step, std::uint32_t first, std::uint32_t end, unsigned char *out);
+    void (*noiseRowSpace)(float x, float y, float step, std::uint32_t first, std::uint32_t end,
+                          unsigned char *out);
 
     /// Replaces all 624 words of a Mersenne Twister's state by the next block, untempered.
     void (*stepTwister)(std::uint32_t *state);

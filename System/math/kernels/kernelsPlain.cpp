@@ -3,6 +3,7 @@
 #include "System/math/kernels/crc32PlainKernel.h"
 #include "System/math/kernels/fftKernel.h"
 #include "System/math/kernels/kernels.h"
+#include "System/math/kernels/noiseKernel.h"
 #include "System/math/kernels/twisterKernel.h"
 
 namespace Qel {
@@ -13,6 +14,10 @@ constinit Kernels const kernelsPlain = {
     .hashMappedName = hashMappedNameBy<crc32Plain>,
     .fftDouble = fftBoth<double>,
     .fftFloat = fftBoth<float>,
+    .noisePlane = noisePlane,
+    .noiseSpace = noiseSpace,
+    .noiseRowPlane = noiseRowPlane,
+    .noiseRowSpace = noiseRowSpace,
     .stepTwister = stepTwister,
     .temperTwister = temperTwister,
     .temperTwister01 = temperTwister01,
