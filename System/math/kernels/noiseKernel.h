@@ -16,6 +16,7 @@ namespace {
 
 using Noise4 [[gnu::vector_size(16)]] = float;
 using NoiseMask4 [[gnu::vector_size(16)]] = std::int32_t;
+using NoiseCount4 [[gnu::vector_size(16)]] = std::uint32_t;
 
 constexpr std::int32_t noiseSign = static_cast<std::int32_t>(0x80000000U);
 
@@ -50,7 +51,8 @@ inline NoisePlace noisePlace(Noise4 v)
     NoiseMask4 cell = reinterpret_cast<NoiseMask4>(_mm_cvttps_epi32(v));
     Noise4 floor = __builtin_convertvector(cell, Noise4);
     NoiseMask4 const above = floor > v;
-    cell += above;
+    cell = reinterpret_cast<NoiseMask4>(reinterpret_cast<NoiseCount4>(cell) +
+                                        reinterpret_cast<NoiseCount4>(above));
     floor += __builtin_convertvector(above, Noise4);
     NoiseMask4 const small =
         reinterpret_cast<Noise4>(reinterpret_cast<NoiseMask4>(v) & ~noiseSign) < 8388608.0F;
