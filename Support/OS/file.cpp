@@ -4,8 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 
@@ -80,19 +80,14 @@ bool replaceFile(char const *path, void const *data, std::size_t size)
         return writeInPlace(target, bytes, size);
     }
 
-    std::string aside = target + ".XXXXXX";
-    int const handle = mkstemp(aside.data());
+    static std::atomic<unsigned> count{0};
+    std::string const aside = target + '.' + std::to_string(getpid()) + '.' + std::to_string(count++);
+    int const handle = ::open(aside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, exists ? 0600 : 0666);
     if (handle < 0) {
         return writeInPlace(target, bytes, size);
     }
-    mode_t mode = before.st_mode & 07777;
-    if (!exists) {
-        mode_t const mask = umask(0);
-        umask(mask);
-        mode = 0666 & ~mask;
-    }
-    bool const kept = fchmod(handle, mode) == 0 &&
-                      (!exists || geteuid() != 0 || fchown(handle, before.st_uid, before.st_gid) == 0);
+    bool const kept = !exists || ((geteuid() != 0 || fchown(handle, before.st_uid, before.st_gid) == 0) &&
+                                  fchmod(handle, before.st_mode & 07777) == 0);
     bool const whole = writeAll(handle, bytes, size);
     if (::close(handle) == 0 && whole && kept && std::rename(aside.c_str(), target.c_str()) == 0) {
         return true;
@@ -122,32 +117,30 @@ bool TextFile::open(char const *path)
     return true;
 }
 
+bool TextFile::write(std::string_view text)
+{
+    return m_handle >= 0 && writeAll(m_handle, text.data(), text.size());
+}
+
 bool TextFile::write(std::initializer_list<std::string_view> pieces)
 {
-    if (m_handle < 0) {
-        return false;
-    }
     std::size_t total = 0;
-    std::string_view only;
     for (std::string_view const piece : pieces) {
         total += piece.size();
-        only = piece.size() == total ? piece : only;
     }
-    if (only.size() == total) {
-        return writeAll(m_handle, only.data(), total);
-    }
-
     std::array<char, 4352> shortText; // a formatted text and what goes before it
     std::string longText;
+    char *gathered = shortText.data();
     if (total > shortText.size()) {
         longText.resize(total);
+        gathered = longText.data();
     }
-    char *const gathered = total > shortText.size() ? longText.data() : shortText.data();
     char *end = gathered;
     for (std::string_view const piece : pieces) {
-        end = std::copy(piece.begin(), piece.end(), end);
+        std::memcpy(end, piece.data(), piece.size());
+        end += piece.size();
     }
-    return writeAll(m_handle, gathered, total);
+    return write({gathered, total});
 }
 
 } // namespace os

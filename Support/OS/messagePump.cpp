@@ -15,9 +15,13 @@ bool MessagePump::isDialogMessage(void *, Message const &)
     return false;
 }
 
-void MessagePump::translate(Message const &) {}
+void MessagePump::translate(Message const &)
+{
+}
 
-void MessagePump::dispatch(Message const &) {}
+void MessagePump::dispatch(Message const &)
+{
+}
 
 bool MessagePump::inForeground()
 {
@@ -41,6 +45,11 @@ void QueueMessagePump::post(Message const &message)
 {
     std::lock_guard const guard(m_lock);
     m_messages.push_back(message);
+}
+
+MessagePump *installedMessagePump()
+{
+    return installed.load(std::memory_order_acquire);
 }
 
 MessagePump &messagePump()

@@ -87,12 +87,13 @@ public:
     /// Loads and starts the plugins of a file: values of the key "Plugin", in order, looked for in the folder
     /// "PluginFolder" (joined as it is), each with ".dll" behind it, which Support/OS also finds as ".so". A
     /// key equal to a plugin's name lists modules that it needs: if one of them cannot be loaded, the plugin
-    /// is left out with a line in the log. So is one that is listed twice, the second time, and one whose
-    /// start function throws, with whatever it had registered.
+    /// is left out with a line in the log. So is one that is listed twice, the second time, the platform
+    /// plugin, which is loaded already, and one whose start function throws, with whatever it had registered.
     /// @throws Exception number 8 if the file is missing, number 9 if a plugin cannot be loaded
     void loadPlugins(String const &pluginFileName);
 
-    /// Stops and unloads them, the last one first.
+    /// Stops and unloads them, the last one first, and takes back what they registered when they started and
+    /// have not taken back themselves.
     void unloadPlugins();
 
     std::vector<Plugin *> const &getPlugins() const; ///< those that loadPlugins() loaded, in that order
@@ -121,7 +122,7 @@ public:
     void setFrameSmoothingPeriod(float seconds) { m_frameSmoothingPeriod = seconds; }
     float getFrameSmoothingPeriod() const { return m_frameSmoothingPeriod; }
 
-    void setTimeClamp(float min, float max); ///< limits of event times in seconds; 0 and 1 at start
+    void setTimeClamp(float min, float max);           ///< limits of event times in seconds; 0 and 1 at start
     void setTimeConst(float t) { setTimeClamp(t, t); } ///< every event time is @p t: a fixed time step
 
     /// Limits the rate. The limit is kept in whole milliseconds, 1000 / @p fps, and the loop runs at
@@ -156,8 +157,8 @@ public:
     /// @param system  not owned; null for none
     void setRenderSystem(RenderSystem *system);
 
-    void setInputDevice(InputReader *device) { m_inputDevice = device; } ///< not owned
-    InputReader *getInputDevice() const { return m_inputDevice; }        ///< null at start
+    void setInputDevice(InputReader *device);                     ///< not owned; null for none
+    InputReader *getInputDevice() const { return m_inputDevice; } ///< null at start
 
     /// Shows the platform's configuration dialog and waits for its end.
     /// @return what the dialog says; false if the platform has none
@@ -169,8 +170,9 @@ public:
 
     /// @}
 
-    Timer *getTimer() const;          ///< the frame clock: its reading is the raw millisecond count
-    TimerCycle getTimeSinceInit();    ///< time since just before the plugins were loaded
+    /// The frame clock: its reading is the raw millisecond count. Null once the engine is being taken down.
+    Timer *getTimer() const;
+    TimerCycle getTimeSinceInit(); ///< time since just before the plugins were loaded
     BuildVersion const &getVersion() const { return m_version; }
     BuildDate const &getBuildDate() const { return m_buildDate; }
 
@@ -185,7 +187,7 @@ private:
     void bringUp(String const &pluginFileName, String const &logFileName, bool writeLogFile);
     bool loadDependencies(String const &name, std::vector<String> const &dependencies);
     void startPlugin(String const &folder, String const &name);
-    bool runStartFunction(String const &name, void (*start)());
+    bool runStartFunction(Plugin &plugin, String const &name, void (*start)());
 
     void drainMessages();
     void throttleInBackground();

@@ -65,6 +65,9 @@ Exception::~Exception()
     }
     Keepsake &kept = keepsake();
     std::lock_guard const guard(kept.lock);
+    if (noted.load() != this) {
+        return; // another thread's exception has come and gone meanwhile, and is the one that is kept
+    }
     Exception *expected = this;
     try {
         noted.compare_exchange_strong(expected, kept.take(*this));
@@ -79,7 +82,19 @@ void Exception::announce()
     if (LogManager *const log = LogManager::InstancePtr()) {
         log->logMessage(text, 2);
     }
+    // Under the lock, so that describeLast() finds an object that cannot go away meanwhile.
+    std::lock_guard const guard(keepsake().lock);
     std::atomic_ref<Exception *>(last).store(this);
+}
+
+bool Exception::describeLast(String &text)
+{
+    std::lock_guard const guard(keepsake().lock);
+    Exception const *const noted = std::atomic_ref<Exception *>(last).load();
+    if (noted != nullptr) {
+        text = noted->getFullDescription();
+    }
+    return noted != nullptr;
 }
 
 String Exception::getFullDescription() const
@@ -101,8 +116,12 @@ String Exception::getFullDescription() const
     return text;
 }
 
-void Exception::_pushFunction(std::string const &) {}
+void Exception::_pushFunction(std::string const &)
+{
+}
 
-void Exception::_popFunction() {}
+void Exception::_popFunction()
+{
+}
 
 } // namespace Qel

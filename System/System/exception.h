@@ -29,7 +29,8 @@ public:
     };
 
     /// The exception built most recently, null at load. While that exception lives this points at it; after
-    /// that at a copy that the library keeps until the next one dies.
+    /// that at a copy that the library keeps until the next one dies. Not to be followed while other threads
+    /// may throw: see describeLast().
     static Exception *last;
 
     /// Stores the arguments, logs getFullDescription() at level 2 if there is a LogManager, and becomes the
@@ -54,14 +55,18 @@ public:
 
     static Exception *getLastException() { return last; }
 
+    /// Gives getFullDescription() of the last exception, safely while other threads throw.
+    /// @return false if there has been none; @p text is then unchanged
+    static bool describeLast(String &text);
+
     static void _pushFunction(std::string const &function); ///< kept for callers; does nothing
     static void _popFunction();                             ///< kept for callers; does nothing
 
-    std::int32_t line = 0;    ///< in the source, 0 if not given
-    std::int64_t number;      ///< see Number
-    String description;       ///< what went wrong
-    String source;            ///< the throwing function
-    String file;              ///< source file, empty if not given
+    std::int32_t line = 0; ///< in the source, 0 if not given
+    std::int64_t number;   ///< see Number
+    String description;    ///< what went wrong
+    String source;         ///< the throwing function
+    String file;           ///< source file, empty if not given
 
 private:
     void announce();

@@ -60,8 +60,9 @@ public:
     virtual bool isWithinThreshold(LogMessageLevel level);
 
     /// Sets who is told of each text that passes the filter; null for nobody. The callback runs on the thread
-    /// that logs and may log itself.
+    /// that logs; what it logs itself is not told to callbacks.
     void setCallback(LogCallback callback);
+    LogCallback getCallback() const { return m_callback.load(std::memory_order_acquire); }
 
     /// Sets which texts the callback is told: wildcard patterns separated by "|", case-sensitive, each cut at
     /// 4095 bytes; a text passes if one of them matches it. An empty filter passes everything.
@@ -70,6 +71,10 @@ public:
 private:
     friend class LogManager;
 
+    bool passes(LogMessageLevel level) const
+    {
+        return std::int64_t{m_detail.load(std::memory_order_relaxed)} + level >= 4;
+    }
     void output(std::string_view indent, std::string_view text, LogMessageLevel level);
     void echo(std::string_view text);
     void toFile(std::string_view indent, std::string_view text, LogMessageLevel level);

@@ -2,6 +2,7 @@
 
 #include "System/Patterns/tSingletonImpl.h"
 #include "System/System/formatBuffer.h"
+#include "System/System/pluginMgr.h"
 
 #include <algorithm>
 #include <cstdarg>
@@ -50,16 +51,13 @@ void LogManager::logMessage(WString const &text, LogMessageLevel level)
 
 void LogManager::logMessage(LogMessageLevel level, char const *format, ...)
 {
-    Log *const log = m_defaultLog;
-    if (log == nullptr || !log->isWithinThreshold(level)) {
+    if (!passes(level)) {
         return;
     }
-    FormatBuffer buffer;
     std::va_list arguments;
     va_start(arguments, format);
-    std::string_view const text = buffer.format(format, arguments);
+    sendFormatted(level, format, arguments);
     va_end(arguments);
-    send(text, level);
 }
 
 void LogManager::setLogDetail(LoggingLevel detail)
@@ -73,7 +71,15 @@ void LogManager::setLogDetail(LoggingLevel detail)
 void LogManager::setDefaultCallback(LogCallback callback)
 {
     if (Log *const log = m_defaultLog) {
+        LogCallback const before = log->getCallback();
         log->setCallback(callback);
+        PluginMgr::registered(reinterpret_cast<void const *>(callback), [callback, before] {
+            LogManager *const manager = InstancePtr();
+            Log *const now = manager != nullptr ? manager->m_defaultLog.load() : nullptr;
+            if (now != nullptr && now->getCallback() == callback) {
+                now->setCallback(before);
+            }
+        });
     }
 }
 
@@ -90,23 +96,23 @@ void LogManager::defLevelMessage(char const *format, ...)
     if (manager == nullptr) {
         return;
     }
-    FormatBuffer buffer;
     std::va_list arguments;
     va_start(arguments, format);
-    std::string_view const text = buffer.format(format, arguments);
+    manager->sendFormatted(4, format, arguments);
     va_end(arguments);
-    manager->send(text, 4);
 }
 
 void LogManager::changeIndent(int delta)
 {
-    m_indent = std::max(0, m_indent + delta);
+    int width = m_indent;
+    while (!m_indent.compare_exchange_weak(width, std::max(0, width + delta))) {
+    }
 }
 
 void LogManager::send(std::string_view text, LogMessageLevel level)
 {
-    Log *const log = m_defaultLog;
-    if (log == nullptr || !log->isWithinThreshold(level)) {
+    Log *const log = m_defaultLog.load(std::memory_order_acquire);
+    if (log == nullptr || !log->passes(level)) {
         return;
     }
     int const width = m_indent;
@@ -116,6 +122,14 @@ void LogManager::send(std::string_view text, LogMessageLevel level)
         String const indent(std::string(static_cast<std::size_t>(width), ' '));
         log->output(indent, text, level);
     }
+}
+
+// Apart from its callers, so that a text below the threshold costs them no room for formatting.
+__attribute__((noinline)) void LogManager::sendFormatted(LogMessageLevel level, char const *format,
+                                                         std::va_list arguments)
+{
+    FormatBuffer buffer;
+    send(buffer.format(format, arguments), level);
 }
 
 LogIndent::LogIndent(unsigned short width) : m_width(width)
@@ -143,15 +157,13 @@ void logMessage(String const &text, LogMessageLevel level)
 void logMessage(LogMessageLevel level, char const *format, ...)
 {
     LogManager *const manager = LogManager::InstancePtr();
-    if (level == 0 || manager == nullptr) {
+    if (level == 0 || manager == nullptr || !manager->passes(level)) {
         return;
     }
-    FormatBuffer buffer;
     std::va_list arguments;
     va_start(arguments, format);
-    std::string_view const text = buffer.format(format, arguments);
+    manager->sendFormatted(level, format, arguments);
     va_end(arguments);
-    manager->logMessage(String(text.data(), text.size()), level);
 }
 
 } // namespace Qel

@@ -70,7 +70,7 @@ Quotient scaled(std::uint32_t mantissa, int exponent, int power)
 Decimal sixDigits(std::uint32_t mantissa, int exponent)
 {
     // The logarithm of the leading bit alone: right, or one too small.
-    int const log2 = exponent + std::bit_width(mantissa) - 1;
+    int const log2 = exponent + static_cast<int>(std::bit_width(mantissa)) - 1;
     int log10 = log2 * 78913 >> 18;
     Quotient value = scaled(mantissa, exponent, significant - 1 - log10);
     if (value.whole >= digitsEnd) {
