@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <cstring>
 
-/// The place of a virtual operation in its class's table, counted from 0, for tests of their order: plugins are
-/// built against it.
+/// The place of a virtual operation in its class's table, counted from 0, for tests of their order: plugins
+/// are built against it.
 template <class Class, class Result, class... Arguments>
 std::size_t virtualSlot(Result (Class::*operation)(Arguments...))
 {

@@ -24,7 +24,9 @@ std::optional<Options> readOptions(int argc, char **argv, int &exitCode)
     options.pluginFile = usualPluginFile(argv[0]);
 
     CLI::App app("Starts the engine, runs its frame loop for a while and reports how that went.", "qelHost");
-    app.add_option("--frames", options.frames, "Frames to run")->check(CLI::PositiveNumber)->capture_default_str();
+    app.add_option("--frames", options.frames, "Frames to run")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
     app.add_option("--fps", options.fps, "Frames a second at most, 0 for no limit")
         ->check(CLI::Range(0u, 1000u))
         ->capture_default_str();

@@ -16,12 +16,13 @@ namespace {
 void printMemory()
 {
     std::vector<PoolHeap::ContextCounts> contexts(PoolHeap::all_context_counts(nullptr, 0));
-    contexts.resize(std::min(contexts.size(), PoolHeap::all_context_counts(contexts.data(), contexts.size())));
+    contexts.resize(
+        std::min(contexts.size(), PoolHeap::all_context_counts(contexts.data(), contexts.size())));
     std::printf("memory        %-22s %12s %12s %12s\n", "context", "allocations", "bytes now", "bytes peak");
     for (PoolHeap::ContextCounts const &context : contexts) {
         char const *const name = context.name != nullptr ? context.name : "(no name)";
-        std::printf("              %-22s %12" PRIu64 " %12" PRIu64 " %12" PRIu64 "\n", name, context.allocations,
-                    context.liveBytes, context.peakBytes);
+        std::printf("              %-22s %12" PRIu64 " %12" PRIu64 " %12" PRIu64 "\n", name,
+                    context.allocations, context.liveBytes, context.peakBytes);
     }
 }
 

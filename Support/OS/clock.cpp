@@ -60,12 +60,16 @@ public:
         clock_gettime(CLOCK_REALTIME, &now);
 
         // Breaking a time down costs far more than reading it, so it is done once a second and thread.
-        thread_local std::time_t brokenDown = -1;
-        thread_local std::tm parts{};
-        if (now.tv_sec != brokenDown) {
-            localtime_r(&now.tv_sec, &parts);
-            brokenDown = now.tv_sec;
+        struct Second {
+            std::time_t time;
+            std::tm parts;
+        };
+        constinit thread_local Second second{-1, {}};
+        if (now.tv_sec != second.time) {
+            localtime_r(&now.tv_sec, &second.parts);
+            second.time = now.tv_sec;
         }
+        std::tm const &parts = second.parts;
         return {parts.tm_hour, parts.tm_min, parts.tm_sec, static_cast<int>(now.tv_nsec / 1'000'000)};
     }
 };
@@ -105,7 +109,9 @@ LocalTime localTime()
     return active().localTime();
 }
 
-ClockScope::ClockScope(Clock &clock) : m_before(activeClock.exchange(&clock)) {}
+ClockScope::ClockScope(Clock &clock) : m_before(activeClock.exchange(&clock))
+{
+}
 
 ClockScope::~ClockScope()
 {

@@ -26,10 +26,10 @@ public:
     virtual LocalTime localTime() = 0;
 };
 
-QEL_API std::uint32_t milliseconds();         ///< monotonic milliseconds, low 32 bits
-QEL_API std::int64_t performanceCounter();    ///< monotonic, in steps of 100 ns unless replaced
-QEL_API std::int64_t performanceFrequency();  ///< 10 000 000 unless replaced
-QEL_API void sleepMs(std::uint32_t ms);       ///< at least @p ms milliseconds; 0 yields
+QEL_API std::uint32_t milliseconds();        ///< monotonic milliseconds, low 32 bits
+QEL_API std::int64_t performanceCounter();   ///< monotonic, in steps of 100 ns unless replaced
+QEL_API std::int64_t performanceFrequency(); ///< 10 000 000 unless replaced
+QEL_API void sleepMs(std::uint32_t ms);      ///< at least @p ms milliseconds; 0 yields
 QEL_API LocalTime localTime();
 
 /// Replaces the clock for a scope, on every thread. Scopes nest; they end in reverse order.

@@ -27,7 +27,9 @@ void debugBreak()
     std::raise(SIGTRAP);
 }
 
-DebugSinkScope::DebugSinkScope(DebugSink sink) : m_before(activeSink.exchange(sink)) {}
+DebugSinkScope::DebugSinkScope(DebugSink sink) : m_before(activeSink.exchange(sink))
+{
+}
 
 DebugSinkScope::~DebugSinkScope()
 {

@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -122,32 +121,30 @@ bool TextFile::open(char const *path)
     return true;
 }
 
+bool TextFile::write(std::string_view text)
+{
+    return m_handle >= 0 && writeAll(m_handle, text.data(), text.size());
+}
+
 bool TextFile::write(std::initializer_list<std::string_view> pieces)
 {
-    if (m_handle < 0) {
-        return false;
-    }
     std::size_t total = 0;
-    std::string_view only;
     for (std::string_view const piece : pieces) {
         total += piece.size();
-        only = piece.size() == total ? piece : only;
     }
-    if (only.size() == total) {
-        return writeAll(m_handle, only.data(), total);
-    }
-
     std::array<char, 4352> shortText; // a formatted text and what goes before it
     std::string longText;
+    char *gathered = shortText.data();
     if (total > shortText.size()) {
         longText.resize(total);
+        gathered = longText.data();
     }
-    char *const gathered = total > shortText.size() ? longText.data() : shortText.data();
     char *end = gathered;
     for (std::string_view const piece : pieces) {
-        end = std::copy(piece.begin(), piece.end(), end);
+        std::memcpy(end, piece.data(), piece.size());
+        end += piece.size();
     }
-    return writeAll(m_handle, gathered, total);
+    return write({gathered, total});
 }
 
 } // namespace os

@@ -46,6 +46,9 @@ public:
     /// Creates or empties the file. @return false if it cannot be opened; writes then go nowhere
     bool open(char const *path);
 
+    /// Appends @p text. @return false if not all of it reached the file
+    bool write(std::string_view text);
+
     /// Appends the pieces, one after the other, so that no other writer's text comes between them.
     /// @return false if not all of them reached the file
     bool write(std::initializer_list<std::string_view> pieces);

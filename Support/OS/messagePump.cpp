@@ -15,9 +15,13 @@ bool MessagePump::isDialogMessage(void *, Message const &)
     return false;
 }
 
-void MessagePump::translate(Message const &) {}
+void MessagePump::translate(Message const &)
+{
+}
 
-void MessagePump::dispatch(Message const &) {}
+void MessagePump::dispatch(Message const &)
+{
+}
 
 bool MessagePump::inForeground()
 {

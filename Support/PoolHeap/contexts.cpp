@@ -23,7 +23,6 @@ namespace contexts {
 namespace {
 
 constexpr std::size_t kBuckets = 1024;
-constexpr auto relaxed = std::memory_order_relaxed;
 
 // Lives for ever: contexts are read and counted after static objects have died.
 struct Registry {
@@ -70,43 +69,57 @@ Context *findOrMake(std::uint32_t id)
     return context;
 }
 
+// The difference of two Amounts, by way of unsigned numbers since the bytes may have wrapped.
+Amount minus(std::int64_t taken, std::int64_t returned)
+{
+    return {
+        static_cast<std::int64_t>(static_cast<std::uint64_t>(taken) - static_cast<std::uint64_t>(returned))};
+}
+
+std::int64_t look(std::int64_t &value)
+{
+    return std::atomic_ref(value).load(std::memory_order_relaxed);
+}
+
+void addTo(Context &sum, ThreadCount &slot)
+{
+    std::int64_t const taken = look(slot.taken);
+    std::int64_t const returned = look(slot.returned);
+    sum.allocations += static_cast<std::uint64_t>(Amount{taken}.blocks());
+    sum.releases += static_cast<std::uint64_t>(Amount{returned}.blocks());
+    sum.bytes += minus(taken, returned).bytes();
+}
+
 void foldLocked(ThreadCount &slot)
 {
     Context *context = slot.context;
     if (!context)
         return;
-    context->allocations += slot.allocations.load(relaxed);
-    context->releases += slot.releases.load(relaxed);
-    context->peak = std::max(context->peak, context->bytes + slot.peak.load(relaxed));
-    context->bytes += slot.bytes.load(relaxed);
-    slot.allocations.store(0, relaxed);
-    slot.releases.store(0, relaxed);
-    slot.bytes.store(0, relaxed);
-    slot.peak.store(0, relaxed);
+    context->peak = std::max(context->peak, context->bytes + Amount{look(slot.peak)}.bytes());
+    addTo(*context, slot);
+    publish(slot.taken, 0);
+    publish(slot.returned, 0);
+    publish(slot.peak, 0);
 }
 
 ContextCounts countsOf(Context const &context)
 {
-    std::uint64_t allocations = context.allocations;
-    std::uint64_t releases = context.releases;
-    std::int64_t bytes = context.bytes;
+    Context sum = context;
     std::int64_t peak = context.bytes;
-    for (ThreadCounts const *thread = registry.threads; thread; thread = thread->next) {
-        ThreadCount const &slot = thread->slots[countSlot(context.id)];
+    for (ThreadCounts *thread = registry.threads; thread; thread = thread->next) {
+        ThreadCount &slot = thread->slots[countSlot(context.id)];
         if (slot.context != &context)
             continue;
-        allocations += slot.allocations.load(relaxed);
-        releases += slot.releases.load(relaxed);
-        bytes += slot.bytes.load(relaxed);
-        peak += slot.peak.load(relaxed);
+        addTo(sum, slot);
+        peak += Amount{look(slot.peak)}.bytes();
     }
     ContextCounts counts;
-    counts.name = context.name;
-    counts.id = context.id;
-    counts.allocations = allocations;
-    counts.liveBlocks = allocations > releases ? allocations - releases : 0;
-    counts.liveBytes = static_cast<std::uint64_t>(std::max<std::int64_t>(bytes, 0));
-    counts.peakBytes = static_cast<std::uint64_t>(std::max({context.peak, peak, bytes, std::int64_t{0}}));
+    counts.name = sum.name;
+    counts.id = sum.id;
+    counts.allocations = sum.allocations;
+    counts.liveBlocks = sum.allocations > sum.releases ? sum.allocations - sum.releases : 0;
+    counts.liveBytes = static_cast<std::uint64_t>(std::max<std::int64_t>(sum.bytes, 0));
+    counts.peakBytes = static_cast<std::uint64_t>(std::max({sum.peak, peak, sum.bytes, std::int64_t{0}}));
     return counts;
 }
 
@@ -161,12 +174,14 @@ void fold(ThreadCount &slot)
     foldLocked(slot);
 }
 
-bool countDirect(std::uint32_t id, std::int64_t blocks, std::int64_t bytes)
+bool countDirect(ThreadCount *slot, std::uint32_t id, std::int64_t blocks, std::int64_t bytes)
 {
     std::lock_guard guard(registry.lock);
     Context *context = findOrMake(id);
     if (!context)
         return false;
+    if (slot)
+        foldLocked(*slot);
     (blocks > 0 ? context->allocations : context->releases) += 1;
     context->bytes += bytes;
     context->peak = std::max(context->peak, context->bytes);

@@ -5,12 +5,20 @@
 #include <cstddef>
 #include <cstdint>
 
+// A call without the stub of the linker between: the two fast operations are not much longer than that.
+#if defined(__GNUC__) && !defined(__clang__)
+#define QEL_POOLHEAP_DIRECT [[gnu::noplt]]
+#else
+#define QEL_POOLHEAP_DIRECT
+#endif
+
 /// The memory library: small blocks told their size on release, objects, plain buffers.
 ///
 /// fast_alloc() serves blocks of up to 512 bytes from lists that every thread has of its own, one for each
 /// 16 bytes of size; larger ones, std_alloc() and poolheap_malloc() come from the system's allocator. What
 /// fast_alloc() gives out is counted by context. Blocks freed on another thread than the one that took them
-/// come home in batches of 64, and a thread that ends leaves its lists and its counts to the others.
+/// come home in batches of 64, a thread keeps no more than 128 KiB of each size, and one that ends leaves its
+/// lists and its counts to the others.
 ///
 /// Every operation may be called on any thread, before init() and after shutdown() too: a host's own static
 /// objects may hold texts for longer than the library lives. Builds with a sanitizer take every block from
@@ -69,11 +77,11 @@ QEL_API void std_free(void *block, std::uint32_t flags = 0); ///< null is allowe
 /// @param context  any number; need not have been named
 /// @param size     bytes; 0 gives a block, too
 /// @return null if there is no memory
-QEL_API void *fast_alloc(std::size_t size, std::uint32_t context);
+QEL_POOLHEAP_DIRECT QEL_API void *fast_alloc(std::size_t size, std::uint32_t context);
 
 /// Gives a block of fast_alloc() back. Any thread may do so.
 /// @param size, context  as they were on allocation; null as @p block is allowed
-QEL_API void fast_free(void *block, std::size_t size, std::uint32_t context);
+QEL_POOLHEAP_DIRECT QEL_API void fast_free(void *block, std::size_t size, std::uint32_t context);
 
 /// Reads a context's counts.
 /// @return false if nothing was ever taken under @p context and it was never named
@@ -85,6 +93,8 @@ QEL_API bool context_counts(std::uint32_t context, ContextCounts &counts);
 QEL_API std::size_t all_context_counts(ContextCounts *counts, std::size_t room);
 
 } // namespace PoolHeap
+
+#undef QEL_POOLHEAP_DIRECT
 
 QEL_API void *poolheap_malloc(std::size_t size); ///< a plain buffer; null if there is no memory
 QEL_API void poolheap_free(void *block);         ///< null is allowed

@@ -23,13 +23,12 @@ namespace PoolHeap::detail {
 inline constexpr std::size_t kStep = 16; ///< bytes between two size classes, and every block's alignment
 inline constexpr std::size_t kSmallLimit = 512; ///< largest block that comes from the lists
 inline constexpr std::size_t kClasses = kSmallLimit / kStep;
-inline constexpr std::uint32_t kCapacity = 128; ///< blocks that a thread keeps of one class
-inline constexpr std::uint32_t kBatch = 64;     ///< blocks that move between a thread and the central lists
+inline constexpr std::uint32_t kBatch = 64; ///< blocks that move between a thread and the central lists
 
 /// More than this is refused at once, in every build alike.
 inline constexpr std::size_t kLargestBlock = std::size_t{1} << 39;
 
-/// The class of a size from 1 to kSmallLimit. For any other size, 0 included, the result is kClasses or more.
+/// The class of a size from 1 to kSmallLimit.
 constexpr std::size_t classOf(std::size_t size)
 {
     return (size - 1) / kStep;
@@ -38,6 +37,13 @@ constexpr std::size_t classOf(std::size_t size)
 constexpr std::size_t classBytes(std::size_t sizeClass)
 {
     return (sizeClass + 1) * kStep;
+}
+
+/// Blocks that a thread keeps of one class: no more than 128 KiB of them.
+constexpr std::size_t capacityOf(std::size_t sizeClass)
+{
+    std::size_t const blocks = 128 * 1024 / classBytes(sizeClass);
+    return blocks < 1024 ? blocks : 1024;
 }
 
 } // namespace PoolHeap::detail

@@ -25,6 +25,8 @@ namespace Qel {
 template <class T>
 class QEL_API tSingleton {
 public:
+    // The address is taken before T exists and only stored: no use of the object for the sanitizer to check.
+    __attribute__((no_sanitize("vptr")))
     tSingleton();  ///< makes this object the instance, in place of any earlier one
     ~tSingleton(); ///< leaves no instance, even if another object had become it
 

@@ -9,10 +9,8 @@ namespace Qel {
 template <class T>
 T *tSingleton<T>::_instance = nullptr;
 
-// The cast happens before T exists, and only stores the address: not a use that the sanitizer's check of the
-// object's type is meant for.
 template <class T>
-__attribute__((no_sanitize("vptr"))) tSingleton<T>::tSingleton()
+tSingleton<T>::tSingleton()
 {
     _instance = static_cast<T *>(this);
 }

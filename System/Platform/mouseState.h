@@ -69,7 +69,7 @@ private:
     bool isDown(MouseMask button, KeyState state) const;
 };
 
-static_assert(sizeof(MouseState) == 19 * 4, "plugins fill this record");
+static_assert(sizeof(MouseState) == 19 * sizeof(std::uint32_t), "plugins fill this record");
 static_assert(offsetof(MouseState, buttons) == 24 && offsetof(MouseState, outside) == 34 &&
                   offsetof(MouseState, clickCount) == 36 && offsetof(MouseState, holdStart) == 44 &&
                   offsetof(MouseState, lastClick) == 60,

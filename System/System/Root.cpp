@@ -20,7 +20,9 @@ namespace Qel {
 
 template class tSingleton<Root>;
 
-Root::Root() : Root("plugins.cfg", "debug.log", true) {}
+Root::Root() : Root("plugins.cfg", "debug.log", true)
+{
+}
 
 Root::Root(String const &pluginFileName, String const &logFileName, bool writeLogFile)
     : m_version(1, 1, 52, nullptr), m_buildDate(nullptr, nullptr)

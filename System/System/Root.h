@@ -121,7 +121,7 @@ public:
     void setFrameSmoothingPeriod(float seconds) { m_frameSmoothingPeriod = seconds; }
     float getFrameSmoothingPeriod() const { return m_frameSmoothingPeriod; }
 
-    void setTimeClamp(float min, float max); ///< limits of event times in seconds; 0 and 1 at start
+    void setTimeClamp(float min, float max);           ///< limits of event times in seconds; 0 and 1 at start
     void setTimeConst(float t) { setTimeClamp(t, t); } ///< every event time is @p t: a fixed time step
 
     /// Limits the rate. The limit is kept in whole milliseconds, 1000 / @p fps, and the loop runs at
@@ -169,8 +169,8 @@ public:
 
     /// @}
 
-    Timer *getTimer() const;          ///< the frame clock: its reading is the raw millisecond count
-    TimerCycle getTimeSinceInit();    ///< time since just before the plugins were loaded
+    Timer *getTimer() const;       ///< the frame clock: its reading is the raw millisecond count
+    TimerCycle getTimeSinceInit(); ///< time since just before the plugins were loaded
     BuildVersion const &getVersion() const { return m_version; }
     BuildDate const &getBuildDate() const { return m_buildDate; }
 

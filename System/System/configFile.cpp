@@ -54,13 +54,6 @@ private:
 
 } // namespace
 
-ConfigFile::ConfigFile() = default;
-ConfigFile::~ConfigFile() = default;
-ConfigFile::ConfigFile(ConfigFile const &) = default;
-ConfigFile::ConfigFile(ConfigFile &&) noexcept = default;
-ConfigFile &ConfigFile::operator=(ConfigFile const &) = default;
-ConfigFile &ConfigFile::operator=(ConfigFile &&) noexcept = default;
-
 void ConfigFile::load(String const &fileName, String const &separators)
 {
     m_settings.clear();

@@ -30,13 +30,6 @@ public:
     using SettingsMap = std::multimap<String, String>;
     using SettingsIterator = MapIterator<SettingsMap>;
 
-    ConfigFile();
-    ~ConfigFile();
-    ConfigFile(ConfigFile const &);
-    ConfigFile(ConfigFile &&) noexcept;
-    ConfigFile &operator=(ConfigFile const &);
-    ConfigFile &operator=(ConfigFile &&) noexcept;
-
     /// Replaces all settings by those of a file.
     /// @param fileName    kept for save()
     /// @param separators  each of these characters ends a key; those after the first belong to the value

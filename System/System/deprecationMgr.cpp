@@ -18,9 +18,10 @@ constexpr char const *stars = "*************************************************
 void const *returnAddress(void const *frame)
 {
     void const *address = nullptr;
-    // Any frame value may come in, so the place is worked out as a number.
-    auto const *const place =
-        reinterpret_cast<void const *>(reinterpret_cast<std::uintptr_t>(frame) + sizeof(void *));
+    // Any frame value may come in, and pointers must not be calculated from one that points nowhere.
+    std::uintptr_t const above = reinterpret_cast<std::uintptr_t>(frame) + sizeof(void *);
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): as above
+    auto const *const place = reinterpret_cast<void const *>(above);
     return os::readMemory(place, &address, sizeof(address)) ? address : nullptr;
 }
 

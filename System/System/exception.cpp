@@ -65,6 +65,9 @@ Exception::~Exception()
     }
     Keepsake &kept = keepsake();
     std::lock_guard const guard(kept.lock);
+    if (noted.load() != this) {
+        return; // another thread's exception has come and gone meanwhile, and is the one that is kept
+    }
     Exception *expected = this;
     try {
         noted.compare_exchange_strong(expected, kept.take(*this));
@@ -101,8 +104,12 @@ String Exception::getFullDescription() const
     return text;
 }
 
-void Exception::_pushFunction(std::string const &) {}
+void Exception::_pushFunction(std::string const &)
+{
+}
 
-void Exception::_popFunction() {}
+void Exception::_popFunction()
+{
+}
 
 } // namespace Qel

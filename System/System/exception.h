@@ -57,11 +57,11 @@ public:
     static void _pushFunction(std::string const &function); ///< kept for callers; does nothing
     static void _popFunction();                             ///< kept for callers; does nothing
 
-    std::int32_t line = 0;    ///< in the source, 0 if not given
-    std::int64_t number;      ///< see Number
-    String description;       ///< what went wrong
-    String source;            ///< the throwing function
-    String file;              ///< source file, empty if not given
+    std::int32_t line = 0; ///< in the source, 0 if not given
+    std::int64_t number;   ///< see Number
+    String description;    ///< what went wrong
+    String source;         ///< the throwing function
+    String file;           ///< source file, empty if not given
 
 private:
     void announce();

@@ -16,18 +16,20 @@ namespace {
 
 constexpr std::size_t patternLimit = 4095;
 
-// "hh:mm:ss.mmm - "
+// "hh:mm:ss.mmm - ". Hour, minute and second are written anew only when they change.
 class TimeStamp {
 public:
-    explicit TimeStamp(os::LocalTime const &now)
+    std::string_view of(os::LocalTime const &now)
     {
-        put(now.hour, 0, 2);
-        put(now.minute, 3, 2);
-        put(now.second, 6, 2);
+        if (now.second != m_written.second || now.minute != m_written.minute || now.hour != m_written.hour) {
+            m_written = now;
+            put(now.hour, 0, 2);
+            put(now.minute, 3, 2);
+            put(now.second, 6, 2);
+        }
         put(now.ms, 9, 3);
+        return {m_text.data(), m_text.size()};
     }
-
-    operator std::string_view() const { return {m_text.data(), m_text.size()}; }
 
 private:
     void put(int value, std::size_t at, std::size_t digits)
@@ -38,8 +40,11 @@ private:
         }
     }
 
+    os::LocalTime m_written{};
     std::array<char, 15> m_text{'0', '0', ':', '0', '0', ':', '0', '0', '.', '0', '0', '0', ' ', '-', ' '};
 };
+
+constinit thread_local TimeStamp timeStamp;
 
 } // namespace
 
@@ -55,7 +60,7 @@ Log::~Log() = default;
 
 void Log::logMessage(LogMessageLevel level, char const *format, ...)
 {
-    if (!isWithinThreshold(level)) {
+    if (!passes(level)) {
         return;
     }
     FormatBuffer buffer;
@@ -68,7 +73,7 @@ void Log::logMessage(LogMessageLevel level, char const *format, ...)
 
 void Log::logMessage(WString const &text, LogMessageLevel level)
 {
-    if (text.empty() || !isWithinThreshold(level)) {
+    if (text.empty() || !passes(level)) {
         return;
     }
     String narrow;
@@ -78,7 +83,7 @@ void Log::logMessage(WString const &text, LogMessageLevel level)
 
 void Log::logMessage(String const &text, LogMessageLevel level)
 {
-    if (isWithinThreshold(level)) {
+    if (passes(level)) {
         output({}, text, level);
     }
 }
@@ -90,7 +95,7 @@ void Log::setLogDetail(LoggingLevel detail)
 
 bool Log::isWithinThreshold(LogMessageLevel level)
 {
-    return std::int64_t{m_detail.load(std::memory_order_relaxed)} + level >= 4;
+    return passes(level);
 }
 
 void Log::setCallback(LogCallback callback)
@@ -144,15 +149,17 @@ void Log::echo(std::string_view text)
 
 void Log::toFile(std::string_view indent, std::string_view text, LogMessageLevel level)
 {
-    if (level != 4) {
-        m_file->write({indent, text});
-        return;
-    }
-    TimeStamp const stamp(os::localTime());
-    if (indent.empty()) {
-        m_file->write({stamp, text});
+    if (level == 4) {
+        std::string_view const stamp = timeStamp.of(os::localTime());
+        if (indent.empty()) {
+            m_file->write({stamp, text});
+        } else {
+            m_file->write({stamp, indent, stamp, text});
+        }
+    } else if (indent.empty()) {
+        m_file->write(text);
     } else {
-        m_file->write({stamp, indent, stamp, text});
+        m_file->write({indent, text});
     }
 }
 

@@ -70,6 +70,10 @@ public:
 private:
     friend class LogManager;
 
+    bool passes(LogMessageLevel level) const
+    {
+        return std::int64_t{m_detail.load(std::memory_order_relaxed)} + level >= 4;
+    }
     void output(std::string_view indent, std::string_view text, LogMessageLevel level);
     void echo(std::string_view text);
     void toFile(std::string_view indent, std::string_view text, LogMessageLevel level);

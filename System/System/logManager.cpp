@@ -50,16 +50,13 @@ void LogManager::logMessage(WString const &text, LogMessageLevel level)
 
 void LogManager::logMessage(LogMessageLevel level, char const *format, ...)
 {
-    Log *const log = m_defaultLog;
-    if (log == nullptr || !log->isWithinThreshold(level)) {
+    if (!passes(level)) {
         return;
     }
-    FormatBuffer buffer;
     std::va_list arguments;
     va_start(arguments, format);
-    std::string_view const text = buffer.format(format, arguments);
+    sendFormatted(level, format, arguments);
     va_end(arguments);
-    send(text, level);
 }
 
 void LogManager::setLogDetail(LoggingLevel detail)
@@ -90,12 +87,10 @@ void LogManager::defLevelMessage(char const *format, ...)
     if (manager == nullptr) {
         return;
     }
-    FormatBuffer buffer;
     std::va_list arguments;
     va_start(arguments, format);
-    std::string_view const text = buffer.format(format, arguments);
+    manager->sendFormatted(4, format, arguments);
     va_end(arguments);
-    manager->send(text, 4);
 }
 
 void LogManager::changeIndent(int delta)
@@ -105,8 +100,8 @@ void LogManager::changeIndent(int delta)
 
 void LogManager::send(std::string_view text, LogMessageLevel level)
 {
-    Log *const log = m_defaultLog;
-    if (log == nullptr || !log->isWithinThreshold(level)) {
+    Log *const log = m_defaultLog.load(std::memory_order_acquire);
+    if (log == nullptr || !log->passes(level)) {
         return;
     }
     int const width = m_indent;
@@ -116,6 +111,14 @@ void LogManager::send(std::string_view text, LogMessageLevel level)
         String const indent(std::string(static_cast<std::size_t>(width), ' '));
         log->output(indent, text, level);
     }
+}
+
+// Apart from its callers, so that a text below the threshold costs them no room for formatting.
+__attribute__((noinline)) void LogManager::sendFormatted(LogMessageLevel level, char const *format,
+                                                         std::va_list arguments)
+{
+    FormatBuffer buffer;
+    send(buffer.format(format, arguments), level);
 }
 
 LogIndent::LogIndent(unsigned short width) : m_width(width)
@@ -143,15 +146,13 @@ void logMessage(String const &text, LogMessageLevel level)
 void logMessage(LogMessageLevel level, char const *format, ...)
 {
     LogManager *const manager = LogManager::InstancePtr();
-    if (level == 0 || manager == nullptr) {
+    if (level == 0 || manager == nullptr || !manager->passes(level)) {
         return;
     }
-    FormatBuffer buffer;
     std::va_list arguments;
     va_start(arguments, format);
-    std::string_view const text = buffer.format(format, arguments);
+    manager->sendFormatted(level, format, arguments);
     va_end(arguments);
-    manager->logMessage(String(text.data(), text.size()), level);
 }
 
 } // namespace Qel

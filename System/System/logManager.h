@@ -6,9 +6,11 @@
 #include "System/System/string.h"
 
 #include <atomic>
+#include <cstdarg>
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <string_view>
 
 namespace Qel {
 
@@ -61,8 +63,8 @@ public:
     /// Sets defaultLogLevel and the default log's detail.
     void setLogDetail(LoggingLevel detail);
 
-    void setDefaultCallback(LogCallback callback);  ///< of the default log; without one, no effect
-    void setCallbackFilter(String const &filter);   ///< of the default log; without one, no effect
+    void setDefaultCallback(LogCallback callback); ///< of the default log; without one, no effect
+    void setCallbackFilter(String const &filter);  ///< of the default log; without one, no effect
 
     /// Is defaultLogLevel plus @p level at least 4? The guard of verbose lines; 1 for traces, 3 for warnings.
     static bool checkDefLogLevel(LogMessageLevel level)
@@ -81,7 +83,16 @@ protected:
     void changeIndent(int delta);
 
 private:
+    friend void logMessage(LogMessageLevel level, char const *format, ...);
+
+    bool passes(LogMessageLevel level) const
+    {
+        Log const *const log = m_defaultLog.load(std::memory_order_acquire);
+        return log != nullptr && log->passes(level);
+    }
     void send(std::string_view text, LogMessageLevel level);
+    void sendFormatted(LogMessageLevel level, char const *format, std::va_list arguments)
+        __attribute__((format(printf, 3, 0)));
 
     std::map<String, std::unique_ptr<Log>> m_logs;
     std::atomic<Log *> m_defaultLog{nullptr};

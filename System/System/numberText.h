@@ -16,12 +16,7 @@ public:
     {
     }
 
-    explicit NumberText(float value)
-        : m_length(static_cast<std::size_t>(
-              std::to_chars(m_text, m_text + sizeof m_text, value, std::chars_format::general, 6).ptr -
-              m_text))
-    {
-    }
+    explicit NumberText(float value); ///< six significant digits
 
     char const *begin() const { return m_text; }
     char const *end() const { return m_text + m_length; }

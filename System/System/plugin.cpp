@@ -9,7 +9,9 @@
 
 namespace Qel {
 
-Plugin::Plugin(String const &name) : m_name(name) {}
+Plugin::Plugin(String const &name) : m_name(name)
+{
+}
 
 Plugin::~Plugin()
 {

@@ -32,7 +32,7 @@ public:
     /// @return the address of an exported symbol, or null if there is none or the plugin is not loaded
     virtual void *getSymbol(String const &name);
 
-    String const &getName() const { return m_name; }        ///< as it was given
+    String const &getName() const { return m_name; } ///< as it was given
     bool isLoaded() const { return m_handle != nullptr; }
 
 private:

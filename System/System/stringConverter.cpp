@@ -3,6 +3,7 @@
 #include "System/System/numberText.h"
 #include "System/System/stringVector.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <limits>
@@ -17,9 +18,9 @@ bool isSpace(char c)
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-bool isDigit(char c)
+bool isFigure(char c, bool hex)
 {
-    return c >= '0' && c <= '9';
+    return (c >= '0' && c <= '9') || (hex && ((c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F')));
 }
 
 // A text up to its first terminator, behind white space and sign.
@@ -53,43 +54,57 @@ Unsigned magnitude(Number const &number, char const *first, int base)
     return value;
 }
 
-// Whether a decimal number that no double can hold is too large rather than too small.
-bool isLarge(char const *first, char const *last)
+// Whether a number that no double can hold is too large rather than too small.
+bool isLarge(char const *first, char const *last, bool hex)
 {
-    long long digits = 0;
+    std::int64_t figures = 0;
     bool point = false;
     bool seen = false;
-    for (; first != last && (isDigit(*first) || *first == '.'); ++first) {
+    for (; first != last && (isFigure(*first, hex) || (*first == '.' && !point)); ++first) {
         if (*first == '.') {
             point = true;
             continue;
         }
         seen = seen || *first != '0';
-        digits += seen && !point ? 1 : 0;
-        digits -= !seen && point ? 1 : 0;
+        if (seen != point) {
+            figures += seen ? 1 : -1;
+        }
     }
-    long long exponent = 0;
-    if (first != last && (*first == 'e' || *first == 'E')) {
+    std::int64_t exponent = 0;
+    char const mark = hex ? 'p' : 'e';
+    if (first != last && (*first | 0x20) == mark) {
         ++first;
         bool const negative = *first == '-';
         first += *first == '-' || *first == '+' ? 1 : 0;
-        for (; first != last && isDigit(*first) && exponent < 1'000'000'000'000; ++first) {
+        constexpr std::int64_t beyondAnyLength = 1'000'000'000'000'000;
+        for (; first != last && isFigure(*first, false) && exponent < beyondAnyLength; ++first) {
             exponent = exponent * 10 + (*first - '0');
         }
         exponent = negative ? -exponent : exponent;
     }
-    return digits + exponent > 0;
+    return figures * (hex ? 4 : 1) + exponent > 0;
 }
 
 double parseDouble(String const &text)
 {
     Number const number(text);
+    bool const hex = number.hasHexPrefix();
+    char const *const first = number.first + (hex ? 2 : 0);
     double value = 0.0;
-    if (number.hasHexPrefix()) {
-        std::from_chars(number.first + 2, number.last, value, std::chars_format::hex);
-    } else if (*number.first != '-' &&
-               std::from_chars(number.first, number.last, value).ec == std::errc::result_out_of_range) {
-        value = isLarge(number.first, number.last) ? std::numeric_limits<double>::infinity() : 0.0;
+    // A second sign, and a word after "0x", would be taken too.
+    bool const taken = hex ? isFigure(*first, true) || *first == '.' : *first != '-';
+    if (!taken) {
+        return hex && number.negative ? -value : value;
+    }
+    // No number holds "+-", but std::from_chars() of some libraries reads on over it.
+    std::string_view const signs = "+-";
+    char const *const last = std::search(first, number.last, signs.begin(), signs.end());
+    auto const format = hex ? std::chars_format::hex : std::chars_format::general;
+    std::errc const error = std::from_chars(first, last, value, format).ec;
+    if (error == std::errc::result_out_of_range) {
+        value = isLarge(first, last, hex) ? std::numeric_limits<double>::infinity() : 0.0;
+    } else if (error != std::errc() && !hex) {
+        return 0.0;
     }
     return number.negative ? -value : value;
 }

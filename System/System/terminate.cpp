@@ -24,15 +24,15 @@ void handleTerminate()
         std::_Exit(failed);
     }
 
-    ErrorDialog *dialog = nullptr;
+    // Not destroyed, since the process ends at once; kept here so that it does not count as lost.
+    static ErrorDialog *dialog = nullptr;
     if (PlatformManager *const platform = PlatformManager::InstancePtr()) {
         dialog = platform->createErrorDialog();
     }
     logMessage("handleTerminate()\n", 2);
     if (dialog != nullptr) {
         Exception const *const last = Exception::getLastException();
-        dialog->display(last != nullptr ? last->getFullDescription()
-                                        : String("handleTerminate: Unknown"),
+        dialog->display(last != nullptr ? last->getFullDescription() : String("handleTerminate: Unknown"),
                         String());
     }
     std::exit(failed);

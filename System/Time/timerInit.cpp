@@ -22,10 +22,6 @@ double TimerInit::gClockSpeedMillisecondsMultiplier = 0.0;
 double TimerInit::gClockSpeedSecondsMultiplier = 0.0;
 sTimerCpu TimerInit::gTimerCpu[32] = {};
 
-// The kernel's monotonic clock has no coarser setting to switch away from.
-TimerInit::TimerInit() = default;
-TimerInit::~TimerInit() = default;
-
 void TimerInit::init(eTimerType type)
 {
     gTimerType = type;

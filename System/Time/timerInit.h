@@ -36,8 +36,10 @@ public:
     static double gClockSpeedSecondsMultiplier;      ///< seconds per count
     static sTimerCpu gTimerCpu[32];                  ///< all zero after init()
 
-    TimerInit();  ///< asks for a clock that ticks each millisecond, which this system's always does
-    ~TimerInit(); ///< ends what the constructor asked for
+    // These stand for asking the system for a clock that ticks each millisecond, and for ending that. This
+    // system's clock always does.
+    TimerInit() = default;
+    ~TimerInit() = default;
 
     TimerInit(TimerInit const &) = delete;
     TimerInit &operator=(TimerInit const &) = delete;

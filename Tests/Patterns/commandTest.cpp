@@ -13,7 +13,7 @@ namespace Qel {
 namespace {
 
 struct Recorder : cCommand {
-    Recorder(std::string &trace, char mark) : trace(trace), mark(mark) {}
+    Recorder(std::string &sharedTrace, char ownMark) : trace(sharedTrace), mark(ownMark) {}
     void execute() override
     {
         trace += mark;
@@ -47,7 +47,8 @@ TEST_F(MacroCommand, RunsFromAnyPlaceInsideAndIgnoresTheOthers)
     struct {
         int from;
         char const *trace;
-    } const rows[] = {{0, "abac"}, {2, "ac"}, {3, "c"}, {4, ""}, {-1, ""}, {std::numeric_limits<int>::min(), ""}};
+    } const rows[] = {{0, "abac"}, {2, "ac"}, {3, "c"},
+                      {4, ""},     {-1, ""},  {std::numeric_limits<int>::min(), ""}};
 
     for (auto const &row : rows) {
         SCOPED_TRACE(row.from);

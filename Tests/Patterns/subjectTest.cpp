@@ -12,7 +12,7 @@ namespace Qel {
 namespace {
 
 struct Recorder : cObserver {
-    Recorder(std::string &trace, char mark) : trace(trace), mark(mark) {}
+    Recorder(std::string &sharedTrace, char ownMark) : trace(sharedTrace), mark(ownMark) {}
     void update(cSubject *subject) override
     {
         trace += mark;
@@ -72,7 +72,8 @@ TEST_F(Subject, CanBeChangedWhileItTells)
         {"detaches one that was told", [this](cSubject *s) { s->detach(&a); }, "abc", "bc"},
         {"detaches one to come", [this](cSubject *s) { s->detach(&c); }, "ab", "ab"},
         {"attaches another", [this](cSubject *s) { s->attach(&d); }, "abc", "abcd"},
-        {"attaches another and detaches it", [this](cSubject *s) { s->attach(&d), s->detach(&d); }, "abc", "abc"},
+        {"attaches another and detaches it", [this](cSubject *s) { s->attach(&d), s->detach(&d); }, "abc",
+         "abc"},
         {"detaches all", [this](cSubject *s) { s->detach(&c), s->detach(&b), s->detach(&a); }, "ab", ""},
         {"tells again, and the inner walk loses one",
          [this](cSubject *s) {

@@ -17,9 +17,10 @@ TEST(Exception, TheFullDescriptionIsLoggedBeforeAnyHandlerRuns)
     LogManager manager;
     manager.createLog("a.log", true, false, true);
 
-    char const *const expected = "An exception has been thrown!\nError #: 8\nFunction: ConfigFile::load\n"
-                                 "Description: 'a.cfg' file not found!. \nFile: src/configFile.cpp\nLine: 70\n"
-                                 "Stack unwinding:\n- <<callstack>>\n";
+    char const *const expected =
+        "An exception has been thrown!\nError #: 8\nFunction: ConfigFile::load\n"
+        "Description: 'a.cfg' file not found!. \nFile: src/configFile.cpp\nLine: 70\n"
+        "Stack unwinding:\n- <<callstack>>\n";
     try {
         throw Exception(8, "'a.cfg' file not found!", "ConfigFile::load", "src/configFile.cpp", 70);
     } catch (Exception const &exception) {
@@ -62,7 +63,8 @@ TEST(Exception, TheLastOneOutlivesItsCatch)
         Exception const inner(4, "inner", "s");
     }
     outer.reset();
-    EXPECT_STREQ(Exception::last->description.c_str(), "inner") << "the one built last, not the one that died last";
+    EXPECT_STREQ(Exception::last->description.c_str(), "inner")
+        << "the one built last, not the one that died last";
 }
 
 TEST(Exception, ThreadsThrowAtOnce)

@@ -39,8 +39,14 @@ public:
         trace += "dialog" + std::to_string(*static_cast<int *>(dialog)) + " ";
         return message.window == dialog;
     }
-    void translate(os::Message const &message) override { trace += "translate" + std::to_string(message.id) + " "; }
-    void dispatch(os::Message const &message) override { trace += "dispatch" + std::to_string(message.id) + " "; }
+    void translate(os::Message const &message) override
+    {
+        trace += "translate" + std::to_string(message.id) + " ";
+    }
+    void dispatch(os::Message const &message) override
+    {
+        trace += "dispatch" + std::to_string(message.id) + " ";
+    }
     bool inForeground() override { return foreground; }
 
     std::vector<os::Message> messages;
@@ -234,7 +240,7 @@ TEST_F(RootLoopTest, TheClampHoldsTimesAndAConstantReplacesThem)
         int workMs;
         float expected;
     } const rows[] = {
-        {0.0f, 1.0f, 5000, 1.0f}, {0.02f, 1.0f, 5, 0.02f}, {0.004f, 0.004f, 100, 0.004f},
+        {0.0f, 1.0f, 5000, 1.0f}, {0.02f, 1.0f, 5, 0.02f},  {0.004f, 0.004f, 100, 0.004f},
         {0.5f, 0.1f, 200, 0.5f},  {0.0f, 1.0f, 250, 0.25f},
     };
     for (auto const &row : rows) {

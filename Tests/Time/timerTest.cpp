@@ -88,7 +88,7 @@ TEST_F(Timers, ConvertsCountsAsUnsignedNumbers)
     } const rows[] = {
         {0, 0.0, 0, 0},
         {1500, 1.5, 1500, 1500000},
-        {5000000000, 5000000.0, 705032704, 658067456},       // 5e9 and 5e12 modulo 2^32
+        {5000000000, 5000000.0, 705032704, 658067456},               // 5e9 and 5e12 modulo 2^32
         {0x8000000000000800u, std::ldexp(1.0, 63) * 0.001, 2048, 0}, // microseconds beyond 64 bits
         {0xFFFFFFFFFFFFFFFFu, std::ldexp(1.0, 64) * 0.001, 0, 0},
     };

@@ -27,11 +27,11 @@ public:
 
     void advanceMs(std::int64_t ms) { ticks += ms * 10'000; }
 
-    std::uint32_t startMs = 0;               ///< milliseconds() at ticks 0
-    std::int64_t ticks = 0;                  ///< of 100 ns; the counter
-    std::int64_t ticksPerYield = 1'000;      ///< what a sleep of 0 takes
+    std::uint32_t startMs = 0;                ///< milliseconds() at ticks 0
+    std::int64_t ticks = 0;                   ///< of 100 ns; the counter
+    std::int64_t ticksPerYield = 1'000;       ///< what a sleep of 0 takes
     std::int64_t ticksPerMillisecondRead = 0; ///< moves on after each read of the milliseconds
-    std::vector<std::uint32_t> sleeps;       ///< every sleep that was asked for
+    std::vector<std::uint32_t> sleeps;        ///< every sleep that was asked for
     os::LocalTime wallClock{9, 5, 7, 42};
 };
 

@@ -1,0 +1,10 @@
+# The umbrella header includes every public header of the library: says which one it lacks.
+get_target_property(headers qelSystem HEADER_SET)
+file(READ ${PROJECT_SOURCE_DIR}/System/qelSystem.h umbrella)
+foreach(header IN LISTS headers)
+    file(RELATIVE_PATH name ${PROJECT_SOURCE_DIR} ${header})
+    string(FIND "${umbrella}" "#include \"${name}\"" at)
+    if(at EQUAL -1 AND NOT name STREQUAL "System/qelSystem.h")
+        message(SEND_ERROR "System/qelSystem.h does not include ${name}")
+    endif()
+endforeach()
