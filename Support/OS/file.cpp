@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 
@@ -79,19 +80,14 @@ bool replaceFile(char const *path, void const *data, std::size_t size)
         return writeInPlace(target, bytes, size);
     }
 
-    std::string aside = target + ".XXXXXX";
-    int const handle = mkstemp(aside.data());
+    static std::atomic<unsigned> count{0};
+    std::string const aside = target + '.' + std::to_string(getpid()) + '.' + std::to_string(count++);
+    int const handle = ::open(aside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, exists ? 0600 : 0666);
     if (handle < 0) {
         return writeInPlace(target, bytes, size);
     }
-    mode_t mode = before.st_mode & 07777;
-    if (!exists) {
-        mode_t const mask = umask(0);
-        umask(mask);
-        mode = 0666 & ~mask;
-    }
-    bool const kept = fchmod(handle, mode) == 0 &&
-                      (!exists || geteuid() != 0 || fchown(handle, before.st_uid, before.st_gid) == 0);
+    bool const kept = !exists || ((geteuid() != 0 || fchown(handle, before.st_uid, before.st_gid) == 0) &&
+                                  fchmod(handle, before.st_mode & 07777) == 0);
     bool const whole = writeAll(handle, bytes, size);
     if (::close(handle) == 0 && whole && kept && std::rename(aside.c_str(), target.c_str()) == 0) {
         return true;
