@@ -64,8 +64,14 @@ public:
     }
 
     float sumXyz() const { return m_lane[0] + m_lane[1] + m_lane[2]; } ///< (x + y) + z
-    PlainLanes yzxw() const { return {m_lane[1], m_lane[2], m_lane[0], m_lane[3]}; }
-    PlainLanes zxyw() const { return {m_lane[2], m_lane[0], m_lane[1], m_lane[3]}; }
+    /// The lanes 0, 1 and 2 of four rows, each in a vector of its own.
+    static void transposeXyz(PlainLanes a, PlainLanes b, PlainLanes c, PlainLanes d, PlainLanes &x,
+                             PlainLanes &y, PlainLanes &z)
+    {
+        x = {a.m_lane[0], b.m_lane[0], c.m_lane[0], d.m_lane[0]};
+        y = {a.m_lane[1], b.m_lane[1], c.m_lane[1], d.m_lane[1]};
+        z = {a.m_lane[2], b.m_lane[2], c.m_lane[2], d.m_lane[2]};
+    }
 
     /// One bit for each lane, lane 0 lowest.
     class Mask {
@@ -154,15 +160,25 @@ public:
     template <int lane>
     SseLanes splat() const
     {
-        return shuffled<_MM_SHUFFLE(lane, lane, lane, lane)>();
+        // The integer form keeps its source, which spares a copy.
+        return SseLanes(_mm_castsi128_ps(_mm_shuffle_epi32(_mm_castps_si128(m_lanes), lane * 0x55)));
     }
 
     float sumXyz() const
     {
         return _mm_cvtss_f32(_mm_add_ss(_mm_add_ss(m_lanes, splat<1>().m_lanes), splat<2>().m_lanes));
     }
-    SseLanes yzxw() const { return shuffled<_MM_SHUFFLE(3, 0, 2, 1)>(); }
-    SseLanes zxyw() const { return shuffled<_MM_SHUFFLE(3, 1, 0, 2)>(); }
+    static void transposeXyz(SseLanes a, SseLanes b, SseLanes c, SseLanes d, SseLanes &x, SseLanes &y,
+                             SseLanes &z)
+    {
+        __m128 const xyAb = _mm_unpacklo_ps(a.m_lanes, b.m_lanes);
+        __m128 const xyCd = _mm_unpacklo_ps(c.m_lanes, d.m_lanes);
+        __m128 const zwAb = _mm_unpackhi_ps(a.m_lanes, b.m_lanes);
+        __m128 const zwCd = _mm_unpackhi_ps(c.m_lanes, d.m_lanes);
+        x = SseLanes(_mm_movelh_ps(xyAb, xyCd));
+        y = SseLanes(_mm_movehl_ps(xyCd, xyAb));
+        z = SseLanes(_mm_movelh_ps(zwAb, zwCd));
+    }
 
     class Mask {
     public:
@@ -185,13 +201,6 @@ public:
     Mask notLessEqual(SseLanes b) const { return Mask(_mm_cmpnle_ps(m_lanes, b.m_lanes)); }
 
 private:
-    template <int order>
-    SseLanes shuffled() const
-    {
-        // The integer form keeps its source, which spares a copy.
-        return SseLanes(_mm_castsi128_ps(_mm_shuffle_epi32(_mm_castps_si128(m_lanes), order)));
-    }
-
     __m128 m_lanes;
 };
 

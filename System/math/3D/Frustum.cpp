@@ -69,7 +69,15 @@ bool Frustum::intersects(cBoundingSphere const &sphere) const
 
 bool Frustum::intersects(cBoundingBoxAA const &box) const
 {
-    return getSide(box) != PLANE_NEGATIVE;
+    for (unsigned i = 0, count = getActiveCount(); i < count; ++i) {
+        D3DXPLANE const &plane = getPlane(i);
+        D3DXVECTOR3 const farthest(plane.a >= 0 ? box.max.x : box.min.x, plane.b >= 0 ? box.max.y : box.min.y,
+                                   plane.c >= 0 ? box.max.z : box.min.z);
+        if (D3DXPlaneDotCoord(&plane, &farthest) < 0) {
+            return false;
+        }
+    }
+    return true;
 }
 
 PlaneSide Frustum::getSide(cBoundingBoxAA const &box) const
