@@ -159,7 +159,7 @@ TEST(FFT, ServesSeveralThreadsFromTheStart)
         thread.join();
     }
     Signal<double> expected(in.size());
-    plainly(in.size(), false, in.data(), nullptr, expected);
+    plainly(in.size(), false, in.data(), static_cast<double const *>(nullptr), expected);
     for (Signal<double> const &out : outs) {
         EXPECT_EQ(out, expected);
     }

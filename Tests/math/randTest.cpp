@@ -86,7 +86,7 @@ TEST(MersenneTwister, ManyAtOnceAreTheSingleDrawsAtEveryLevel)
         ASSERT_TRUE(setKernelLevel(static_cast<eKernelLevel>(level)));
         cMersenneTwister one(99);
         cMersenneTwister many(99);
-        for (std::size_t const count : {0, 1, 3, 620, 1, 17, 2000, 624, 5}) {
+        for (std::size_t const count : {0U, 1U, 3U, 620U, 1U, 17U, 2000U, 624U, 5U}) {
             std::vector<std::uint32_t> values(count);
             std::vector<float> floats(count);
             many.Random(values.data(), count);

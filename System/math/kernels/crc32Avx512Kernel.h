@@ -115,7 +115,7 @@ constexpr NameSlides nameSlides = [] {
 // away from the bounds of its page.
 constexpr std::size_t nameTooLong = 64;
 
-[[gnu::no_sanitize("address", "thread")]] inline std::size_t nameLength(char const *text)
+__attribute__((no_sanitize("address", "thread"))) inline std::size_t nameLength(char const *text)
 {
     auto const inPage = reinterpret_cast<std::uintptr_t>(text) & 4095U;
     if (inPage - 64 > 4096 - 2 * 64) [[unlikely]] {
@@ -125,7 +125,7 @@ constexpr std::size_t nameTooLong = 64;
     return static_cast<std::size_t>(_tzcnt_u64(_mm512_testn_epi8_mask(bytes, bytes)));
 }
 
-[[gnu::no_sanitize("address", "thread")]] inline __m512i nameEnd(char const *text, std::size_t length)
+__attribute__((no_sanitize("address", "thread"))) inline __m512i nameEnd(char const *text, std::size_t length)
 {
     return _mm512_loadu_si512(text + length - 64);
 }
