@@ -1,5 +1,7 @@
 #include "System/math/splineCR.h"
 
+#include "System/math/lanes.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -128,12 +130,17 @@ D3DXVECTOR3 cSplineCR::interpolate(unsigned int index, float t) const
 D3DXVECTOR3 cSplineCR::interpolate(D3DXVECTOR3 const &p0, D3DXVECTOR3 const &t0, D3DXVECTOR3 const &p1,
                                    D3DXVECTOR3 const &t1, float t)
 {
-    D3DXMATRIX const basis = getCoeffMatrix();
-    D3DXMATRIX const rows(p0.x, p0.y, p0.z, 1, p1.x, p1.y, p1.z, 1, t0.x, t0.y, t0.z, 1, t1.x, t1.y, t1.z, 1);
-    D3DXVECTOR4 position(t * t * t, t * t, t, 1);
-    D3DXVec4Transform(&position, &position, &basis);
-    D3DXVec4Transform(&position, &position, &rows);
-    return {position.x, position.y, position.z};
+    // D3DXVec4Transform() twice, by the basis and by the four rows: the same sums in the same order.
+    Lanes const powers = Lanes::all(t * t * t) * Lanes::load(mCoeffs[0]) +
+                         Lanes::all(t * t) * Lanes::load(mCoeffs[1]) +
+                         Lanes::all(t) * Lanes::load(mCoeffs[2]) + Lanes::load(mCoeffs[3]);
+    float weights[4];
+    powers.store(weights);
+    Lanes const position = Lanes::all(weights[0]) * lanesOf(p0, 1) + Lanes::all(weights[1]) * lanesOf(p1, 1) +
+                           Lanes::all(weights[2]) * lanesOf(t0, 1) + Lanes::all(weights[3]) * lanesOf(t1, 1);
+    float out[4];
+    position.store(out);
+    return out;
 }
 
 D3DXVECTOR3 cSplineCR::getTangentVector(float t) const

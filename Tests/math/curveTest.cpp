@@ -227,6 +227,24 @@ TEST(SplineCR, GoesThroughItsPointsAlongTheHermiteCurve)
     EXPECT_EQ(spline.approximateLength(0), 0);
 }
 
+TEST(SplineCR, SegmentsAreTwoTransformsToTheBit)
+{
+    cMersenneTwister twister(8);
+    D3DXMATRIX const basis = cSplineCR::getCoeffMatrix();
+    for (int i = 0; i < 1000; ++i) {
+        float f[13];
+        twister.Random01(f, 13);
+        float const t = f[12];
+        D3DXMATRIX const rows(f[0], f[1], f[2], 1, f[3], f[4], f[5], 1, f[6], f[7], f[8], 1, f[9], f[10],
+                              f[11], 1);
+        D3DXVECTOR4 expected(t * t * t, t * t, t, 1);
+        D3DXVec4Transform(&expected, &expected, &basis);
+        D3DXVec4Transform(&expected, &expected, &rows);
+        ASSERT_EQ(cSplineCR::interpolate(f, f + 6, f + 3, f + 9, t),
+                  D3DXVECTOR3(expected.x, expected.y, expected.z));
+    }
+}
+
 TEST(SplineCR, TangentsAreHalfDifferencesOneSidedAtOpenEnds)
 {
     cSplineCR spline;

@@ -194,12 +194,12 @@ TEST(MD5, CountsBitsBeyondThirtyTwo)
 {
     std::vector<unsigned char> const zeros(1U << 20U);
     cMD5 md5;
-    for (int i = 0; i < 520; ++i) {
+    for (int i = 0; i < 513; ++i) {
         md5.update(zeros.data(), 1U << 20U);
     }
     MD5Hash hash;
     md5.final(hash);
-    EXPECT_EQ(text(hash), "98ee392970a62f23c35af7b74f0719cd");
+    EXPECT_EQ(text(hash), "f3a8799d64129a6fd8a5aa56f199ac54");
 }
 
 } // namespace
