@@ -106,7 +106,7 @@ void BM_Rand_drawMany(benchmark::State &state)
     std::vector<std::uint32_t> out(draws);
     cMersenneTwister twister;
     for (auto _ : state) {
-        twister.Random(out.data(), out.size());
+        twister.fill(out.data(), out.size());
         benchmark::ClobberMemory();
     }
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(draws));
@@ -177,7 +177,7 @@ void BM_Rand_floatMany(benchmark::State &state)
     std::vector<float> out(draws);
     cMersenneTwister twister;
     for (auto _ : state) {
-        twister.Random01(out.data(), out.size());
+        twister.fill01(out.data(), out.size());
         benchmark::ClobberMemory();
     }
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(draws));

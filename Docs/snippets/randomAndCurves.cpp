@@ -20,7 +20,7 @@ int main()
     float const spread = cRand::random(-0.5F, 0.5F);
     cMersenneTwister replay(7);
     std::vector<float> gusts(10000);
-    replay.Random01(gusts.data(), gusts.size()); // the next 10000 values of Random01() at once
+    replay.fill01(gusts.data(), gusts.size()); // the next 10000 values of Random01() at once
     std::vector<char> saved(static_cast<std::size_t>(cMersenneTwister::MemorySaveSize()));
     replay.MemorySave(saved.data()); // MemoryLoad() goes on from here
 

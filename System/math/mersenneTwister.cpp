@@ -59,12 +59,12 @@ void cMersenneTwister::draw(T *values, std::size_t count,
     }
 }
 
-void cMersenneTwister::Random(unsigned int *values, std::size_t count)
+void cMersenneTwister::fill(unsigned int *values, std::size_t count)
 {
     draw(values, count, kernels->temperTwister);
 }
 
-void cMersenneTwister::Random01(float *values, std::size_t count)
+void cMersenneTwister::fill01(float *values, std::size_t count)
 {
     draw(values, count, kernels->temperTwister01);
 }

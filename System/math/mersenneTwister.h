@@ -12,6 +12,7 @@ namespace Qel {
 ///
 /// A draw costs a few instructions in the caller's loop; every 624th draw steps the whole state in vectors,
 /// and many values at once are tempered in vectors too.
+///
 /// The recurrence and the tempering are those of M. Matsumoto and T. Nishimura, "Mersenne Twister: A
 /// 623-dimensionally equidistributed uniform pseudo-random number generator", 1998. The seeding fills the
 /// state with powers of 69069 times the seed, and sets the seed's lowest bit.
@@ -73,11 +74,11 @@ public:
 
     /// The next @p count values at once: those of as many single draws, several times as fast.
     /// @param values  room for @p count values
-    void Random(unsigned int *values, std::size_t count);
+    void fill(unsigned int *values, std::size_t count);
 
     /// The next @p count values as Random01() gives them.
     /// @param values  room for @p count values
-    void Random01(float *values, std::size_t count);
+    void fill01(float *values, std::size_t count);
 
     /// An integer from @p a to @p b, both included. Draws one value.
     /// @param b  not below @p a, and the range is narrower than 2^32; otherwise the result is @p a

@@ -26,8 +26,8 @@ public:
 
     /// The next @p count values of random() or of random01() at once, several times as fast.
     /// @param values  room for @p count values
-    static void random(unsigned int *values, std::size_t count) { mt.Random(values, count); }
-    static void random01(float *values, std::size_t count) { mt.Random01(values, count); }
+    static void fill(unsigned int *values, std::size_t count) { mt.fill(values, count); }
+    static void fill01(float *values, std::size_t count) { mt.fill01(values, count); }
 
     static bool randomSign() { return (mt.Random() & 1U) != 0; } ///< true half of the time
 

@@ -233,7 +233,7 @@ TEST(SplineCR, SegmentsAreTwoTransformsToTheBit)
     D3DXMATRIX const basis = cSplineCR::getCoeffMatrix();
     for (int i = 0; i < 1000; ++i) {
         float f[13];
-        twister.Random01(f, 13);
+        twister.fill01(f, 13);
         float const t = f[12];
         D3DXMATRIX const rows(f[0], f[1], f[2], 1, f[3], f[4], f[5], 1, f[6], f[7], f[8], 1, f[9], f[10],
                               f[11], 1);

@@ -89,8 +89,8 @@ TEST(MersenneTwister, ManyAtOnceAreTheSingleDrawsAtEveryLevel)
         for (std::size_t const count : {0U, 1U, 3U, 620U, 1U, 17U, 2000U, 624U, 5U}) {
             std::vector<std::uint32_t> values(count);
             std::vector<float> floats(count);
-            many.Random(values.data(), count);
-            many.Random01(floats.data(), count);
+            many.fill(values.data(), count);
+            many.fill01(floats.data(), count);
             for (std::uint32_t const value : values) {
                 ASSERT_EQ(value, one.Random());
             }
@@ -142,7 +142,7 @@ TEST(MersenneTwister, AnImageThatLiesNeverLeadsOutOfTheState)
                 twister.Random();
             }
             std::vector<unsigned int> values(700);
-            fromImage(image).Random(values.data(), values.size());
+            fromImage(image).fill(values.data(), values.size());
         }
     }
     // Less than nothing left means a generator that was never seeded.
@@ -190,7 +190,7 @@ TEST(MersenneTwister, TheHighestFloatIsBelowOne)
     image[2 + 623] = word;
     cMersenneTwister twister = fromImage(image);
     float many = 0;
-    cMersenneTwister(twister).Random01(&many, 1);
+    cMersenneTwister(twister).fill01(&many, 1);
     EXPECT_EQ(cMersenneTwister(twister).Random(), 0xFFFFFFFFU);
     EXPECT_EQ(std::bit_cast<std::uint32_t>(twister.Random01()), 0x3F7FFFFFU);
     EXPECT_EQ(std::bit_cast<std::uint32_t>(many), 0x3F7FFFFFU);
