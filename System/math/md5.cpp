@@ -13,7 +13,7 @@ struct Words {
     std::uint32_t a, b, c, d;
 };
 
-std::uint32_t word(unsigned char const *block, unsigned index)
+std::uint32_t word(unsigned char const *block, std::size_t index)
 {
     std::uint32_t value;
     std::memcpy(&value, block + 4 * index, sizeof value);

@@ -22,9 +22,11 @@ cMersenneTwister::cMersenneTwister(cMersenneTwister const &other)
 
 cMersenneTwister &cMersenneTwister::operator=(cMersenneTwister const &other)
 {
-    std::memmove(state, other.state, sizeof state);
-    next = state + (other.next - other.state);
-    left = other.left;
+    if (this != &other) {
+        std::memcpy(state, other.state, sizeof state);
+        next = state + (other.next - other.state);
+        left = other.left;
+    }
     return *this;
 }
 

@@ -21,10 +21,12 @@ inline __m512i crc32LoadWide(unsigned char const *data)
     return _mm512_loadu_si512(data);
 }
 
-// The bytes that the mask names. Bytes outside it are not touched, in whatever page they lie.
+// The bytes that the mask names. Bytes outside it are not touched, in whatever page they lie; an address and
+// not a pointer, since it may lie before the data.
 inline __m512i crc32LoadMasked(std::uint64_t mask, std::uintptr_t address)
 {
-    return _mm512_maskz_loadu_epi8(mask, reinterpret_cast<void const *>(address));
+    void const *const from = reinterpret_cast<void const *>(address); // NOLINT(performance-no-int-to-ptr)
+    return _mm512_maskz_loadu_epi8(mask, from);
 }
 
 // Every eight bytes are carried to the end by a power of their own, all at once.

@@ -232,7 +232,7 @@ template <unsigned... Lane>
 inline void fftMerge(FftVec *rows, FftLaneList<Lane...>)
 {
     FftVec out[fftLanes];
-    for (unsigned i = 0; i < fftLanes / 2; ++i) {
+    for (std::size_t i = 0; i < fftLanes / 2; ++i) {
         out[2 * i] =
             __builtin_shufflevector(rows[i], rows[i + fftLanes / 2], (Lane / 2 + (Lane % 2) * fftLanes)...);
         out[2 * i + 1] = __builtin_shufflevector(rows[i], rows[i + fftLanes / 2],
