@@ -1,4 +1,5 @@
 // Printed by mathNumbersReference.py.
+// clang-format off
 #pragma once
 
 #include <cstdint>

@@ -74,6 +74,7 @@ def msvc(state, count):
 
 
 print("// Printed by mathNumbersReference.py.")
+print("// clang-format off")
 print("#pragma once\n")
 print("#include <cstdint>\n")
 print("namespace Qel::reference {\n")
