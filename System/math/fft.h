@@ -7,10 +7,10 @@ namespace Qel {
 /// Radix-2 Fourier transforms of complex samples, real and imaginary parts in arrays of their own.
 ///
 /// The forward transform is the sum of x[n] e^(+2 pi i k n / N) and does not scale; the inverse has the minus
-/// in its exponent and divides by N, so that one after the other gives back the input up to rounding. Programs
-/// that put the minus into the forward transform find the bin k here at N - k. The angles come from a recurrence of three terms that starts
-/// anew in every block, from 2 pi rounded to single precision: forward and inverse agree to about 1e-6 with
-/// the exact transforms.
+/// in its exponent and divides by N, so that one after the other gives back the input up to rounding.
+/// Programs that put the minus into the forward transform find the bin k here at N - k. The angles come from
+/// a recurrence of three terms that starts anew in every block, from 2 pi rounded to single precision:
+/// forward and inverse agree to about 1e-6 with the exact transforms.
 ///
 /// @par Threads  May be called on several threads at once, on different outputs.
 class QEL_API cFFT {
