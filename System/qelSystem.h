@@ -3,8 +3,8 @@
 /// Everything that the library offers. A source that uses little of it includes that alone.
 
 #include "Support/D3DX/d3dx9math.h"
-#include "Support/OS/affinity.h"
 #include "Support/D3DX/d3dx9matrix.inl.h"
+#include "Support/OS/affinity.h"
 #include "Support/OS/clock.h"
 #include "Support/OS/debug.h"
 #include "Support/OS/file.h"
