@@ -110,6 +110,9 @@ TEST(DirectoryMonitor, TellsWhatHappensToFiles)
     EXPECT_EQ(takeUpTo("watched/end"),
               (std::vector<std::string>{"added long name.txt", "modified long name.txt", "old long name.txt",
                                         "new b", "removed b", "added c", "modified c", "removed c"}));
+
+    fs::rename("watched/end", "outside"); // and nothing comes behind it
+    EXPECT_TRUE(test::waitUntil([] { return os::sleepAlertable(20), Changes::has("removed end"); }));
 }
 
 TEST(DirectoryMonitor, ARecursiveWatchFollowsFolders)

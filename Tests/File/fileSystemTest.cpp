@@ -7,11 +7,13 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <csignal>
 #include <ctime>
 #include <filesystem>
 #include <string>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -247,6 +249,27 @@ TEST(FileSystem, CopiesMovesAndDeletes)
     EXPECT_FALSE(FileSystem::deleteFile("moved"));
     EXPECT_TRUE(FileSystem::deleteFile("link"));
     EXPECT_TRUE(FileSystem::fileExist("b"));
+}
+
+// As on a full disk.
+TEST(FileSystem, ACopyThatDoesNotFitLeavesEverythingAsItWas)
+{
+    test::TempFolder const folder;
+    test::writeFile("large", std::string(100'000, 'x'));
+    test::writeFile("old", "old");
+    auto *const handler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    rlimit const small{50'000, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    bool const asNew = FileSystem::copyFile("large", "new", true);
+    bool const over = FileSystem::copyFile("large", "old", false);
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_FALSE(asNew);
+    EXPECT_FALSE(over);
+    EXPECT_EQ(test::readFile("old"), "old");
+    EXPECT_EQ(filesOf("*.*", "*"), (StringVector{"large", "old"}));
 }
 
 TEST(FileSystem, MovesFilesBetweenDisks)
