@@ -2,7 +2,9 @@
 #include "System/Thread/threadTask.h"
 #include "System/Thread/threaded.h"
 
+#include <chrono>
 #include <cstdio>
+#include <thread>
 #include <vector>
 
 using namespace Qel;
@@ -33,6 +35,7 @@ private:
 int main()
 {
     tThreaded<Collector> collector; // its thread begins here, with everything built
-    collector.waitThreadFinish();   // or let the object go: that stops the thread first
+    std::this_thread::sleep_for(std::chrono::milliseconds(50)); // frames would run here
     std::printf("%zu readings\n", collector.count());
+    // The object goes, and its thread stops first. waitThreadFinish() would stop it earlier.
 }

@@ -49,7 +49,7 @@ TEST(ThreadTask, AStopWakesTheSleeperAndNoStepFollows)
             ++steps;
             return true;
         },
-        60'000);
+        60'000u);
     ASSERT_TRUE(test::waitUntil([&] { return steps == 1; }));
     auto const start = std::chrono::steady_clock::now();
     task.waitThreadFinish();
