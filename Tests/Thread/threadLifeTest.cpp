@@ -170,6 +170,8 @@ TEST(Threaded, WakesAStepThatBlocksBeforeItWaitsForIt)
         cSignal m_signal;
     };
     tThreaded<Blocking> const blocking;
+    std::unique_ptr<ThreadTask> const onTheHeap = std::make_unique<tThreaded<Blocking>>();
+    std::unique_ptr<ThreadTask> const orNothing(new (std::nothrow) tThreaded<Blocking>);
     test::pause(5);
 }
 
@@ -232,6 +234,7 @@ TEST(ThreadTask, DeleteGivesBackObjectsOfAnyLayout)
     };
     std::unique_ptr<ThreadTask> second = std::make_unique<Second>();
     std::unique_ptr<ThreadTask> aligned = std::make_unique<Aligned>();
+    std::unique_ptr<ThreadTask> alignedAndThreaded = std::make_unique<tThreaded<Aligned>>();
     std::unique_ptr<Other> throughTheOther = std::make_unique<Second>();
 }
 
