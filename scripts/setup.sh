@@ -5,11 +5,12 @@ set -euo pipefail
 packages=(
     g++ cmake ninja-build pkg-config          # build
     clang-format-14                           # formatting check
-    libcli11-dev                              # command lines of hosts and tools
+    libcli11-dev libedit-dev                  # command lines of hosts and tools, the host's console
     clang-14 libclang-rt-14-dev               # fuzzers
     libgtest-dev                              # tests
     libbenchmark-dev                          # benchmarks, and the peers in them:
     libgoogle-perftools-dev libmimalloc-dev libspdlog-dev libtbb-dev
+    libfftw3-dev libkissfft-dev libstb-dev libdeflate-dev libssl-dev
 )
 
 missing=()
