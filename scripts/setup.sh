@@ -9,6 +9,7 @@ packages=(
     libgtest-dev                              # tests
     libbenchmark-dev                          # benchmarks, and the peers in them:
     libgoogle-perftools-dev libmimalloc-dev libspdlog-dev
+    libbullet-dev libeigen3-dev libglm-dev
 )
 
 missing=()
