@@ -70,16 +70,3 @@ inline int D3DXMATRIX::operator==(D3DXMATRIX const &other) const
     }
     return 1;
 }
-
-inline D3DXMATRIX *D3DXMatrixMultiply(D3DXMATRIX *out, D3DXMATRIX const *a, D3DXMATRIX const *b)
-{
-    D3DXMATRIX product;
-    for (unsigned row = 0; row < 4; ++row) {
-        for (unsigned column = 0; column < 4; ++column) {
-            product.m[row][column] = a->m[row][0] * b->m[0][column] + a->m[row][1] * b->m[1][column] +
-                                     a->m[row][2] * b->m[2][column] + a->m[row][3] * b->m[3][column];
-        }
-    }
-    *out = product;
-    return out;
-}

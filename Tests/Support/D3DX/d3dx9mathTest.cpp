@@ -268,4 +268,47 @@ TEST(D3dxPlanes, FollowPointsThroughTheInverseTranspose)
     }
 }
 
+TEST(D3dxWidths, AllGiveTheSameBits)
+{
+    std::mt19937 random(13);
+    unsigned const before = d3dxWidth();
+    EXPECT_FALSE(d3dxSetWidth(100));
+    constexpr unsigned n = 23;
+    std::vector<D3DXMATRIX> matrices;
+    for (unsigned i = 0; i < n; ++i) {
+        matrices.push_back(randomMatrix(random));
+    }
+    matrices[3] *= 1e38f;
+    matrices[4] *= 1e-40f;
+    std::vector<D3DXMATRIX> expected(n);
+    std::vector<float> points(n * 7), expectedPoints(n * 9);
+    for (float &f : points) {
+        f = matrices[1][static_cast<unsigned>(&f - points.data()) % 16] * 3;
+    }
+    for (unsigned const bits : {128u, 256u, 512u}) {
+        if (!d3dxSetWidth(bits)) {
+            continue;
+        }
+        SCOPED_TRACE(bits);
+        EXPECT_EQ(d3dxWidth(), bits);
+        std::vector<D3DXMATRIX> products(n);
+        for (unsigned i = 0; i < n; ++i) {
+            D3DXMatrixMultiply(&products[i], &matrices[i], &matrices[n - 1 - i]);
+        }
+        std::vector<float> results(n * 9);
+        for (unsigned const outStride : {16u, 36u}) {
+            D3DXVec3TransformArray(reinterpret_cast<D3DXVECTOR4 *>(results.data()), outStride,
+                                   reinterpret_cast<D3DXVECTOR3 const *>(points.data()),
+                                   outStride == 16 ? 12 : 28, matrices.data(), n);
+        }
+        if (bits == 128) {
+            expected = products;
+            expectedPoints = results;
+        }
+        EXPECT_EQ(std::memcmp(products.data(), expected.data(), n * sizeof(D3DXMATRIX)), 0);
+        EXPECT_EQ(std::memcmp(results.data(), expectedPoints.data(), n * 9 * sizeof(float)), 0);
+    }
+    d3dxSetWidth(before);
+}
+
 } // namespace
