@@ -11,12 +11,13 @@
 #include <cstdlib>
 #include <new>
 
-// Counts what the whole program takes from the global allocator, the library included.
+// Counts what the whole program takes from the global allocator, the library included. Not inline, or the
+// compiler takes the pair apart and finds malloc beside delete.
 namespace {
 std::atomic<std::size_t> allocations{0};
 }
 
-void *operator new(std::size_t size)
+__attribute__((noinline)) void *operator new(std::size_t size)
 {
     ++allocations;
     if (void *const block = std::malloc(size)) {
@@ -25,12 +26,18 @@ void *operator new(std::size_t size)
     throw std::bad_alloc();
 }
 
-void operator delete(void *block) noexcept
+__attribute__((noinline)) void *operator new(std::size_t size, std::nothrow_t const &) noexcept
+{
+    ++allocations;
+    return std::malloc(size);
+}
+
+__attribute__((noinline)) void operator delete(void *block) noexcept
 {
     std::free(block);
 }
 
-void operator delete(void *block, std::size_t) noexcept
+__attribute__((noinline)) void operator delete(void *block, std::size_t) noexcept
 {
     std::free(block);
 }
