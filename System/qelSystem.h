@@ -3,7 +3,6 @@
 /// Everything that the library offers. A source that uses little of it includes that alone.
 
 #include "Support/D3DX/d3dx9math.h"
-#include "Support/D3DX/d3dx9matrix.inl.h"
 #include "Support/OS/clock.h"
 #include "Support/OS/debug.h"
 #include "Support/OS/file.h"
@@ -90,7 +89,6 @@
 #include "System/math/3D/boxBatch.h"
 #include "System/math/3D/boxRay.h"
 #include "System/math/3D/intersection.h"
-#include "System/math/3D/mathBox.inl.h"
 #include "System/math/3D/obb.h"
 #include "System/math/3D/polygonObject.h"
 #include "System/math/3D/ray.h"

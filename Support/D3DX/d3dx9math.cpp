@@ -109,8 +109,12 @@ namespace {
 
 float *D3DXFloat16To32Array(float *out, D3DXFLOAT16 const *in, unsigned n)
 {
-    for (unsigned i = 0; i < n; ++i) {
-        out[i] = widened(in[i].value);
+    // From the end, so that the floats may take the halves' own place.
+    auto const *const halves = reinterpret_cast<std::byte const *>(in);
+    for (std::size_t i = n; i-- > 0;) {
+        std::uint16_t half;
+        std::memcpy(&half, halves + i * sizeof half, sizeof half);
+        out[i] = widened(half);
     }
     return out;
 }
