@@ -5,7 +5,7 @@ set -euo pipefail
 packages=(
     g++ cmake ninja-build pkg-config          # build
     clang-format-14                           # formatting check
-    libcli11-dev                              # command lines of hosts and tools
+    libcli11-dev libedit-dev                  # command lines of hosts and tools, the host's console
     clang-14 libclang-rt-14-dev               # fuzzers
     libgtest-dev                              # tests
     libbenchmark-dev                          # benchmarks, and the peers in them:

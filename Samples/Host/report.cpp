@@ -1,5 +1,7 @@
 #include "report.h"
 
+#include "settings.h"
+
 #include "System/System/plugin.h"
 #include "System/Time/timer.h"
 
@@ -41,8 +43,8 @@ void printReport(Options const &options, Qel::Root &root, FrameClock const &cloc
     }
 
     FrameTimes const times = clock.times();
-    std::printf("frames        %u of %u, %" PRIu64 " idle events, limit %u a second\n", clock.frames(),
-                options.frames, clock.idleEvents(), options.fps);
+    std::printf("frames        %d of %d, %" PRIu64 " idle events, limit %d a second\n", clock.frames(),
+                settings::frames.get(), clock.idleEvents(), settings::fps.get());
     std::printf("frame times   min %.3f ms, mean %.3f ms, 95th %.3f ms, max %.3f ms\n", times.shortest,
                 times.mean, times.percentile95, times.longest);
     std::printf("rate          %.1f a second over %.2f s\n", times.mean > 0.0 ? 1000.0 / times.mean : 0.0,
