@@ -84,6 +84,15 @@ TEST(D3dxFloat16, WidensToTheSameValue)
         EXPECT_EQ(wide, row.value);
         EXPECT_EQ(std::signbit(wide), std::signbit(row.value));
     }
+    // Over their own place, as a converter of a whole buffer does it.
+    alignas(float) D3DXFLOAT16 both[6] = {{0x3C00}, {0xC000}, {0x4248}};
+    auto *const widened = reinterpret_cast<float *>(both);
+    D3DXFloat16To32Array(widened, both, 3);
+    float values[3];
+    std::memcpy(values, both, sizeof values);
+    EXPECT_EQ(values[0], 1.0f);
+    EXPECT_EQ(values[1], -2.0f);
+    EXPECT_EQ(values[2], 3.140625f);
     D3DXFLOAT16 const nan{0x7E01};
     float wide;
     EXPECT_TRUE(std::isnan(*D3DXFloat16To32Array(&wide, &nan, 1)));
