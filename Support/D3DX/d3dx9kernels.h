@@ -9,15 +9,15 @@ struct D3DXMATRIX;
 
 /// One level.
 struct D3dxKernels {
-    /// @p out may be @p a or @p b. Gives @p out, so that a call can end in this one.
-    D3DXMATRIX *(*multiply)(D3DXMATRIX *out, D3DXMATRIX const *a, D3DXMATRIX const *b);
+    /// @p out may be @p a or @p b.
+    void (*multiply)(D3DXMATRIX *out, D3DXMATRIX const *a, D3DXMATRIX const *b);
     /// Points of three floats to results of four, strides in floats. @p out may be @p in where the result's
     /// stride is no larger than the point's.
     void (*transform)(float *out, std::size_t outStride, float const *in, std::size_t inStride,
                       float const *matrix, std::size_t count);
 };
 
-D3DXMATRIX *d3dxMultiplyBase(D3DXMATRIX *out, D3DXMATRIX const *a, D3DXMATRIX const *b);
+void d3dxMultiplyBase(D3DXMATRIX *out, D3DXMATRIX const *a, D3DXMATRIX const *b);
 extern D3dxKernels const d3dxKernelsBase;
 #if defined(__x86_64__)
 extern D3dxKernels const d3dxKernelsAvx2;

@@ -19,7 +19,7 @@ __m256 rowsTimes(__m256 rows, __m256 const *m)
     return _mm256_add_ps(_mm256_add_ps(_mm256_add_ps(x, y), z), w);
 }
 
-D3DXMATRIX *multiply(D3DXMATRIX *out, D3DXMATRIX const *left, D3DXMATRIX const *right)
+void multiply(D3DXMATRIX *out, D3DXMATRIX const *left, D3DXMATRIX const *right)
 {
     auto const *const a = reinterpret_cast<float const *>(left);
     auto const *const b = reinterpret_cast<float const *>(right);
@@ -29,7 +29,6 @@ D3DXMATRIX *multiply(D3DXMATRIX *out, D3DXMATRIX const *left, D3DXMATRIX const *
     auto *const product = reinterpret_cast<float *>(out);
     _mm256_storeu_ps(product, upper);
     _mm256_storeu_ps(product + 8, lower);
-    return out;
 }
 
 void transform(float *out, std::size_t outStride, float const *in, std::size_t inStride, float const *matrix,

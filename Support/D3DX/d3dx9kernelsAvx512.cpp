@@ -9,7 +9,8 @@ __m512 fourTimes(float const *four)
     return _mm512_broadcast_f32x4(_mm_loadu_ps(four));
 }
 
-D3DXMATRIX *multiply(D3DXMATRIX *out, D3DXMATRIX const *left, D3DXMATRIX const *right)
+// Within two lines of the instruction cache: one more costs a tenth.
+[[gnu::aligned(64)]] void multiply(D3DXMATRIX *out, D3DXMATRIX const *left, D3DXMATRIX const *right)
 {
     auto const *const a = reinterpret_cast<float const *>(left);
     auto const *const b = reinterpret_cast<float const *>(right);
@@ -19,7 +20,6 @@ D3DXMATRIX *multiply(D3DXMATRIX *out, D3DXMATRIX const *left, D3DXMATRIX const *
     __m512 const z = _mm512_mul_ps(_mm512_permute_ps(rows, 0xAA), fourTimes(b + 8));
     __m512 const w = _mm512_mul_ps(_mm512_permute_ps(rows, 0xFF), fourTimes(b + 12));
     _mm512_storeu_ps(reinterpret_cast<float *>(out), _mm512_add_ps(_mm512_add_ps(_mm512_add_ps(x, y), z), w));
-    return out;
 }
 
 void transform(float *out, std::size_t outStride, float const *in, std::size_t inStride, float const *matrix,

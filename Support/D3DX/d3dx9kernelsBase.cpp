@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-D3DXMATRIX *d3dxMultiplyBase(D3DXMATRIX *out, D3DXMATRIX const *left, D3DXMATRIX const *right)
+void d3dxMultiplyBase(D3DXMATRIX *out, D3DXMATRIX const *left, D3DXMATRIX const *right)
 {
     auto const *const a = reinterpret_cast<float const *>(left);
     auto const *const b = reinterpret_cast<float const *>(right);
@@ -14,7 +14,6 @@ D3DXMATRIX *d3dxMultiplyBase(D3DXMATRIX *out, D3DXMATRIX const *left, D3DXMATRIX
         }
     }
     std::memcpy(reinterpret_cast<float *>(out), product, sizeof product);
-    return out;
 }
 
 namespace {

@@ -81,8 +81,7 @@ D3DXVECTOR4 product(float x, float y, float z, float w, D3DXMATRIX const &m)
 
 } // namespace
 
-D3DXMATRIX *(*d3dxMatrixMultiplyForm)(D3DXMATRIX *, D3DXMATRIX const *,
-                                      D3DXMATRIX const *) = d3dxMultiplyBase;
+void (*d3dxMatrixMultiplyForm)(D3DXMATRIX *, D3DXMATRIX const *, D3DXMATRIX const *) = d3dxMultiplyBase;
 
 bool d3dxSetWidth(unsigned bits)
 {

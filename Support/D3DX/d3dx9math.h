@@ -200,8 +200,7 @@ struct QEL_SHARES_STORAGE D3DXMATRIX;
 
 /// What D3DXMatrixMultiply() calls: the form that suits the processor, chosen when the library is loaded. Not
 /// for direct use.
-extern QEL_API D3DXMATRIX *(*d3dxMatrixMultiplyForm)(D3DXMATRIX *out, D3DXMATRIX const *a,
-                                                     D3DXMATRIX const *b);
+extern QEL_API void (*d3dxMatrixMultiplyForm)(D3DXMATRIX *out, D3DXMATRIX const *a, D3DXMATRIX const *b);
 
 /// For tests and measurements: how many bits D3DXMatrixMultiply() and D3DXVec3TransformArray() work on at a
 /// time. The library starts with the most that the processor has; every width gives the same bits.
@@ -213,7 +212,8 @@ QEL_API unsigned d3dxWidth(); ///< in bits
 /// The product @p a @p b: the transformation @p a, followed by @p b.
 inline D3DXMATRIX *D3DXMatrixMultiply(D3DXMATRIX *out, D3DXMATRIX const *a, D3DXMATRIX const *b)
 {
-    return d3dxMatrixMultiplyForm(out, a, b);
+    d3dxMatrixMultiplyForm(out, a, b);
+    return out;
 }
 
 /// A matrix of four rows and four columns. A translation stands in the last row.
