@@ -11,6 +11,8 @@ packages=(
     libbenchmark-dev                          # benchmarks, and the peers in them:
     libgoogle-perftools-dev libmimalloc-dev libspdlog-dev
     libbullet-dev libeigen3-dev libglm-dev
+    libgoogle-perftools-dev libmimalloc-dev libspdlog-dev libtbb-dev
+    libfftw3-dev libkissfft-dev libstb-dev libdeflate-dev libssl-dev
 )
 
 missing=()
