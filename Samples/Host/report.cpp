@@ -53,7 +53,7 @@ void printWork(Workload &workload)
     for (Qel::ProfileNode const *node = workload.profile().getRoot()->getChild(); node != nullptr;
          node = node->getSibling()) {
         std::printf("              %-22s %12d %12.3f\n", node->getName(), node->getTotalCalls(),
-                    static_cast<double>(node->getTotalTime()) * 1000.0);
+                    static_cast<double>(node->getTotalTime()));
     }
 
     std::printf("timeline      %s\n", std::filesystem::absolute(workload.profileFile()).string().c_str());
