@@ -333,7 +333,7 @@ TEST(ProcessorInfo, SamplesTheProcessLoadOnceInAPeriod)
     // 20 ms and a little of 101 ms.
     float const load = ProcessorInfo::getCPULoad(0.1f);
     EXPECT_GE(load, 19.0f);
-    EXPECT_LT(load, 90.0f);
+    EXPECT_LT(load, 190.0f); // other threads of the process count too
     EXPECT_EQ(ProcessorInfo::getCPULoad(0.1f), load);
     EXPECT_EQ(ProcessorInfo::getCPULoad(-1.0f), load);
 }
