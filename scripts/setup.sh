@@ -9,6 +9,7 @@ packages=(
     clang-14 libclang-rt-14-dev               # fuzzers
     libgtest-dev                              # tests
     libbenchmark-dev                          # benchmarks, and the peers in them:
+    libbullet-dev libeigen3-dev libglm-dev
     libgoogle-perftools-dev libmimalloc-dev libspdlog-dev libtbb-dev
     libfftw3-dev libkissfft-dev libstb-dev libdeflate-dev libssl-dev
 )
