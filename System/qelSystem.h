@@ -122,7 +122,6 @@
 #include "System/math/3D/boxBatch.h"
 #include "System/math/3D/boxRay.h"
 #include "System/math/3D/intersection.h"
-#include "System/math/3D/mathBox.inl.h"
 #include "System/math/3D/obb.h"
 #include "System/math/3D/polygonObject.h"
 #include "System/math/3D/ray.h"

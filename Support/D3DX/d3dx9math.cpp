@@ -1,10 +1,35 @@
 #include "Support/D3DX/d3dx9math.h"
 
+#include "Support/D3DX/d3dx9kernels.h"
+
 #include <bit>
 #include <cmath>
 #include <cstddef>
+#include <cstring>
 
 namespace {
+
+// Null where the processor lacks the width.
+D3dxKernels const *kernelsOf(unsigned bits)
+{
+    switch (bits) {
+    case 128:
+        return &d3dxKernelsBase;
+#if defined(__x86_64__)
+    case 256:
+        return __builtin_cpu_supports("avx2") ? &d3dxKernelsAvx2 : nullptr;
+    case 512:
+        return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") ? &d3dxKernelsAvx512
+                                                                                       : nullptr;
+#endif
+    default:
+        return nullptr;
+    }
+}
+
+// Usable before the library is loaded, and as wide as the processor after that.
+constinit D3dxKernels const *kernels = &d3dxKernelsBase;
+constinit unsigned width = 128;
 
 float widened(std::uint16_t half)
 {
@@ -56,10 +81,39 @@ D3DXVECTOR4 product(float x, float y, float z, float w, D3DXMATRIX const &m)
 
 } // namespace
 
+void (*d3dxMatrixMultiplyForm)(D3DXMATRIX *, D3DXMATRIX const *, D3DXMATRIX const *) = d3dxMultiplyBase;
+
+bool d3dxSetWidth(unsigned bits)
+{
+    D3dxKernels const *const table = kernelsOf(bits);
+    if (table == nullptr) {
+        return false;
+    }
+    kernels = table;
+    width = bits;
+    d3dxMatrixMultiplyForm = table->multiply;
+    return true;
+}
+
+unsigned d3dxWidth()
+{
+    return width;
+}
+
+namespace {
+
+[[maybe_unused]] bool const widest = d3dxSetWidth(512) || d3dxSetWidth(256);
+
+} // namespace
+
 float *D3DXFloat16To32Array(float *out, D3DXFLOAT16 const *in, unsigned n)
 {
-    for (unsigned i = 0; i < n; ++i) {
-        out[i] = widened(in[i].value);
+    // From the end, so that the floats may take the halves' own place.
+    auto const *const halves = reinterpret_cast<std::byte const *>(in);
+    for (std::size_t i = n; i-- > 0;) {
+        std::uint16_t half;
+        std::memcpy(&half, halves + i * sizeof half, sizeof half);
+        out[i] = widened(half);
     }
     return out;
 }
@@ -80,24 +134,20 @@ D3DXVECTOR3 *D3DXVec3TransformCoord(D3DXVECTOR3 *out, D3DXVECTOR3 const *v, D3DX
 D3DXVECTOR4 *D3DXVec3TransformArray(D3DXVECTOR4 *out, unsigned outStride, D3DXVECTOR3 const *v,
                                     unsigned vStride, D3DXMATRIX const *m, unsigned n)
 {
-    // A copy, since a store to out could otherwise change the matrix as far as the compiler can tell.
-    D3DXMATRIX const matrix = *m;
-    auto *const results = reinterpret_cast<std::byte *>(out);
-    auto const *const points = reinterpret_cast<std::byte const *>(v);
-    auto const one = [&](std::size_t i) {
-        D3DXVECTOR3 const &p = *reinterpret_cast<D3DXVECTOR3 const *>(points + i * vStride);
-        D3DXVECTOR4 &result = *reinterpret_cast<D3DXVECTOR4 *>(results + i * outStride);
-        result = product(p.x, p.y, p.z, 1, matrix);
-    };
-    if (results == points && outStride > vStride) {
-        // In place and growing: a result covers points that lie behind it, so the last one goes first.
-        for (std::size_t i = n; i-- > 0;) {
-            one(i);
-        }
-    } else {
-        for (std::size_t i = 0; i < n; ++i) {
-            one(i);
-        }
+    float *const results = *out;
+    float const *const points = *v;
+    std::size_t const resultFloats = outStride / sizeof(float);
+    std::size_t const pointFloats = vStride / sizeof(float);
+    D3DXMATRIX const matrix = *m; // may lie in out
+    if (results != points || outStride <= vStride) {
+        kernels->transform(results, resultFloats, points, pointFloats, matrix, n);
+        return out;
+    }
+    // In place and growing: a result covers points that lie behind it, so the last one goes first.
+    for (std::size_t i = n; i-- > 0;) {
+        D3DXVECTOR3 const p(points + i * pointFloats);
+        D3DXVECTOR4 const result = product(p.x, p.y, p.z, 1, matrix);
+        std::memcpy(results + i * resultFloats, &result, sizeof result);
     }
     return out;
 }

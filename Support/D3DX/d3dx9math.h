@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 
 // The value types of the library's geometry, and the functions over them.
 //
@@ -28,7 +29,7 @@ struct D3DXFLOAT16 {
 };
 
 /// Widens @p n halves. Exact, with denormals, infinities and NaN.
-/// @param out  @p n floats; must not overlap @p in
+/// @param out  @p n floats; may start where @p in starts
 /// @return @p out
 QEL_API float *D3DXFloat16To32Array(float *out, D3DXFLOAT16 const *in, unsigned n);
 
@@ -197,8 +198,23 @@ struct QEL_SHARES_STORAGE _D3DMATRIX {
 
 struct QEL_SHARES_STORAGE D3DXMATRIX;
 
+/// What D3DXMatrixMultiply() calls: the form that suits the processor, chosen when the library is loaded. Not
+/// for direct use.
+extern QEL_API void (*d3dxMatrixMultiplyForm)(D3DXMATRIX *out, D3DXMATRIX const *a, D3DXMATRIX const *b);
+
+/// For tests and measurements: how many bits D3DXMatrixMultiply() and D3DXVec3TransformArray() work on at a
+/// time. The library starts with the most that the processor has; every width gives the same bits.
+/// @param bits  128, 256 or 512
+/// @return false if the processor lacks the width; nothing changes then
+QEL_API bool d3dxSetWidth(unsigned bits);
+QEL_API unsigned d3dxWidth(); ///< in bits
+
 /// The product @p a @p b: the transformation @p a, followed by @p b.
-inline D3DXMATRIX *D3DXMatrixMultiply(D3DXMATRIX *out, D3DXMATRIX const *a, D3DXMATRIX const *b);
+inline D3DXMATRIX *D3DXMatrixMultiply(D3DXMATRIX *out, D3DXMATRIX const *a, D3DXMATRIX const *b)
+{
+    d3dxMatrixMultiplyForm(out, a, b);
+    return out;
+}
 
 /// A matrix of four rows and four columns. A translation stands in the last row.
 struct QEL_SHARES_STORAGE D3DXMATRIX : _D3DMATRIX {
@@ -232,6 +248,71 @@ struct QEL_SHARES_STORAGE D3DXMATRIX : _D3DMATRIX {
     int operator==(D3DXMATRIX const &other) const; ///< exact, element by element
     int operator!=(D3DXMATRIX const &other) const { return !(*this == other); }
 };
+
+inline D3DXMATRIX::D3DXMATRIX(float const *f)
+{
+    std::memcpy(m, f, sizeof m);
+}
+
+inline D3DXMATRIX::D3DXMATRIX(float f11, float f12, float f13, float f14, float f21, float f22, float f23,
+                              float f24, float f31, float f32, float f33, float f34, float f41, float f42,
+                              float f43, float f44)
+    : _D3DMATRIX{{{f11, f12, f13, f14, f21, f22, f23, f24, f31, f32, f33, f34, f41, f42, f43, f44}}}
+{
+}
+
+inline D3DXMATRIX &D3DXMATRIX::operator+=(D3DXMATRIX const &other)
+{
+    for (unsigned row = 0; row < 4; ++row) {
+        for (unsigned column = 0; column < 4; ++column) {
+            m[row][column] += other.m[row][column];
+        }
+    }
+    return *this;
+}
+
+inline D3DXMATRIX &D3DXMATRIX::operator-=(D3DXMATRIX const &other)
+{
+    for (unsigned row = 0; row < 4; ++row) {
+        for (unsigned column = 0; column < 4; ++column) {
+            m[row][column] -= other.m[row][column];
+        }
+    }
+    return *this;
+}
+
+inline D3DXMATRIX &D3DXMATRIX::operator*=(float s)
+{
+    for (auto &row : m) {
+        for (float &element : row) {
+            element *= s;
+        }
+    }
+    return *this;
+}
+
+inline D3DXMATRIX D3DXMATRIX::operator-() const
+{
+    D3DXMATRIX result;
+    for (unsigned row = 0; row < 4; ++row) {
+        for (unsigned column = 0; column < 4; ++column) {
+            result.m[row][column] = -m[row][column];
+        }
+    }
+    return result;
+}
+
+inline int D3DXMATRIX::operator==(D3DXMATRIX const &other) const
+{
+    for (unsigned row = 0; row < 4; ++row) {
+        for (unsigned column = 0; column < 4; ++column) {
+            if (!(m[row][column] == other.m[row][column])) {
+                return 0;
+            }
+        }
+    }
+    return 1;
+}
 
 inline D3DXMATRIX operator*(float s, D3DXMATRIX const &m)
 {
@@ -339,5 +420,3 @@ QEL_API D3DXMATRIX *D3DXMatrixRotationX(D3DXMATRIX *out, float angle);
 QEL_API D3DXMATRIX *D3DXMatrixRotationY(D3DXMATRIX *out, float angle);
 QEL_API D3DXMATRIX *D3DXMatrixRotationZ(D3DXMATRIX *out, float angle);
 QEL_API D3DXMATRIX *D3DXMatrixTranspose(D3DXMATRIX *out, D3DXMATRIX const *m);
-
-#include "Support/D3DX/d3dx9matrix.inl.h"

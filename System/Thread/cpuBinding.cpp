@@ -67,9 +67,17 @@ void cCpuBinding::init(bool enable)
     }
     std::uint32_t const second = lowestBit(all & ~first);
     m_masks = {all, first, second == 0 ? first : second};
-    m_count = 0;
+    clearTable();
     signalMainThread();
     m_flags = initialised | active;
+}
+
+void cCpuBinding::clearTable()
+{
+    m_count = 0;
+    for (std::atomic<Entry> &entry : m_table) {
+        entry = 0;
+    }
 }
 
 void cCpuBinding::deinit()
@@ -146,10 +154,7 @@ void cCpuBinding::disable()
         }
     }
     m_flags = initialised;
-    m_count = 0;
-    for (std::atomic<Entry> &entry : m_table) {
-        entry = 0;
-    }
+    clearTable();
 }
 
 } // namespace Qel

@@ -89,11 +89,12 @@ iQueuedThread *QueuedTaskMgr::getAvailableThread() const
 
 void QueuedTaskMgr::returnToPool(iQueuedThread *thread, eThreadStatus status)
 {
+    iQueuedTask *ended = nullptr;
     iQueuedTask *next = nullptr;
     {
         cCriticalHelper const guard(&m_lock);
         // Null if the task was destroyed in the middle of its last step.
-        iQueuedTask *const ended = thread->m_task.load(std::memory_order_relaxed);
+        ended = thread->m_task.load(std::memory_order_relaxed);
         if (ended != nullptr && ended != thread->m_stepped) {
             return; // so it was, and the worker has got another one since
         }
@@ -103,16 +104,19 @@ void QueuedTaskMgr::returnToPool(iQueuedThread *thread, eThreadStatus status)
         }
         // No wake-up for it: the caller is the worker itself, and looks here before it goes to sleep.
         thread->m_task.store(next, std::memory_order_relaxed);
-        m_idle += (next == nullptr ? 1u : 0u) - (ended == nullptr ? 1u : 0u);
-        if (ended != nullptr) {
-            // From here on the owner may destroy it.
-            ended->m_status.store(status == THREAD_DONE ? TASK_DONE : TASK_ABORTED,
-                                  std::memory_order_release);
+        if (next == nullptr && ended != nullptr) {
+            ++m_idle;
+        } else if (next != nullptr && ended == nullptr) {
+            --m_idle;
         }
     }
-    // After the lock, since its memory is likely to be with another processor. Until then it is a queued task
-    // that is not in the queue, and removeJob() goes by the queue.
+    // The tasks come after the lock, since their memory is likely to be with another processor.
+    if (ended != nullptr) {
+        // From here on the owner may destroy it.
+        ended->m_status.store(status == THREAD_DONE ? TASK_DONE : TASK_ABORTED, std::memory_order_release);
+    }
     if (next != nullptr) {
+        // Up to now it was a queued task that is not in the queue, and removeJob() goes by the queue.
         next->m_status.store(TASK_RUNNING, std::memory_order_relaxed);
     }
 }

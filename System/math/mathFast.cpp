@@ -30,6 +30,11 @@ float withSign(float magnitude, std::uint32_t signBit)
     return std::bit_cast<float>(std::bit_cast<std::uint32_t>(magnitude) ^ signBit);
 }
 
+struct SinCos {
+    float sine;
+    float cosine;
+};
+
 #if defined(__SSE2__)
 
 // Toward zero; the smallest int for what no int can hold.
@@ -41,6 +46,30 @@ int truncated(float x)
 int rounded(float x)
 {
     return _mm_cvtss_si32(_mm_set_ss(x));
+}
+
+// Lane 0 for the sine and lane 1 for the cosine, without a branch and without leaving the vector unit.
+SinCos sinCosByQuarters(float angle)
+{
+    __m128 const sign = _mm_set1_ps(-0.0f);
+    __m128 const x = _mm_set1_ps(angle);
+    __m128 const q = _mm_mul_ps(_mm_andnot_ps(sign, x), _mm_set1_ps(twoDivPi));
+    __m128i const i = _mm_cvttps_epi32(q);
+    __m128 const f = _mm_min_ps(_mm_sub_ps(q, _mm_cvtepi32_ps(i)), _mm_set1_ps(1.0f));
+
+    // f or 1 - f, which is |0 - f| or |1 - f|: the cosine starts at 1, and odd quarters change places.
+    __m128 const odd = _mm_castsi128_ps(_mm_srai_epi32(_mm_slli_epi32(i, 31), 31));
+    __m128 const from = _mm_xor_ps(_mm_setr_ps(0, 1, 0, 0), _mm_and_ps(odd, _mm_set1_ps(1.0f)));
+    __m128 const at = _mm_andnot_ps(sign, _mm_sub_ps(from, f));
+    __m128i const half = _mm_slli_epi32(_mm_add_epi32(i, _mm_setr_epi32(0, 1, 0, 0)), 30);
+    __m128 const flips = _mm_xor_ps(_mm_castsi128_ps(half), _mm_and_ps(x, _mm_setr_ps(-0.0f, 0, 0, 0)));
+
+    __m128 const s = _mm_mul_ps(at, at);
+    __m128 sum = _mm_add_ps(_mm_mul_ps(_mm_set1_ps(-0.004681754f), s), _mm_set1_ps(0.079692625f));
+    sum = _mm_add_ps(_mm_mul_ps(sum, s), _mm_set1_ps(-0.6459641f));
+    sum = _mm_add_ps(_mm_mul_ps(sum, s), _mm_set1_ps(1.5707964f));
+    __m128 const result = _mm_mul_ps(_mm_xor_ps(at, _mm_and_ps(flips, sign)), sum);
+    return {_mm_cvtss_f32(result), _mm_cvtss_f32(_mm_shuffle_ps(result, result, 1))};
 }
 
 float root(float x)
@@ -65,6 +94,21 @@ int rounded(float x)
     return truncated(std::nearbyint(x));
 }
 
+SinCos sinCosByQuarters(float angle)
+{
+    float const q = std::fabs(angle) * twoDivPi;
+    int const i = truncated(q);
+    float const rest = q - static_cast<float>(i);
+    float const f = rest < 1.0f ? rest : 1.0f;
+    bool const odd = (i & 1) != 0;
+    float const t = odd ? 1.0f - f : f;
+    float const u = odd ? f : 1.0f - f;
+    std::uint32_t const quarter = static_cast<std::uint32_t>(i);
+    std::uint32_t const sineSign = (std::bit_cast<std::uint32_t>(angle) ^ quarter << 30) & 0x80000000u;
+    std::uint32_t const cosineSign = (quarter + 1) << 30 & 0x80000000u;
+    return {withSign(t, sineSign) * quarterTurn(t * t), withSign(u, cosineSign) * quarterTurn(u * u)};
+}
+
 float root(float x)
 {
     return std::sqrt(x);
@@ -76,11 +120,6 @@ float reciprocalRootEstimate(float x)
 }
 
 #endif
-
-struct SinCos {
-    float sine;
-    float cosine;
-};
 
 #if defined(__x86_64__) || defined(__i386__)
 
@@ -243,18 +282,9 @@ void cMath::sincos_base(float angle, float *sine, float *cosine)
 
 void cMath::sincos_sse(float angle, float *sine, float *cosine)
 {
-    float const q = std::fabs(angle) * twoDivPi;
-    int const i = truncated(q);
-    float const rest = q - static_cast<float>(i);
-    float const f = rest < 1.0f ? rest : 1.0f;
-    bool const odd = (i & 1) != 0;
-    float const t = odd ? 1.0f - f : f;
-    float const u = odd ? f : 1.0f - f;
-    std::uint32_t const quadrant = static_cast<std::uint32_t>(i);
-    std::uint32_t const sineSign = (std::bit_cast<std::uint32_t>(angle) ^ quadrant << 30) & 0x80000000u;
-    std::uint32_t const cosineSign = (quadrant + 1) << 30 & 0x80000000u;
-    *sine = withSign(t, sineSign) * quarterTurn(t * t);
-    *cosine = withSign(u, cosineSign) * quarterTurn(u * u);
+    SinCos const both = sinCosByQuarters(angle);
+    *sine = both.sine;
+    *cosine = both.cosine;
 }
 
 void cMath::sincos_sse2(float angle, float *sine, float *cosine)

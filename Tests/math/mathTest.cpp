@@ -1,6 +1,7 @@
 #include "System/math/math.h"
 
 #include "Tests/math/near.h"
+#include "Tests/math/referenceTable.h"
 
 #include <gtest/gtest.h>
 
@@ -104,6 +105,23 @@ TEST(Math, TheFastSineAndCosineStayNearTheTrueOnes)
         ASSERT_EQ(cMath::sin(x), sine);
         ASSERT_EQ(cMath::cos_base(x), cosine);
         ASSERT_EQ(cMath::tan(x), static_cast<float>(std::tan(static_cast<double>(x)))) << x;
+    }
+}
+
+TEST(Math, TheFastFormsAreExactToTheBit)
+{
+    for (auto const &row : reference::fastSineRows) {
+        SCOPED_TRACE(row[0]);
+        float sine, cosine;
+        cMath::sincos_sse(row[0], &sine, &cosine);
+        EXPECT_EQ(sine, row[1]);
+        EXPECT_EQ(cosine, row[2]);
+        EXPECT_EQ(cMath::cos_sse(row[0]), row[3]);
+    }
+    for (auto const &row : reference::fastRootRows) {
+        SCOPED_TRACE(row[0]);
+        EXPECT_EQ(cMath::rsqrt_base(row[0]), row[1]);
+        EXPECT_EQ(cMath::rsqrt_q3(row[0]), row[2]);
     }
 }
 

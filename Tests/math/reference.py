@@ -86,6 +86,60 @@ halves = [0x0000, 0x8000, 0x0001, 0x8001, 0x03FF, 0x0400, 0x3555, 0x3C00, 0x3C01
 table('A half and the float of the same value.', 'HalfRow halfRows[]',
       [['0x%04X' % h, struct.unpack('<e', struct.pack('<H', h))[0]] for h in halves])
 
+# ---- the fast forms, operation by operation in single precision
+
+
+def quarterTurn(f, negative):
+    s = f32(f * f)
+    p = f32(f32(-0.004681754) * s)
+    for c in (0.079692625, -0.6459641):
+        p = f32(f32(p + f32(c)) * s)
+    value = f32(f * f32(p + f32(1.5707964)))
+    return -value if negative else value
+
+
+def quarters(q):
+    i = int(q)
+    return i, min(f32(q - i), 1.0)
+
+
+rows = []
+for x in [0.0, 0.5, -0.5, 1.5, 1.6, -2.0, 3.0, 4.0, -5.0, 6.2, 100.25, -12345.5]:
+    x = f32(x)
+    i, f = quarters(f32(abs(x) * f32(0.63661975)))
+    g = f32(1.0 - f)
+    sine = quarterTurn(g if i & 1 else f, (x < 0) != bool(i & 2))
+    cosine = quarterTurn(f if i & 1 else g, bool((i + 1) & 2))
+    i, f = quarters(f32(f32(abs(x) + f32(1.5707964)) * f32(0.63661975)))
+    rows.append([x, sine, cosine, quarterTurn(f32(1.0 - f) if i & 1 else f, bool(i & 2))])
+table('An angle, sine and cosine of sincos_sse, and cos_sse.', 'float fastSineRows[][4]', rows)
+
+
+def bits(x):
+    return struct.unpack('<i', struct.pack('<f', x))[0]
+
+
+def fromBits(i):
+    return struct.unpack('<f', struct.pack('<I', i & 0xFFFFFFFF))[0]
+
+
+def signed(i):
+    i &= 0xFFFFFFFF
+    return i - (1 << 32) if i >> 31 else i
+
+
+rows = []
+for x in [1.0, 2.0, 0.25, 3.7, 1e-20, 1e20, 12345.678]:
+    x = f32(x)
+    y = fromBits(signed(0xBE800000 - bits(x)) >> 1)
+    step = f32(f32(f32(f32(0.47) * x) * y) * y)
+    y = abs(f32(f32(f32(1.47) - step) * y))
+    base = f32(f32(y * f32(3.0 - f32(f32(y * y) * x))) * 0.5)
+    y = fromBits(0x5F3759DF - (bits(x) >> 1))
+    q3 = f32(f32(1.5 - f32(f32(f32(0.5 * x) * y) * y)) * y)
+    rows.append([x, base, q3])
+table('A number, rsqrt_base and rsqrt_q3 of it.', 'float fastRootRows[][3]', rows)
+
 # ---- matrices
 rows = []
 for _ in range(8):

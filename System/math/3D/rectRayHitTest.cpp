@@ -45,13 +45,12 @@ bool cRectRayHitTest::intersects(cOBB const &box) const
 
 bool cRectRayHitTest::intersects8_sse(D3DXVECTOR3 const *points) const
 {
-    D3DXVECTOR4 seen[8];
-    D3DXVec3TransformArray(seen, sizeof(D3DXVECTOR4), points, sizeof(D3DXVECTOR3), &view, 8);
-    Lanes low = Lanes::load(seen[0]);
+    Lanes low = transformedPoint(lanesOf(points[0], 1), view);
     Lanes high = low;
     for (int i = 1; i < 8; ++i) {
-        low = Lanes::min(low, Lanes::load(seen[i]));
-        high = Lanes::max(high, Lanes::load(seen[i]));
+        Lanes const seen = transformedPoint(lanesOf(points[i], 1), view);
+        low = Lanes::min(low, seen);
+        high = Lanes::max(high, seen);
     }
     return overlaps(low, high);
 }

@@ -84,6 +84,15 @@ TEST(D3dxFloat16, WidensToTheSameValue)
         EXPECT_EQ(wide, row.value);
         EXPECT_EQ(std::signbit(wide), std::signbit(row.value));
     }
+    // Over their own place, as a converter of a whole buffer does it.
+    alignas(float) D3DXFLOAT16 both[6] = {{0x3C00}, {0xC000}, {0x4248}};
+    auto *const widened = reinterpret_cast<float *>(both);
+    D3DXFloat16To32Array(widened, both, 3);
+    float values[3];
+    std::memcpy(values, both, sizeof values);
+    EXPECT_EQ(values[0], 1.0f);
+    EXPECT_EQ(values[1], -2.0f);
+    EXPECT_EQ(values[2], 3.140625f);
     D3DXFLOAT16 const nan{0x7E01};
     float wide;
     EXPECT_TRUE(std::isnan(*D3DXFloat16To32Array(&wide, &nan, 1)));
@@ -266,6 +275,49 @@ TEST(D3dxPlanes, FollowPointsThroughTheInverseTranspose)
         D3DXPlaneTransform(&movedPlane, &plane, &carry);
         EXPECT_NEAR(D3DXPlaneDotCoord(&movedPlane, &moved), D3DXPlaneDotCoord(&plane, &point), 2e-3f);
     }
+}
+
+TEST(D3dxWidths, AllGiveTheSameBits)
+{
+    std::mt19937 random(13);
+    unsigned const before = d3dxWidth();
+    EXPECT_FALSE(d3dxSetWidth(100));
+    constexpr unsigned n = 23;
+    std::vector<D3DXMATRIX> matrices;
+    for (unsigned i = 0; i < n; ++i) {
+        matrices.push_back(randomMatrix(random));
+    }
+    matrices[3] *= 1e38f;
+    matrices[4] *= 1e-40f;
+    std::vector<D3DXMATRIX> expected(n);
+    std::vector<float> points(n * 7), expectedPoints(n * 9);
+    for (float &f : points) {
+        f = matrices[1][static_cast<unsigned>(&f - points.data()) % 16] * 3;
+    }
+    for (unsigned const bits : {128u, 256u, 512u}) {
+        if (!d3dxSetWidth(bits)) {
+            continue;
+        }
+        SCOPED_TRACE(bits);
+        EXPECT_EQ(d3dxWidth(), bits);
+        std::vector<D3DXMATRIX> products(n);
+        for (unsigned i = 0; i < n; ++i) {
+            D3DXMatrixMultiply(&products[i], &matrices[i], &matrices[n - 1 - i]);
+        }
+        std::vector<float> results(n * 9);
+        for (unsigned const outStride : {16u, 36u}) {
+            D3DXVec3TransformArray(reinterpret_cast<D3DXVECTOR4 *>(results.data()), outStride,
+                                   reinterpret_cast<D3DXVECTOR3 const *>(points.data()),
+                                   outStride == 16 ? 12 : 28, matrices.data(), n);
+        }
+        if (bits == 128) {
+            expected = products;
+            expectedPoints = results;
+        }
+        EXPECT_EQ(std::memcmp(products.data(), expected.data(), n * sizeof(D3DXMATRIX)), 0);
+        EXPECT_EQ(std::memcmp(results.data(), expectedPoints.data(), n * 9 * sizeof(float)), 0);
+    }
+    d3dxSetWidth(before);
 }
 
 } // namespace
