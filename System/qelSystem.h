@@ -3,7 +3,6 @@
 /// Everything that the library offers. A source that uses little of it includes that alone.
 
 #include "Support/D3DX/d3dx9math.h"
-#include "Support/D3DX/d3dx9matrix.inl.h"
 #include "Support/OS/affinity.h"
 #include "Support/OS/clock.h"
 #include "Support/OS/debug.h"
@@ -16,6 +15,7 @@
 #include "Support/OS/module.h"
 #include "Support/OS/process.h"
 #include "Support/OS/processor.h"
+#include "Support/OS/processorLevel.h"
 #include "Support/OS/sharedObject.h"
 #include "Support/OS/signal.h"
 #include "Support/OS/text.h"
@@ -26,7 +26,6 @@
 #include "Support/PoolHeap/internPool.h"
 #include "Support/PoolHeap/poolBlk.h"
 #include "Support/PoolHeap/poolHeap.h"
-#include "Support/PoolHeap/sizeClasses.h"
 #include "Support/export.h"
 #include "System/File/bitStore.h"
 #include "System/File/dataStore.h"
@@ -131,7 +130,6 @@
 #include "System/math/3D/rectRayHitTest.h"
 #include "System/math/crc32.h"
 #include "System/math/fft.h"
-#include "System/math/kernelLevel.h"
 #include "System/math/lanes.h"
 #include "System/math/math.h"
 #include "System/math/md5.h"
