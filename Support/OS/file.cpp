@@ -1,6 +1,7 @@
 #include "Support/OS/file.h"
 
 #include <fcntl.h>
+#include <stdio_ext.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -58,13 +59,79 @@ std::string lastErrorText()
 
 FilePtr openFile(char const *path, char const *mode)
 {
-    FilePtr file(std::fopen(systemPath(path).c_str(), mode));
-    struct stat status {};
-    if (file && (fstat(fileno(file.get()), &status) != 0 || S_ISDIR(status.st_mode))) {
-        errno = EISDIR;
+    int flags = O_CLOEXEC | O_NONBLOCK; // a pipe without a partner would be waited for
+    bool const both = std::strchr(mode, '+') != nullptr;
+    switch (mode[0]) {
+    case 'w':
+        flags |= (both ? O_RDWR : O_WRONLY) | O_CREAT | O_TRUNC;
+        break;
+    case 'a':
+        flags |= (both ? O_RDWR : O_WRONLY) | O_CREAT | O_APPEND;
+        break;
+    default:
+        flags |= both ? O_RDWR : O_RDONLY;
+    }
+    int const handle = ::open(systemPath(path).c_str(), flags, 0666);
+    if (handle < 0) {
         return nullptr;
     }
+    struct stat status {};
+    bool const known = fstat(handle, &status) == 0;
+    if (!known || !(S_ISREG(status.st_mode) || S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode))) {
+        ::close(handle);
+        errno = known && S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+        return nullptr;
+    }
+    fcntl(handle, F_SETFL, flags & ~O_NONBLOCK);
+    FilePtr file(fdopen(handle, mode));
+    if (!file) {
+        ::close(handle);
+    }
     return file;
+}
+
+std::uint64_t fileSize(std::FILE *file)
+{
+    struct stat status {};
+    return fstat(fileno(file), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
+bool plainFileSize(std::FILE *file, std::uint64_t &size)
+{
+    struct stat status {};
+    if (fstat(fileno(file), &status) != 0 || !S_ISREG(status.st_mode)) {
+        return false;
+    }
+    size = static_cast<std::uint64_t>(status.st_size);
+    return true;
+}
+
+std::uint64_t tellFile(std::FILE *file)
+{
+    off_t const position = ftello(file);
+    return position < 0 ? 0 : static_cast<std::uint64_t>(position);
+}
+
+bool seekFile(std::FILE *file, std::uint64_t position)
+{
+    return fseeko(file, static_cast<off_t>(position), SEEK_SET) == 0;
+}
+
+bool writeThrough(std::FILE *file, void const *data, std::size_t size)
+{
+    std::uint64_t const before = tellFile(file);
+    // Between a read and a write the stream has to be positioned.
+    if (fseeko(file, 0, SEEK_CUR) != 0) {
+        return false;
+    }
+    if (std::fwrite(data, 1, size, file) == size && std::fflush(file) == 0) {
+        return true;
+    }
+    // What is left in the buffer would go out with the next write.
+    __fpurge(file);
+    std::clearerr(file);
+    seekFile(file, before);
+    return false;
 }
 
 bool replaceFile(char const *path, void const *data, std::size_t size)

@@ -3,6 +3,7 @@
 #include "Support/export.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <initializer_list>
 #include <memory>
@@ -24,10 +25,23 @@ struct FileCloser {
 };
 using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
 
-/// Opens a plain file through systemPath(). Folders are refused, also for reading.
+/// Opens a file through systemPath(). Folders, pipes and sockets are refused, without waiting for anybody.
 /// @param mode  as for std::fopen
 /// @return null on failure
 QEL_API FilePtr openFile(char const *path, char const *mode);
+
+/// The length of an open file in bytes, 0 for a device. What stands in a buffer to be written does not count.
+QEL_API std::uint64_t fileSize(std::FILE *file);
+
+/// The same for plain files alone. @return false for anything else
+QEL_API bool plainFileSize(std::FILE *file, std::uint64_t &size);
+
+QEL_API std::uint64_t tellFile(std::FILE *file);                ///< the position; 0 if there is none
+QEL_API bool seekFile(std::FILE *file, std::uint64_t position); ///< to a position from the start
+
+/// Writes at the position, after reading as well, and waits until the system has taken all of it.
+/// @return false if it did not; the position is then as it was
+QEL_API bool writeThrough(std::FILE *file, void const *data, std::size_t size);
 
 /// Writes @p size bytes to @p path so that readers see the old content or the new one and nothing between:
 /// aside first, then by renaming. Where the folder or a link at @p path does not allow that, writes in place.

@@ -1,0 +1,337 @@
+#include "System/File/file.h"
+
+#include "Support/D3DX/d3dx9math.h"
+#include "System/File/fileBit.h"
+#include "System/File/fileBitOld.h"
+#include "System/File/fileCached.h"
+#include "System/File/fileDisk.h"
+#include "System/File/fileMem.h"
+#include "System/File/fileTempMem.h"
+#include "System/System/string.h"
+#include "System/System/wString.h"
+#include "Tests/Tools/vectorFile.h"
+#include "Tests/virtualSlot.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Qel {
+namespace {
+
+using test::VectorFile;
+
+std::string bytes(std::initializer_list<int> values)
+{
+    return {values.begin(), values.end()};
+}
+
+// The bytes that one typed operation makes, and the same operation read back.
+struct Typed {
+    char const *name;
+    std::function<unsigned int(cFile &)> write;
+    std::string layout;
+    std::function<bool(cFile &)> readsBack;
+};
+
+std::vector<Typed> typedOperations()
+{
+    return {
+        {"read_8", [](cFile &f) { return f.write_8(static_cast<unsigned char>(0xFE)); }, bytes({0xFE}),
+         [](cFile &f) {
+             unsigned char v = 0;
+             return f.read_8(v) && v == 0xFE;
+         }},
+        {"read_16", [](cFile &f) { return f.write_16(static_cast<short>(-2)); }, bytes({0xFE, 0xFF}),
+         [](cFile &f) {
+             short v = 0;
+             return f.read_16(v) && v == -2;
+         }},
+        {"read_32", [](cFile &f) { return f.write_32(0x01020304u); }, bytes({4, 3, 2, 1}),
+         [](cFile &f) {
+             unsigned int v = 0;
+             return f.read_32(v) && v == 0x01020304;
+         }},
+        {"read_64", [](cFile &f) { return f.write_64(0x0102030405060708LL); },
+         bytes({8, 7, 6, 5, 4, 3, 2, 1}),
+         [](cFile &f) {
+             std::int64_t v = 0;
+             return f.read_64(v) && v == 0x0102030405060708;
+         }},
+        {"read_float", [](cFile &f) { return f.write_float(-1.5f); }, bytes({0, 0, 0xC0, 0xBF}),
+         [](cFile &f) {
+             float v = 0;
+             return f.read_float(v) && v == -1.5f;
+         }},
+        {"read_vec3d",
+         [](cFile &f) {
+             return f.write_vec3d({1.0f, 2.0f, -0.5f});
+         },
+         bytes({0, 0, 0x80, 0x3F, 0, 0, 0, 0x40, 0, 0, 0, 0xBF}),
+         [](cFile &f) {
+             D3DXVECTOR3 v(0, 0, 0);
+             return f.read_vec3d(v) && v.x == 1.0f && v.y == 2.0f && v.z == -0.5f;
+         }},
+        {"read_string", [](cFile &f) { return f.write_string("ab\xC3"); },
+         bytes({3, 0, 0, 0, 'a', 'b', 0xC3}),
+         [](cFile &f) {
+             String v("before");
+             return f.read_string(v) && v == "ab\xC3";
+         }},
+        {"read_string, empty", [](cFile &f) { return f.write_string(""); }, bytes({0, 0, 0, 0}),
+         [](cFile &f) {
+             String v("before");
+             return f.read_string(v) && v.empty();
+         }},
+        {"read_wstring", // U+0041, U+20AC, U+1F600 as the pair D83D DE00
+         [](cFile &f) { return f.write_wstring(WString(L"A\x20AC\x1F600")); },
+         bytes({4, 0, 0, 0, 0x41, 0, 0xAC, 0x20, 0x3D, 0xD8, 0x00, 0xDE}),
+         [](cFile &f) {
+             WString v(L"before");
+             return f.read_wstring(v) && v == L"A\x20AC\x1F600";
+         }},
+        {"read_wstring, empty", [](cFile &f) { return f.write_wstring(WString()); }, bytes({0, 0, 0, 0}),
+         [](cFile &f) {
+             WString v(L"before");
+             return f.read_wstring(v) && v.empty();
+         }},
+        {"operators",
+         [](cFile &f) {
+             f << '\x7F' << static_cast<unsigned short>(0x0102) << -1 << 7LL << 0.25f;
+             return 19u;
+         },
+         bytes({0x7F, 2, 1, 0xFF, 0xFF, 0xFF, 0xFF, 7, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x80, 0x3E}),
+         [](cFile &f) {
+             char c = 0;
+             unsigned short s = 0;
+             int i = 0;
+             long long l = 0;
+             float x = 0;
+             f >> c >> s >> i >> l >> x;
+             return c == 0x7F && s == 0x0102 && i == -1 && l == 7 && x == 0.25f;
+         }},
+    };
+}
+
+TEST(File, EachTypedValueHasItsBytesAndComesBack)
+{
+    for (Typed const &typed : typedOperations()) {
+        SCOPED_TRACE(typed.name);
+        VectorFile file;
+        EXPECT_EQ(typed.write(file), typed.layout.size());
+        EXPECT_EQ(file.content(), typed.layout);
+        file.seek(0);
+        EXPECT_TRUE(typed.readsBack(file));
+        EXPECT_TRUE(file.eof());
+    }
+}
+
+TEST(File, AMatrixGoesRowByRow)
+{
+    D3DXMATRIX matrix;
+    for (unsigned i = 0; i < 16; ++i) {
+        matrix(i / 4, i % 4) = static_cast<float>(i);
+    }
+    VectorFile file;
+    EXPECT_EQ(file.write_mat4d(matrix), 64u);
+    file.seek(16); // the second row
+    float value = 0;
+    EXPECT_TRUE(file.read_float(value));
+    EXPECT_EQ(value, 4.0f);
+
+    file.bytes.resize(20 + 3); // five floats and a part of one
+    file.seek(0);
+    D3DXMATRIX back;
+    back(1, 0) = back(1, 1) = -1.0f;
+    EXPECT_FALSE(file.read_mat4d(back));
+    EXPECT_EQ(back(1, 0), 4.0f) << "what came before the short read is kept";
+    EXPECT_EQ(back(1, 1), -1.0f);
+}
+
+TEST(File, AValueThatIsCutAnywhereIsNotRead)
+{
+    for (Typed const &typed : typedOperations()) {
+        for (std::size_t length = 0; length < typed.layout.size(); ++length) {
+            SCOPED_TRACE(std::string(typed.name) + " cut at " + std::to_string(length));
+            VectorFile file(typed.layout.substr(0, length));
+            EXPECT_FALSE(typed.readsBack(file));
+        }
+    }
+    float number = 3.0f;
+    String text("before");
+    WString wide(L"before");
+    VectorFile short1(bytes({1, 2, 3}));
+    EXPECT_FALSE(short1.read_float(number));
+    EXPECT_EQ(number, 3.0f);
+    short1 = VectorFile(bytes({3, 0, 0, 0, 'x', 'y'}));
+    EXPECT_FALSE(short1.read_string(text));
+    EXPECT_EQ(text, "before");
+    short1.seek(0);
+    EXPECT_FALSE(short1.read_wstring(wide));
+    EXPECT_EQ(wide, L"before");
+}
+
+TEST(File, AWriteThatIsCutTellsHowMuchWasStored)
+{
+    for (Typed const &typed : typedOperations()) {
+        if (std::string(typed.name) == "operators") {
+            continue; // they tell of no failure
+        }
+        for (std::size_t limit = 0; limit < typed.layout.size(); ++limit) {
+            SCOPED_TRACE(std::string(typed.name) + " with room for " + std::to_string(limit));
+            VectorFile file;
+            file.writeLimit = limit;
+            EXPECT_EQ(typed.write(file), limit);
+            EXPECT_EQ(file.content(), typed.layout.substr(0, limit));
+        }
+    }
+}
+
+TEST(File, TextsOfEveryLengthComeBack)
+{
+    for (std::size_t const length : {1u, 1022u, 1023u, 1024u, 1025u, 70'000u}) {
+        SCOPED_TRACE(length);
+        std::string narrow(length, '\0');
+        std::wstring wide(length, L'\0');
+        for (std::size_t i = 0; i < length; ++i) {
+            narrow[i] = static_cast<char>(i * 7);
+            // Pairs fall on and across the pieces in which the text is moved.
+            wide[i] = static_cast<wchar_t>(i % 3 == 0 ? 0x10000 + i : i % 0xD000);
+        }
+        cFileMem file;
+        std::size_t const units = length + (length + 2) / 3;
+        EXPECT_EQ(file.write_string(narrow), 4 + length);
+        EXPECT_EQ(file.write_wstring(WString(wide.c_str(), length)), 4 + 2 * units);
+        file.seek(0);
+        String narrowBack;
+        WString wideBack;
+        EXPECT_TRUE(file.read_string(narrowBack));
+        EXPECT_TRUE(file.read_wstring(wideBack));
+        EXPECT_EQ(narrowBack, narrow);
+        EXPECT_TRUE(wideBack == WString(wide.c_str(), length));
+    }
+}
+
+TEST(File, HalfPairsAreKeptAndValuesBeyondUnicodeReplaced)
+{
+    VectorFile file;
+    WString const odd =
+        WString(1, wchar_t{0x110000}) + WString(1, wchar_t{0xDC00}) + WString(1, wchar_t{0xD800});
+    EXPECT_EQ(file.write_wstring(odd), 10u);
+    EXPECT_EQ(file.content(), bytes({3, 0, 0, 0, 0xFD, 0xFF, 0x00, 0xDC, 0x00, 0xD8}));
+    file.seek(0);
+    WString back;
+    EXPECT_TRUE(file.read_wstring(back));
+    ASSERT_EQ(back.size(), 3u);
+    EXPECT_EQ(static_cast<unsigned>(back[1]), 0xDC00u);
+    EXPECT_EQ(static_cast<unsigned>(back[2]), 0xD800u);
+}
+
+// A count from a stream that nothing stands behind. The memory taken is bounded by what the file holds.
+TEST(File, ACountLargerThanTheStreamGivesFalseAtOnce)
+{
+    for (std::uint32_t const count : {200u, 1024u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFEu, 0xFFFFFFFFu}) {
+        SCOPED_TRACE(count);
+        cFileMem memory;
+        memory.write_32(count);
+        memory.writeZeros(100);
+        cFileBit bits;
+        bits.write_32(count);
+        bits.seek(32 + 800);
+        bits.write_8('\0');
+        cFileBitOld bitsOld;
+        bitsOld.write_32(count);
+        bitsOld.write_8('\0');
+
+        PoolHeap::ContextCounts before;
+        ASSERT_TRUE(PoolHeap::context_counts(stringMemoryContext, before));
+        for (cFile *const file : std::initializer_list<cFile *>{&memory, &bits, &bitsOld}) {
+            String text("before");
+            WString wide(L"before");
+            file->seek(0);
+            EXPECT_FALSE(file->read_string(text));
+            EXPECT_EQ(text, "before");
+            file->seek(0);
+            EXPECT_FALSE(file->read_wstring(wide));
+            EXPECT_EQ(wide, L"before");
+        }
+        PoolHeap::ContextCounts after;
+        ASSERT_TRUE(PoolHeap::context_counts(stringMemoryContext, after));
+        EXPECT_LT(after.peakBytes, before.peakBytes + 1024 * 1024);
+    }
+}
+
+TEST(File, ATextIsReadFromAStreamThatHoldsMoreThanItsSize)
+{
+    struct Window : cFileCached {
+        Window() : cFileCached(std::make_unique<VectorFile>().release(), 1 << 20, 0) {}
+        eFileClass getType() const override { return FILECLASS_DISK; }
+    } file;
+    String const text(200'000, 'q');
+    file.write_string(text);
+    ASSERT_EQ(file.size(), 0u) << "everything still waits in the window";
+    file.seek(0);
+    String back;
+    EXPECT_TRUE(file.read_string(back));
+    EXPECT_EQ(back, text);
+}
+
+TEST(File, AnAsynchronousTransferIsDoneWhenTheCallReturns)
+{
+    VectorFile file("abc");
+    char buffer[8] = {};
+    unsigned int told = 99;
+    auto const note = [](unsigned int count, void *user) { *static_cast<unsigned int *>(user) = count; };
+    EXPECT_TRUE(file.cFile::async_read(buffer, 8, note, &told));
+    EXPECT_EQ(told, 3u);
+    EXPECT_STREQ(buffer, "abc");
+    EXPECT_TRUE(file.async_write("de", 2, note, &told));
+    EXPECT_EQ(told, 2u);
+    EXPECT_EQ(file.content(), "abcde");
+    EXPECT_TRUE(file.async_write("f", 1, nullptr, nullptr));
+}
+
+TEST(File, OperationsStandInTheirOrder)
+{
+    using Read = unsigned int (cFile::*)(void *, unsigned int);
+    std::size_t const first = virtualSlot(static_cast<Read>(&cFile::read));
+    EXPECT_EQ(first, 2u) << "behind the two entries of the destructor";
+    EXPECT_EQ(virtualSlot(&cFile::write), first + 1);
+    EXPECT_EQ(virtualSlot(&cFile::seek), first + 2);
+    EXPECT_EQ(virtualSlot(&cFile::size), first + 3);
+    EXPECT_EQ(virtualSlot(&cFile::tell), first + 4);
+    EXPECT_EQ(virtualSlot(&cFile::reserve), first + 5);
+    EXPECT_EQ(virtualSlot(&cFile::getType), first + 6);
+    EXPECT_EQ(virtualSlot(&cFile::async_read), first + 7);
+    EXPECT_EQ(virtualSlot(&cFile::async_write), first + 8);
+
+    EXPECT_EQ(virtualSlot(&cFileMem::close), first + 9);
+    EXPECT_EQ(virtualSlot(static_cast<unsigned int (cFileMem::*)(cFileMem &, unsigned int)>(&cFileMem::read)),
+              first + 10);
+    EXPECT_EQ(virtualSlot(static_cast<unsigned int (cFileMem::*)(cFileMem &)>(&cFileMem::write)), first + 11);
+    EXPECT_EQ(virtualSlot(static_cast<unsigned char const *(cFileMem::*)() const>(&cFileMem::getData)),
+              first + 12);
+    EXPECT_EQ(virtualSlot(static_cast<unsigned char *(cFileMem::*)()>(&cFileMem::getData)), first + 13);
+    EXPECT_EQ(virtualSlot(static_cast<unsigned int (cFileDisk::*)(cFileMem const &)>(&cFileDisk::write)),
+              first + 9);
+    EXPECT_EQ(virtualSlot(
+                  static_cast<bool (cFileCached::*)(void *, unsigned int, unsigned int, cFile::AsyncCallback,
+                                                    void *)>(&cFileCached::async_read)),
+              first + 9);
+
+    auto const bitSlots = []<class Bits>(Bits const *) {
+        return std::vector<std::size_t>{virtualSlot(&Bits::write_bit),  virtualSlot(&Bits::read_bit),
+                                        virtualSlot(&Bits::write_bits), virtualSlot(&Bits::read_bits),
+                                        virtualSlot(&Bits::getData),    virtualSlot(&Bits::getNumBytes)};
+    };
+    std::vector<std::size_t> const expected{first + 9,  first + 10, first + 11,
+                                            first + 12, first + 13, first + 14};
+    EXPECT_EQ(bitSlots(static_cast<cFileBit const *>(nullptr)), expected);
+    EXPECT_EQ(bitSlots(static_cast<cFileBitOld const *>(nullptr)), expected);
+}
+
+} // namespace
+} // namespace Qel
