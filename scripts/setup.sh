@@ -7,6 +7,7 @@ packages=(
     zlib1g-dev                                # the library itself
     clang-format-14                           # formatting check
     libcli11-dev                              # command lines of hosts and tools
+    clang-14 libclang-rt-14-dev               # fuzzers
     libgtest-dev                              # tests
     libbenchmark-dev                          # benchmarks, and the peers in them:
     libgoogle-perftools-dev libmimalloc-dev libspdlog-dev

@@ -3,12 +3,17 @@
 #include "report.h"
 
 #include "System/System/Root.h"
+#include "System/System/configFile.h"
 #include "System/System/exception.h"
+#include "System/System/logManager.h"
 
+#include <chrono>
 #include <cstdio>
 #include <exception>
-#include <filesystem>
-#include <system_error>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string>
 
 namespace {
 
@@ -18,9 +23,29 @@ int fail(char const *what)
     return 1;
 }
 
+std::size_t listedPlugins(std::string const &pluginFile)
+{
+    Qel::ConfigFile config;
+    config.load(pluginFile, "=");
+    Qel::StringVector const names = config.getMultiSetting("Plugin");
+    return std::set<Qel::String>(names.begin(), names.end()).size();
+}
+
+bool logHolds(std::string const &logFile, std::string const &text)
+{
+    std::ifstream file(logFile);
+    std::string const all{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    return all.find(text) != std::string::npos;
+}
+
 int runEngine(Options const &options)
 {
-    Qel::Root root(Qel::String(options.pluginFile.c_str()), Qel::String(options.logFile.c_str()), true);
+    // Tells the log of this run from one that an earlier run has left.
+    auto const now = std::chrono::system_clock::now().time_since_epoch().count();
+    std::string const mark = "qelHost: run " + std::to_string(now) + "\n";
+
+    Qel::Root root(options.pluginFile, options.logFile, true);
+    Qel::logMessage(mark, 2);
     FrameClock clock(options.frames);
     root.addFrameListener(&clock);
     root.setMaxFrameRate(options.fps);
@@ -31,9 +56,10 @@ int runEngine(Options const &options)
     if (clock.frames() != options.frames) {
         return fail("the loop has ended early");
     }
-    std::error_code unknown;
-    std::uintmax_t const logged = std::filesystem::file_size(options.logFile, unknown);
-    if (unknown || logged == 0) {
+    if (root.getPlugins().size() != listedPlugins(options.pluginFile)) {
+        return fail("a plugin of the list has been left out, the log says why");
+    }
+    if (!logHolds(options.logFile, mark)) {
         return fail("the log has not been written");
     }
     return 0;

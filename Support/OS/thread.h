@@ -9,8 +9,9 @@ enum class ThreadPriority {
     Normal,
 };
 
-/// Sets the calling thread's share of the processor, as far as the process may.
-/// @return false if the system refuses; nothing has then changed
+/// Sets the calling thread's share of the processor, as far as the process may. A thread is not set below
+/// normal where the process could not bring it back.
+/// @return false if nothing has changed
 QEL_API bool setCurrentThreadPriority(ThreadPriority priority);
 
 } // namespace os

@@ -121,10 +121,10 @@ unsigned int cFileCached::write(void const *buffer, unsigned int size)
     auto const *const from = static_cast<unsigned char const *>(buffer);
     unsigned int done = 0;
     while (done < size) {
-        std::uint32_t const room = m_position - m_windowStart; // bytes of the window before the position
+        std::uint32_t const before = m_position - m_windowStart; // bytes of the window, if it is in there
         bool const joins =
             m_windowStart < m_windowEnd && m_position >= m_windowStart && m_position <= m_windowEnd;
-        if (!joins || room >= m_bufferSize) {
+        if (!joins || before >= m_bufferSize) {
             if (!moveWindow()) {
                 break;
             }

@@ -10,14 +10,13 @@ template class tSingleton<PlatformManager>;
 
 namespace {
 
-constexpr char const *pluginName = "plugin_win32platform.dll";
-
 template <class Function>
 void bind(Plugin &plugin, char const *symbol, Function *&function)
 {
     void *const address = plugin.getSymbol(symbol);
     if (address == nullptr) {
-        throw Exception(Exception::InternalFailure, String(pluginName) + ": cannot find symbol " + symbol,
+        throw Exception(Exception::InternalFailure,
+                        String(PlatformManager::pluginName) + ": cannot find symbol " + symbol,
                         "PlatformManager::PlatformManager", __FILE__, __LINE__);
     }
     function = reinterpret_cast<Function *>(address);
@@ -27,7 +26,9 @@ template <class Object>
 Object *create(void (*function)(Object **))
 {
     Object *object = nullptr;
-    function(&object);
+    if (function != nullptr) { // else the manager is still being made
+        function(&object);
+    }
     return object;
 }
 

@@ -24,6 +24,8 @@ extern template class QEL_API tSingleton<PlatformManager>;
 /// @par Threads    Belongs to the main thread.
 class QEL_API PlatformManager : public tSingleton<PlatformManager> {
 public:
+    static constexpr char const *pluginName = "plugin_win32platform.dll";
+
     /// Needs a PluginMgr.
     /// @throws Exception number 9 if the plugin cannot be loaded or lacks one of the exports; the description
     ///         names it
@@ -46,14 +48,14 @@ public:
     void destroySplashDialog(SplashDialog *dialog);
 
 private:
-    void (*m_createConfigDialog)(ConfigDialog **);
-    void (*m_createErrorDialog)(ErrorDialog **);
-    void (*m_createInputReader)(InputReader **);
-    void (*m_createSplashDialog)(SplashDialog **);
-    void (*m_destroyConfigDialog)(ConfigDialog *);
-    void (*m_destroyErrorDialog)(ErrorDialog *);
-    void (*m_destroyInputReader)(InputReader *);
-    void (*m_destroySplashDialog)(SplashDialog *);
+    void (*m_createConfigDialog)(ConfigDialog **) = nullptr;
+    void (*m_createErrorDialog)(ErrorDialog **) = nullptr;
+    void (*m_createInputReader)(InputReader **) = nullptr;
+    void (*m_createSplashDialog)(SplashDialog **) = nullptr;
+    void (*m_destroyConfigDialog)(ConfigDialog *) = nullptr;
+    void (*m_destroyErrorDialog)(ErrorDialog *) = nullptr;
+    void (*m_destroyInputReader)(InputReader *) = nullptr;
+    void (*m_destroySplashDialog)(SplashDialog *) = nullptr;
 };
 
 } // namespace Qel
