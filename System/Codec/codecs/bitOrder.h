@@ -69,6 +69,9 @@ public:
         return m_to;
     }
 
+    unsigned char *place() const { return m_to; } ///< of the next byte
+    void moveTo(unsigned char *to) { m_to = to; } ///< goes on elsewhere, with the bits of a byte begun
+
 private:
     unsigned char *m_to;
     std::uint64_t m_held = 0;

@@ -21,6 +21,74 @@ std::uint64_t loadKey(unsigned char const *from)
     return __builtin_bswap64(load64(from));
 }
 
+/// The input byte by byte, and the output in memory, with room for all that was read.
+class Feed {
+public:
+    Feed(cFile &in, cFile const &out) : bits(nullptr), m_source(in, out) { makeRoom(0); }
+
+    bool ok() const { return m_ok && m_source.ok(); } ///< Was there memory?
+
+    /// @return false at the end, or when there is no memory for what follows
+    bool next(unsigned char &byte)
+    {
+        if (m_next == m_end && !refill()) [[unlikely]] {
+            return false;
+        }
+        byte = *m_next++;
+        return true;
+    }
+
+    void writeTo(cFile &out)
+    {
+        std::size_t const size = static_cast<std::size_t>(bits.finish() - m_bytes.get());
+        if (m_ok && size <= std::numeric_limits<std::uint32_t>::max()) {
+            out.write(m_bytes.get(), static_cast<unsigned int>(size));
+        }
+    }
+
+    BitWriter bits;
+
+private:
+    bool refill()
+    {
+        std::span<unsigned char const> const run = m_ok ? m_source.next() : std::span<unsigned char const>();
+        if (run.empty() || !makeRoom(run.size())) {
+            return false;
+        }
+        m_next = run.data();
+        m_end = m_next + run.size();
+        return true;
+    }
+
+    // 9 bits for a byte, when all of them are literals, and the end. Up to 17 bytes read are not yet coded.
+    bool makeRoom(std::size_t more)
+    {
+        std::size_t const used = m_bytes ? static_cast<std::size_t>(bits.place() - m_bytes.get()) : 0;
+        std::size_t const wanted = used + more + more / 8 + 64;
+        if (wanted > m_room) {
+            m_room = std::max(2 * m_room, wanted);
+            PoolBytes fresh = makePoolBytes(m_room);
+            if (!fresh) {
+                m_ok = false;
+                return false;
+            }
+            if (used > 0) {
+                std::memcpy(fresh.get(), m_bytes.get(), used);
+            }
+            bits.moveTo(fresh.get() + used);
+            m_bytes = std::move(fresh);
+        }
+        return true;
+    }
+
+    ByteSource m_source;
+    PoolBytes m_bytes;
+    std::size_t m_room = 0;
+    unsigned char const *m_next = nullptr;
+    unsigned char const *m_end = nullptr;
+    bool m_ok = true;
+};
+
 } // namespace
 
 void cCodecLZ77::setByte(int at, unsigned char byte)
@@ -135,24 +203,15 @@ int cCodecLZ77::AddString(int new_node, int *match_position)
 
 bool cCodecLZ77::encode(cFile &in, cFile &out, ...)
 {
-    RestOfStream const rest(in, out);
-    if (!rest.ok()) {
+    Feed feed(in, out);
+    if (!feed.ok()) {
         return false;
     }
-    unsigned char const *from = rest.data();
-    unsigned char const *const end = from + rest.size();
-    // 9 bits for a byte, when all of them are literals, and the end.
-    PoolBytes const bits = makePoolBytes(rest.size() + rest.size() / 8 + 16);
-    if (!bits) {
-        return false;
-    }
-    BitWriter writer(bits.get());
-
     std::memset(window, 0, sizeof(window));
     int current_position = 1;
-    int look_ahead_bytes = static_cast<int>(std::min<std::size_t>(lookAhead, rest.size()));
-    for (int i = 0; i < look_ahead_bytes; ++i) {
-        setByte(current_position + i, *from++);
+    int look_ahead_bytes = 0;
+    for (unsigned char byte = 0; look_ahead_bytes < lookAhead && feed.next(byte); ++look_ahead_bytes) {
+        setByte(current_position + look_ahead_bytes, byte);
     }
     InitTree(current_position);
     int match_length = 0;
@@ -161,17 +220,18 @@ bool cCodecLZ77::encode(cFile &in, cFile &out, ...)
         match_length = std::min(match_length, look_ahead_bytes);
         int replace_count = 1;
         if (match_length < shortestMatch) {
-            writer.put(1u | std::uint32_t{reversedByte[window[current_position]]} << 1, 9);
+            feed.bits.put(1u | std::uint32_t{reversedByte[window[current_position]]} << 1, 9);
         } else {
-            writer.putField(static_cast<std::uint32_t>(match_position), indexBits + 1);
-            writer.putField(static_cast<std::uint32_t>(match_length - shortestMatch), lengthBits);
+            feed.bits.putField(static_cast<std::uint32_t>(match_position), indexBits + 1);
+            feed.bits.putField(static_cast<std::uint32_t>(match_length - shortestMatch), lengthBits);
             replace_count = match_length;
         }
         for (int i = 0; i < replace_count; ++i) {
             int const behind = (current_position + lookAhead) % windowSize;
             DeleteString(behind);
-            if (from < end) {
-                setByte(behind, *from++);
+            unsigned char byte = 0;
+            if (feed.next(byte)) {
+                setByte(behind, byte);
             } else {
                 --look_ahead_bytes;
             }
@@ -181,11 +241,8 @@ bool cCodecLZ77::encode(cFile &in, cFile &out, ...)
             }
         }
     }
-    writer.putField(endOfStream, indexBits + 1);
-    std::size_t const size = static_cast<std::size_t>(writer.finish() - bits.get());
-    if (size <= std::numeric_limits<std::uint32_t>::max()) {
-        out.write(bits.get(), static_cast<unsigned int>(size));
-    }
+    feed.bits.putField(endOfStream, indexBits + 1);
+    feed.writeTo(out);
     return false;
 }
 

@@ -28,14 +28,19 @@ cFileMem &memoryOrThrow(cFile &file)
                     "System/Codec/codecs/codec_zip", __LINE__);
 }
 
-constexpr char const *encodeError = "cCodecZIP::encode(): Error %d\n";
-constexpr char const *decodeError = "cCodecZIP::decode(): Error %d\n";
-
-template <class... Arguments>
-bool failed(char const *format, Arguments... arguments)
+bool failed(char const *operation, int error)
 {
     if (LogManager::checkDefLogLevel(3)) {
-        LogManager::defLevelMessage(format, arguments...);
+        LogManager::defLevelMessage("cCodecZIP::%s(): Error %d\n", operation, error);
+    }
+    return false;
+}
+
+bool isInvalid(char const *operation)
+{
+    if (LogManager::checkDefLogLevel(3)) {
+        LogManager::defLevelMessage("cCodecZIP::%s(): invalid uncompressed size - memory corrupt?\n",
+                                    operation);
     }
     return false;
 }
@@ -89,17 +94,17 @@ bool compressInto(cFileMem &in, cFileMem &out, int level, bool withCompressedSiz
     std::uint32_t const sourceLength = bytesLeft(in);
     std::uint32_t const header = withCompressedSize ? 8 : 4;
     if (&in == &out) {
-        return failed(encodeError, Z_STREAM_ERROR);
+        return failed("encode", Z_STREAM_ERROR);
     }
     uLongf destLength = compressBound(sourceLength) + slack;
     Target target(out, header, destLength);
     if (!target.ok()) {
-        return failed(encodeError, Z_MEM_ERROR);
+        return failed("encode", Z_MEM_ERROR);
     }
     int const error = compress2(target.data(), &destLength, in.getData() + in.tell(), sourceLength, level);
     if (error != Z_OK) {
         target.clearBehind(0);
-        return failed(encodeError, error);
+        return failed("encode", error);
     }
     out.write_32(sourceLength);
     if (withCompressedSize) {
@@ -113,20 +118,20 @@ bool compressInto(cFileMem &in, cFileMem &out, int level, bool withCompressedSiz
 bool decompressInto(cFileMem &in, cFileMem &out, std::uint32_t uncompressedSize, std::uint32_t sourceLength)
 {
     if (uncompressedSize >= tooLarge) {
-        return failed("cCodecZIP::decode(): invalid uncompressed size - memory corrupt?\n");
+        return isInvalid("decode");
     }
     if (&in == &out || sourceLength > bytesLeft(in)) {
-        return failed(decodeError, &in == &out ? Z_STREAM_ERROR : Z_BUF_ERROR);
+        return failed("decode", &in == &out ? Z_STREAM_ERROR : Z_BUF_ERROR);
     }
     uLongf destLength = uncompressedSize + slack;
     Target target(out, 0, destLength);
     if (!target.ok()) {
-        return failed(decodeError, Z_MEM_ERROR);
+        return failed("decode", Z_MEM_ERROR);
     }
     int const error = uncompress(target.data(), &destLength, in.getData() + in.tell(), sourceLength);
     if (error != Z_OK) {
         target.clearBehind(destLength);
-        return failed(decodeError, error);
+        return failed("decode", error);
     }
     in.seek(in.tell() + sourceLength);
     target.keep(destLength);
@@ -189,7 +194,7 @@ unsigned int cCodecZIP::getUncompressedSize(cFile &in) const
     bool const whole = in.read_32(size);
     in.seek(position);
     if (!whole || size >= tooLarge) {
-        failed("cCodecZIP::getUncompressedSize(): invalid uncompressed size - memory corrupt?\n");
+        isInvalid("getUncompressedSize");
         return 0;
     }
     return size;
