@@ -20,6 +20,33 @@ constexpr std::uint32_t smallestSlotBits = 10;
 constexpr std::size_t storageBytes = sizeof(std::uint64_t) << largestSlotBits;
 constexpr std::uint32_t firstWidth = 9;
 
+// 16 bits each for the code and for the byte behind it, joined to the hash of a string. That of a code is
+// kept beside it, so that nothing but the way from slot to slot is waited for.
+constexpr std::uint32_t hashOfCode(std::uint32_t code)
+{
+    return code * 0x9E37u & 0xFFFF;
+}
+
+constexpr std::uint32_t hashOfByte(std::uint32_t byte)
+{
+    return byte * 0x85EBCA6Bu >> 16;
+}
+
+constexpr std::uint32_t keyOf(std::uint32_t parent, unsigned char byte)
+{
+    return parent << 8 | byte;
+}
+
+inline std::uint32_t findSlot(std::uint64_t const *slots, std::uint32_t mask, std::uint32_t parentHash,
+                              std::uint32_t key)
+{
+    std::uint32_t index = (parentHash ^ hashOfByte(key & 0xFF)) & mask;
+    while (slots[index] >> 32 != key && slots[index] != 0) {
+        index = (index + 1) & mask;
+    }
+    return index;
+}
+
 } // namespace
 
 cCodecLZW::~cCodecLZW()
@@ -55,14 +82,9 @@ void cCodecLZW::useSlots(std::size_t inputBytes)
 
 unsigned int cCodecLZW::find_child_node(int parent_code, int child_character) const
 {
-    std::uint32_t const key =
-        static_cast<std::uint32_t>(parent_code) << 8 | static_cast<std::uint32_t>(child_character);
-    std::uint32_t const mask = (1u << m_slotBits) - 1;
-    std::uint32_t index = key * 0x9E3779B1u >> (32 - m_slotBits);
-    while (dict[index] != 0 && dict[index] >> 32 != key) {
-        index = (index + 1) & mask;
-    }
-    return index;
+    return findSlot(
+        dict, (1u << m_slotBits) - 1, hashOfCode(static_cast<std::uint32_t>(parent_code)),
+        keyOf(static_cast<std::uint32_t>(parent_code), static_cast<unsigned char>(child_character)));
 }
 
 bool cCodecLZW::encode(cFile &in, cFile &out, ...)
@@ -80,16 +102,23 @@ bool cCodecLZW::encode(cFile &in, cFile &out, ...)
     unsigned char const *from = rest.data();
     unsigned char const *const end = from + rest.size();
     std::uint32_t string_code = from < end ? *from++ : END_OF_STREAM;
+    std::uint32_t hash = hashOfCode(string_code);
+    std::uint32_t const mask = (1u << m_slotBits) - 1;
+    std::uint64_t *const slots = dict;
     while (from < end) {
         unsigned char const c = *from++;
-        std::uint64_t &slot = dict[find_child_node(static_cast<int>(string_code), c)];
+        std::uint32_t const key = keyOf(string_code, c);
+        std::uint64_t &slot = slots[findSlot(slots, mask, hash, key)];
         if (slot != 0) {
             string_code = slot & 0xFFFF;
+            hash = slot >> 16 & 0xFFFF;
             continue;
         }
-        slot = std::uint64_t{string_code << 8 | c} << 32 | next_code++;
+        slot = std::uint64_t{key} << 32 | hashOfCode(next_code) << 16 | next_code;
+        ++next_code;
         writer.putField(string_code, current_code_bits);
         string_code = c;
+        hash = hashOfCode(c);
         if (next_code > MAX_CODE) {
             writer.putField(FLUSH_CODE, current_code_bits);
             InitializeDictionary();
@@ -111,39 +140,146 @@ bool cCodecLZW::encode(cFile &in, cFile &out, ...)
 // A string is kept in pieces of 8 bytes: the first word holds the last piece, the second one the length, and
 // in its upper half the code that ends with the piece before. So a code costs a store for each 8 bytes, and
 // no string is ever kept twice.
-void cCodecLZW::addString(std::uint32_t old_code, unsigned char character)
-{
-    std::uint64_t const piece = old_code < FIRST_CODE ? old_code : dict[2 * old_code];
-    std::uint64_t const rest = old_code < FIRST_CODE ? 1 : dict[2 * old_code + 1];
-    auto const length = static_cast<std::uint32_t>(rest);
-    std::uint32_t const at = length % 8;
-    dict[2 * next_code] = (at == 0 ? 0 : piece) | std::uint64_t{character} << (8 * at);
-    dict[2 * next_code + 1] = at == 0 ? std::uint64_t{old_code} << 32 | (length + 1) : rest + 1;
-    ++next_code;
-}
-
 unsigned int cCodecLZW::decode_string(unsigned int count, unsigned int code)
 {
-    if (code < FIRST_CODE) {
-        if (count < TABLE_SIZE) {
-            decode_stack[count++] = static_cast<unsigned char>(code);
-        }
-        return count;
-    }
     std::uint64_t rest = dict[2 * code + 1];
     auto const length = static_cast<std::uint32_t>(rest);
     if (length > TABLE_SIZE - count) {
         return count;
     }
     unsigned char *const to = decode_stack + count;
-    store64(to + (length - 1) / 8 * 8, dict[2 * code]);
-    for (std::uint32_t at = (length - 1) / 8 * 8; at > 0;) {
+    std::uint32_t at = (length - 1) / 8 * 8;
+    store64(to + at, dict[2 * code]);
+    while (at > 0) {
         code = static_cast<std::uint32_t>(rest >> 32);
         rest = dict[2 * code + 1];
         at -= 8;
         store64(to + at, dict[2 * code]);
     }
     return count + length;
+}
+
+/// The state of one decode().
+struct cCodecLZW::Decoder {
+    Decoder(cCodecLZW &owner, RestOfStream const &in, cFile &to)
+        : codec(owner), reader(in.data(), in.size()), out(to), allowed(outputBound(in.size()))
+    {
+        for (std::uint32_t byte = 0; byte < END_OF_STREAM; ++byte) {
+            codec.dict[2 * byte] = byte;
+            codec.dict[2 * byte + 1] = 1;
+        }
+    }
+
+    enum Stop { ended, flushed, damaged, full };
+
+    /// Writes what waits. @return false if not all of it could be, or was allowed to
+    bool writeOut()
+    {
+        auto const some = static_cast<unsigned int>(std::min<std::uint64_t>(count, allowed));
+        bool const whole = out.write(codec.decode_stack, some) == some && some == count;
+        allowed -= some;
+        count = 0;
+        return whole;
+    }
+
+    Stop decodeDictionary();
+
+    cCodecLZW &codec;
+    BitReader reader;
+    cFile &out;
+    std::uint64_t allowed;   // bytes that may still be written
+    std::uint32_t count = 0; // bytes in decode_stack
+};
+
+// Up to a flush or the end. What is used for each code is kept at hand: the compiler has to take any store of
+// a byte for a change of the object.
+cCodecLZW::Decoder::Stop cCodecLZW::Decoder::decodeDictionary()
+{
+    if (reader.bitsLeft() < firstWidth) {
+        return damaged;
+    }
+    std::uint32_t old_code = reader.field(firstWidth);
+    if (old_code >= END_OF_STREAM) {
+        return old_code == END_OF_STREAM ? ended : damaged;
+    }
+    BitReader bits = reader;
+    std::uint64_t *const words = codec.dict;
+    std::uint32_t next = FIRST_CODE;
+    std::uint32_t width = firstWidth;
+    if (count == TABLE_SIZE && !writeOut()) {
+        return full;
+    }
+    unsigned char *to = codec.decode_stack + count;
+    *to++ = static_cast<unsigned char>(old_code);
+    unsigned char *const end = codec.decode_stack + TABLE_SIZE;
+    std::uint64_t oldPiece = old_code;
+    std::uint64_t oldRest = 1;
+    std::uint64_t first = old_code; // byte of the last string, in the lowest 8 bits
+    Stop stop = damaged;
+    while (bits.bitsLeft() >= width) {
+        std::uint32_t code = bits.field(width);
+        if (code - END_OF_STREAM < FIRST_CODE - END_OF_STREAM) [[unlikely]] {
+            if (code == BUMP_CODE && ++width <= MAX_BITS) {
+                continue;
+            }
+            stop = code == END_OF_STREAM ? ended : code == FLUSH_CODE ? flushed : damaged;
+            break;
+        }
+        if (code > next || next > MAX_CODE) [[unlikely]] {
+            break;
+        }
+        // The string made now is the last one and the first byte of this one. If it is this one, that is its
+        // own first byte, and the last one's as well.
+        bool const justMade = code == next;
+        std::uint64_t piece = justMade ? oldPiece : words[2 * code];
+        std::uint64_t rest = justMade ? oldRest : words[2 * code + 1];
+        std::uint32_t const length = static_cast<std::uint32_t>(rest) + justMade;
+        if (static_cast<std::ptrdiff_t>(length) > end - to) [[unlikely]] {
+            count = static_cast<std::uint32_t>(to - codec.decode_stack);
+            if (!writeOut()) {
+                stop = full;
+                break;
+            }
+            to = codec.decode_stack;
+        }
+        if (!justMade) {
+            first = piece;
+            if (length > 8) {
+                std::uint32_t before = (length - 1) / 8 * 8;
+                store64(to + before, piece);
+                std::uint32_t link = code;
+                for (std::uint64_t up = rest; before > 0; up = words[2 * link + 1]) {
+                    link = static_cast<std::uint32_t>(up >> 32);
+                    before -= 8;
+                    first = words[2 * link];
+                    store64(to + before, first);
+                }
+            } else {
+                store64(to, piece);
+            }
+        }
+        std::uint32_t const place = static_cast<std::uint32_t>(oldRest) & 7;
+        std::uint64_t const newPiece = (place == 0 ? 0 : oldPiece) | (first & 0xFF) << (8 * place);
+        std::uint64_t const newRest =
+            place == 0 ? std::uint64_t{old_code} << 32 | ((oldRest & 0xFFFFFFFF) + 1) : oldRest + 1;
+        words[2 * next] = newPiece;
+        words[2 * next + 1] = newRest;
+        ++next;
+        if (justMade) [[unlikely]] {
+            piece = newPiece;
+            rest = newRest;
+            codec.decode_string(static_cast<std::uint32_t>(to - codec.decode_stack), code);
+        }
+        to += length;
+        old_code = code;
+        oldPiece = piece;
+        oldRest = rest;
+    }
+    if (stop != full) {
+        count = static_cast<std::uint32_t>(to - codec.decode_stack);
+    }
+    reader = bits;
+    return stop;
 }
 
 bool cCodecLZW::decode(cFile &in, cFile &out, ...)
@@ -153,77 +289,13 @@ bool cCodecLZW::decode(cFile &in, cFile &out, ...)
     if (!rest.ok()) {
         return false;
     }
-    BitReader reader(rest.data(), rest.size());
-    std::uint64_t allowed = outputBound(rest.size());
-    std::uint32_t count = 0; // bytes in decode_stack
-    bool whole = true;       // all of them written, and allowed
-    auto const writeOut = [&] {
-        auto const some = static_cast<unsigned int>(std::min<std::uint64_t>(count, allowed));
-        whole = out.write(decode_stack, some) == some && some == count;
-        allowed -= some;
-        count = 0;
-        return whole;
-    };
-    m_slotBits = 0; // nothing to clear: a code is looked up only after it was entered
-    for (bool flushed = true; flushed && whole;) {
-        flushed = false;
-        InitializeDictionary();
-        if (reader.bitsLeft() < firstWidth) {
-            break;
-        }
-        std::uint32_t old_code = reader.field(firstWidth);
-        if (old_code == END_OF_STREAM) {
-            return writeOut();
-        }
-        if (old_code >= END_OF_STREAM) {
-            break;
-        }
-        auto character = static_cast<unsigned char>(old_code);
-        if (count == TABLE_SIZE && !writeOut()) {
-            return false;
-        }
-        decode_stack[count++] = character;
-        while (reader.bitsLeft() >= current_code_bits) {
-            std::uint32_t const new_code = reader.field(current_code_bits);
-            if (new_code - END_OF_STREAM < FIRST_CODE - END_OF_STREAM) {
-                if (new_code == END_OF_STREAM) {
-                    return writeOut();
-                }
-                if (new_code == FLUSH_CODE) {
-                    flushed = true;
-                    break;
-                }
-                if (++current_code_bits > MAX_BITS) {
-                    break;
-                }
-                continue;
-            }
-            if (new_code > next_code || next_code > MAX_CODE) {
-                break;
-            }
-            // A code that the encoder has only just made is the last string and its own first byte.
-            bool const justMade = new_code == next_code;
-            if (justMade) {
-                addString(old_code, character);
-            }
-            std::uint32_t before = count;
-            count = decode_string(count, new_code);
-            if (count == before) {
-                if (!writeOut()) {
-                    return false;
-                }
-                before = 0;
-                count = decode_string(0, new_code);
-            }
-            character = decode_stack[before];
-            if (!justMade) {
-                addString(old_code, character);
-            }
-            old_code = new_code;
-        }
+    Decoder decoder(*this, rest, out);
+    Decoder::Stop stop = Decoder::flushed;
+    while (stop == Decoder::flushed) {
+        stop = decoder.decodeDictionary();
     }
-    writeOut();
-    return false;
+    bool const whole = stop != Decoder::full && decoder.writeOut();
+    return whole && stop == Decoder::ended;
 }
 
 String CodecLzwFactory::getType() const
