@@ -21,6 +21,44 @@ std::uint64_t loadKey(unsigned char const *from)
     return __builtin_bswap64(load64(from));
 }
 
+// A child is kept as its distance from the first node in bytes, of which each has 16: a search adds it to the
+// address of the tree and has nothing to multiply.
+constexpr std::uint16_t linkTo(int node)
+{
+    return static_cast<std::uint16_t>(node << 4);
+}
+
+constexpr int nodeOf(std::uint32_t link)
+{
+    return static_cast<int>(link >> 4);
+}
+
+// How many of 9 bytes are the same; the difference of the first two that are not.
+int compareBehind(unsigned char const *left, unsigned char const *right, int &delta)
+{
+    int const equal = std::countr_zero(load64(left) ^ load64(right)) / 8;
+    delta = left[equal] - right[equal];
+    return equal + (equal == 8 && delta == 0);
+}
+
+// Up to 17 bytes, forwards. Writes 17 in any case, unless source and target overlap: what is too much is
+// written over by what follows.
+inline void copyMatch(unsigned char *to, unsigned char const *from, std::uint32_t length)
+{
+    if (to - from >= 17) [[likely]] {
+        std::uint64_t const first = load64(from);
+        std::uint64_t const second = load64(from + 8);
+        unsigned char const last = from[16];
+        store64(to, first);
+        store64(to + 8, second);
+        to[16] = last;
+        return;
+    }
+    for (std::uint32_t i = 0; i < length; ++i) {
+        to[i] = from[i];
+    }
+}
+
 /// The input byte by byte, and the output in memory, with room for all that was read.
 class Feed {
 public:
@@ -102,18 +140,18 @@ void cCodecLZ77::setByte(int at, unsigned char byte)
 void cCodecLZ77::InitTree(int r)
 {
     std::memset(tree, 0, sizeof(tree));
-    tree[treeRoot].child[larger] = static_cast<std::uint16_t>(r);
+    tree[treeRoot].child[larger] = linkTo(r);
     tree[r].parent = treeRoot;
+    tree[r].key = loadKey(window + r);
 }
 
-// Puts a child, or none, in the place of its parent.
+// Puts a child, or none, in the place of its parent. What is noted at the place 0, which is no node, is never
+// looked at: to ask would cost more than to write.
 void cCodecLZ77::ContractNode(int old_node, int new_node)
 {
     int const parent = tree[old_node].parent;
-    if (new_node != 0) {
-        tree[new_node].parent = static_cast<std::uint16_t>(parent);
-    }
-    tree[parent].child[tree[parent].child[larger] == old_node] = static_cast<std::uint16_t>(new_node);
+    tree[new_node].parent = static_cast<std::uint16_t>(parent);
+    tree[parent].child[tree[parent].child[larger] == linkTo(old_node)] = linkTo(new_node);
     tree[old_node].parent = 0;
 }
 
@@ -121,12 +159,11 @@ void cCodecLZ77::ContractNode(int old_node, int new_node)
 void cCodecLZ77::ReplaceNode(int old_node, int new_node)
 {
     int const parent = tree[old_node].parent;
-    tree[parent].child[tree[parent].child[smaller] != old_node] = static_cast<std::uint16_t>(new_node);
-    tree[new_node] = tree[old_node];
+    tree[parent].child[tree[parent].child[smaller] != linkTo(old_node)] = linkTo(new_node);
+    std::memcpy(tree[new_node].child, tree[old_node].child, sizeof(tree[new_node].child));
+    tree[new_node].parent = static_cast<std::uint16_t>(parent);
     for (std::uint16_t const child : tree[new_node].child) {
-        if (child != 0) {
-            tree[child].parent = static_cast<std::uint16_t>(new_node);
-        }
+        tree[nodeOf(child)].parent = static_cast<std::uint16_t>(new_node);
     }
     tree[old_node].parent = 0;
 }
@@ -134,25 +171,25 @@ void cCodecLZ77::ReplaceNode(int old_node, int new_node)
 // The largest of the strings that are smaller.
 int cCodecLZ77::FindNextNode(int node) const
 {
-    int next = tree[node].child[smaller];
+    int next = nodeOf(tree[node].child[smaller]);
     while (tree[next].child[larger] != 0) {
-        next = tree[next].child[larger];
+        next = nodeOf(tree[next].child[larger]);
     }
     return next;
 }
 
 void cCodecLZ77::DeleteString(int p)
 {
-    if (tree[p].parent == 0) {
+    if (p == 0 || tree[p].parent == 0) {
         return;
     }
-    if (tree[p].child[larger] == 0) {
-        ContractNode(p, tree[p].child[smaller]);
-    } else if (tree[p].child[smaller] == 0) {
-        ContractNode(p, tree[p].child[larger]);
+    int const left = nodeOf(tree[p].child[smaller]);
+    int const right = nodeOf(tree[p].child[larger]);
+    if (std::min(left, right) == 0) {
+        ContractNode(p, left + right);
     } else {
         int const replacement = FindNextNode(p);
-        DeleteString(replacement);
+        ContractNode(replacement, nodeOf(tree[replacement].child[smaller]));
         ReplaceNode(p, replacement);
     }
 }
@@ -165,40 +202,44 @@ int cCodecLZ77::AddString(int new_node, int *match_position)
         return 0;
     }
     std::uint64_t const key = loadKey(window + new_node);
-    std::uint64_t const nextKey = loadKey(window + new_node + 8);
+    tree[new_node].key = key;
     int best = 0;
-    int bestNode = *match_position;
-    int test = tree[treeRoot].child[larger];
-    for (;;) {
-        std::uint64_t const testKey = loadKey(window + test);
+    std::uintptr_t bestLink = 0;
+    auto *const base = reinterpret_cast<unsigned char *>(tree);
+    std::uintptr_t test = 0;
+    bool side = false;
+    for (std::uintptr_t next = tree[treeRoot].child[larger]; next != 0;) {
+        test = next;
+        sNode const &node = *reinterpret_cast<sNode const *>(base + test);
+        std::uint64_t const testKey = node.key;
         int equal = std::countl_zero(key ^ testKey) / 8;
-        int side = key > testKey;
+        side = key > testKey;
         if (equal == 8) [[unlikely]] {
-            std::uint64_t const testNext = loadKey(window + test + 8);
-            equal += std::countl_zero(nextKey ^ testNext) / 8;
-            side = nextKey > testNext;
-            if (equal == 16) {
-                int const delta = window[new_node + 16] - window[test + 16];
-                if (delta == 0) {
-                    ReplaceNode(test, new_node);
-                    *match_position = test;
-                    return lookAhead;
-                }
-                side = delta > 0;
+            int delta = 0;
+            int const place = nodeOf(static_cast<std::uint32_t>(test));
+            equal += compareBehind(window + new_node + 8, window + place + 8, delta);
+            if (equal == lookAhead) {
+                ReplaceNode(place, new_node);
+                *match_position = place;
+                return lookAhead;
             }
+            side = delta > 0;
         }
+        // Both children are at hand before the side is known, and no branch is guessed on it.
+        std::uintptr_t const left = node.child[smaller];
+        std::uintptr_t const both = left ^ node.child[larger];
+        next = left ^ (both & (std::uintptr_t{0} - side));
         bool const better = equal >= best;
         best = better ? equal : best;
-        bestNode = better ? test : bestNode;
-        std::uint16_t &child = tree[test].child[side];
-        if (child == 0) {
-            child = static_cast<std::uint16_t>(new_node);
-            tree[new_node] = {static_cast<std::uint16_t>(test), {0, 0}};
-            *match_position = bestNode;
-            return best;
-        }
-        test = child;
+        bestLink = better ? test : bestLink;
     }
+    sNode &parent = *reinterpret_cast<sNode *>(base + test);
+    parent.child[side] = linkTo(new_node);
+    tree[new_node].child[smaller] = 0;
+    tree[new_node].child[larger] = 0;
+    tree[new_node].parent = static_cast<std::uint16_t>(nodeOf(static_cast<std::uint32_t>(test)));
+    *match_position = nodeOf(static_cast<std::uint32_t>(bestLink));
+    return best;
 }
 
 bool cCodecLZ77::encode(cFile &in, cFile &out, ...)
@@ -277,9 +318,7 @@ bool cCodecLZ77::decode(cFile &in, cFile &out, ...)
             std::uint32_t const length = (field & ((1u << lengthBits) - 1)) + shortestMatch;
             auto const current = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(to) + place);
             std::uint32_t const distance = (current - match_position - 1) % windowSize + 1;
-            for (std::uint32_t i = 0; i < length; ++i) {
-                to[i] = to[static_cast<std::ptrdiff_t>(i) - static_cast<std::ptrdiff_t>(distance)];
-            }
+            copyMatch(to, to - distance, length);
             to += length;
         }
         if (to >= blockEnd) {

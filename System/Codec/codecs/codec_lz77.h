@@ -32,11 +32,13 @@ private:
     static constexpr int endOfStream = 0;
 
     /// A place in the window as a node of the tree; 0 stands for none, so the place 0 is never in the tree.
-    /// 16 bits each, so that the tree fits into the first cache.
+    /// A search reads nothing but nodes as long as strings differ in their first bytes.
     struct sNode {
+        std::uint64_t key;      // the string's first 8 bytes, as a number that compares as they do
+        std::uint16_t child[2]; // of smaller strings, of larger ones; as bytes from the first node
         std::uint16_t parent;
-        std::uint16_t child[2]; // of smaller strings, of larger ones
     };
+    static_assert(sizeof(sNode) == 16);
 
     void InitTree(int r);
     void ContractNode(int old_node, int new_node);

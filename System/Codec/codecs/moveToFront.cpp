@@ -6,6 +6,16 @@
 
 namespace Qel {
 
+namespace {
+
+#if defined(__x86_64__)
+bool const hasSsse3 = __builtin_cpu_supports("ssse3");
+#else
+constexpr bool hasSsse3 = false;
+#endif
+
+} // namespace
+
 MoveToFront::MoveToFront()
 {
     std::iota(m_table.begin(), m_table.end(), static_cast<unsigned char>(0));
@@ -13,24 +23,36 @@ MoveToFront::MoveToFront()
 
 void MoveToFront::encode(unsigned char const *from, unsigned char *to, std::size_t count)
 {
-    for (std::size_t i = 0; i < count; ++i) {
-        unsigned char const c = from[i];
-        auto const place =
-            static_cast<std::size_t>(std::find(m_table.begin(), m_table.end(), c) - m_table.begin());
-        to[i] = static_cast<unsigned char>(place);
-        std::memmove(m_table.data() + 1, m_table.data(), place);
-        m_table[0] = c;
-    }
+    hasSsse3 ? encodeSsse3(from, to, count) : encodePlain(from, to, count);
 }
 
 void MoveToFront::decode(unsigned char const *from, unsigned char *to, std::size_t count)
 {
+    hasSsse3 ? decodeSsse3(from, to, count) : decodePlain(from, to, count);
+}
+
+void MoveToFront::moveToFront(std::size_t place)
+{
+    unsigned char const c = m_table[place];
+    std::memmove(m_table.data() + 1, m_table.data(), place);
+    m_table[0] = c;
+}
+
+void MoveToFront::encodePlain(unsigned char const *from, unsigned char *to, std::size_t count)
+{
+    for (std::size_t i = 0; i < count; ++i) {
+        auto const place = std::find(m_table.begin(), m_table.end(), from[i]) - m_table.begin();
+        to[i] = static_cast<unsigned char>(place);
+        moveToFront(static_cast<std::size_t>(place));
+    }
+}
+
+void MoveToFront::decodePlain(unsigned char const *from, unsigned char *to, std::size_t count)
+{
     for (std::size_t i = 0; i < count; ++i) {
         std::size_t const place = from[i];
-        unsigned char const c = m_table[place];
-        to[i] = c;
-        std::memmove(m_table.data() + 1, m_table.data(), place);
-        m_table[0] = c;
+        to[i] = m_table[place];
+        moveToFront(place);
     }
 }
 

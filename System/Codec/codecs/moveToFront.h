@@ -13,8 +13,18 @@ public:
     void encode(unsigned char const *from, unsigned char *to, std::size_t count);
     void decode(unsigned char const *from, unsigned char *to, std::size_t count);
 
+    /// The same by the instructions that every processor has.
+    void encodePlain(unsigned char const *from, unsigned char *to, std::size_t count);
+    void decodePlain(unsigned char const *from, unsigned char *to, std::size_t count);
+
 private:
-    std::array<unsigned char, 256> m_table;
+    // With SSSE3. They keep the first 32 bytes of the table in registers.
+    void encodeSsse3(unsigned char const *from, unsigned char *to, std::size_t count);
+    void decodeSsse3(unsigned char const *from, unsigned char *to, std::size_t count);
+
+    void moveToFront(std::size_t place);
+
+    alignas(16) std::array<unsigned char, 256> m_table;
 };
 
 } // namespace Qel
