@@ -1,6 +1,10 @@
+#include "console.h"
 #include "frameClock.h"
 #include "options.h"
 #include "report.h"
+#include "settings.h"
+#include "terminalConsole.h"
+#include "workload.h"
 
 #include "System/System/Root.h"
 #include "System/System/configFile.h"
@@ -46,14 +50,30 @@ int runEngine(Options const &options)
 
     Qel::Root root(options.pluginFile, options.logFile, true);
     Qel::logMessage(mark, 2);
-    FrameClock clock(options.frames);
+    FrameClock clock;
     root.addFrameListener(&clock);
-    root.setMaxFrameRate(options.fps);
-    root.run();
+    Workload workload(options.profileFile);
+    root.addFrameListener(&workload);
+    bool left = false; // by the user, before the last frame
+    if (options.console) {
+        TerminalConsole terminal;
+        root.addFrameListener(&terminal);
+        root.run();
+        root.removeFrameListener(&terminal);
+        left = clock.frames() < settings::frames;
+    } else {
+        root.run();
+    }
+    root.removeFrameListener(&workload);
     root.removeFrameListener(&clock);
-    printReport(options, root, clock);
+    workload.finish();
+    printReport(options, root, clock, workload);
 
-    if (clock.frames() != options.frames) {
+    if (workload.primes() != Workload::primesThatThereAre()) {
+        return fail("the tasks have counted wrongly");
+    }
+
+    if (!left && clock.frames() < settings::frames) {
         return fail("the loop has ended early");
     }
     if (root.getPlugins().size() != listedPlugins(options.pluginFile)) {
@@ -73,6 +93,15 @@ int main(int argc, char **argv)
     std::optional<Options> const options = readOptions(argc, argv, exitCode);
     if (!options) {
         return exitCode;
+    }
+    if (options->list) {
+        for (std::string const &line : console::list()) {
+            std::puts(line.c_str());
+        }
+        return 0;
+    }
+    if (options->console && !TerminalConsole::available()) {
+        return fail("--console needs a terminal");
     }
     try {
         return runEngine(*options);

@@ -55,7 +55,7 @@ std::string systemPath(char const *path)
 
 std::string lastErrorText()
 {
-    return std::strerror(errno);
+    return errno == 0 ? std::string() : std::strerror(errno);
 }
 
 FilePtr openFile(char const *path, char const *mode)
@@ -117,8 +117,10 @@ bool writeThrough(std::FILE *file, void const *data, std::size_t size)
     if (std::fwrite(data, 1, size, file) == size && std::fflush(file) == 0) {
         return true;
     }
-    // What is left in the buffer would go out with the next write.
+    // What is left in the buffer would go out with the next write. Purging takes it away and leaves behind
+    // where the buffer was read from, by which a seek would find other bytes: a flush has that forgotten.
     __fpurge(file);
+    std::fflush(file);
     std::clearerr(file);
     return false;
 }

@@ -18,7 +18,7 @@ unsigned int cFileBit::read(void *buffer, unsigned int size)
 
 unsigned int cFileBit::write(void const *buffer, unsigned int size)
 {
-    if (buffer == nullptr) {
+    if (buffer == nullptr || size == 0) {
         return 0;
     }
     auto const *const bytes = static_cast<unsigned char const *>(buffer);

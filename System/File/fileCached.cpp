@@ -139,11 +139,14 @@ unsigned int cFileCached::write(void const *buffer, unsigned int size)
         std::memcpy(m_buffer.get() + at, from + done, count);
         m_dirty = true;
         m_position += count;
-        m_windowEnd = std::max(m_windowEnd, m_position);
         done += count;
-        // A full window goes out at once. If it cannot, the next write that needs room tells.
-        if (m_windowEnd - m_windowStart == m_bufferSize) {
-            flush();
+        if (m_position > m_windowEnd) {
+            m_windowEnd = m_position;
+            // A window that has filled up goes out at once. If it cannot, the next write that needs room
+            // tells.
+            if (m_windowEnd - m_windowStart == m_bufferSize) {
+                flush();
+            }
         }
     }
     return done;

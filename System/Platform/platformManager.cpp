@@ -3,6 +3,8 @@
 #include "System/Patterns/tSingletonImpl.h"
 #include "System/System/exception.h"
 #include "System/System/pluginMgr.h"
+#include "System/Thread/cpuBinding.h"
+#include "System/Time/processorInfo.h"
 
 namespace Qel {
 
@@ -53,9 +55,20 @@ PlatformManager::PlatformManager()
     bind(plugin, "destroyPlatformErrorDialog", m_destroyErrorDialog);
     bind(plugin, "destroyPlatformInputReader", m_destroyInputReader);
     bind(plugin, "destroyPlatformSplashDialog", m_destroySplashDialog);
+
+    ProcessorInfo const *const processors = ProcessorInfo::InstancePtr();
+    cCpuBinding::init(processors != nullptr && processors->getPhysicalCPUs() > 1);
 }
 
-PlatformManager::~PlatformManager() = default;
+PlatformManager::~PlatformManager()
+{
+    cCpuBinding::deinit();
+}
+
+ProcessorInfo &PlatformManager::getProcessorInfo() const
+{
+    return ProcessorInfo::Instance();
+}
 
 ConfigDialog *PlatformManager::createConfigDialog()
 {

@@ -8,6 +8,7 @@ namespace Qel {
 class ConfigDialog;
 class ErrorDialog;
 class InputReader;
+class ProcessorInfo;
 class SplashDialog;
 
 class PlatformManager;
@@ -26,7 +27,8 @@ class QEL_API PlatformManager : public tSingleton<PlatformManager> {
 public:
     static constexpr char const *pluginName = "plugin_win32platform.dll";
 
-    /// Needs a PluginMgr.
+    /// Needs a PluginMgr. Switches the binding of threads to processors on if a ProcessorInfo counts more
+    /// than one package.
     /// @throws Exception number 9 if the plugin cannot be loaded or lacks one of the exports; the description
     ///         names it
     PlatformManager();
@@ -34,6 +36,8 @@ public:
 
     PlatformManager(PlatformManager const &) = delete;
     PlatformManager &operator=(PlatformManager const &) = delete;
+
+    ProcessorInfo &getProcessorInfo() const; ///< the process's; there must be one, as there is under Root
 
     // Null if the plugin made nothing.
     ConfigDialog *createConfigDialog();

@@ -8,6 +8,7 @@
 #include "System/Platform/renderSystem.h"
 #include "System/System/logManager.h"
 #include "System/System/pluginMgr.h"
+#include "System/Time/processorInfo.h"
 #include "System/Time/timer.h"
 #include "System/Time/timerInit.h"
 
@@ -62,6 +63,7 @@ void Root::bringUp(String const &pluginFileName, String const &logFileName, bool
 
     made.m_logManager = std::make_unique<LogManager>();
     made.m_logManager->createLog(logFileName, true, true, writeLogFile);
+    made.m_processorInfo = std::make_unique<ProcessorInfo>();
     logMessage("Timer Initialising\n", 2);
     TimerInit::init(TIMER_MILLISECONDS);
     std::uint32_t const startStamp = os::milliseconds();

@@ -4,6 +4,7 @@
 #include "System/System/exception.h"
 #include "System/System/logManager.h"
 #include "System/System/pluginMgr.h"
+#include "System/Time/processorInfo.h"
 #include "System/Time/timer.h"
 
 #include "Support/OS/debug.h"
@@ -33,6 +34,7 @@ void RootManagers::takeDown()
     stopPlugins();
     m_pluginMgr.reset();
     m_globalStrings.reset();
+    m_processorInfo.reset();
 }
 
 void RootManagers::stopPlugins()

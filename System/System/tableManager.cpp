@@ -62,11 +62,30 @@ private:
     cTableManager &m_manager;
 };
 
+// Nothing that was replaced is freed for as long as one of these lives: not between two messages either,
+// since the change that replaced it may be the one still to be told.
+class cTableManager::Round {
+public:
+    explicit Round(cTableManager &manager) : m_manager(manager) { ++manager.m_rounds; }
+    ~Round() { --m_manager.m_rounds; }
+
+    Round(Round const &) = delete;
+    Round &operator=(Round const &) = delete;
+
+private:
+    cTableManager &m_manager;
+};
+
 cTableManager::QueuedNotify::QueuedNotify(cTableManager &owner, sMsgNotify const &message,
                                           NotifyCallback callback)
-    : sMsgNotify(message), manager(owner), keyText(owner.CopyValue(message.key.name)),
-      copy(owner.CopyValue(*message.value))
+    : sMsgNotify(message), manager(owner), keyText(owner.CopyValue(message.key.name))
 {
+    try {
+        copy = owner.CopyValue(*message.value);
+    } catch (...) {
+        owner.FreeValue(keyText);
+        throw;
+    }
     key.name = keyText.toStPtr();
     value = &copy;
     sender = callback;
@@ -75,9 +94,15 @@ cTableManager::QueuedNotify::QueuedNotify(cTableManager &owner, sMsgNotify const
 
 cTableManager::QueuedNotify::~QueuedNotify()
 {
-    // Listeners may have borrowed any of it.
-    manager.discard(keyText);
-    manager.discard(copy);
+    for (varType *const own : {&keyText, &copy}) {
+        // Listeners that still run may have borrowed it. If none does, a long chain of posts must not pile it
+        // up.
+        if (manager.m_dispatchDepth != 0) {
+            manager.discard(*own);
+        } else {
+            manager.FreeValue(*own);
+        }
+    }
     table->Release();
 }
 
@@ -247,11 +272,14 @@ void cTableManager::ItemChange(cVarTable const &table, cVarTable::KeyVal &item, 
         return;
     }
     TableHold const hold(table);
-    tell(message, callback);
-    while (!m_queue.empty()) {
-        std::list<QueuedNotify> front;
-        front.splice(front.begin(), m_queue, m_queue.begin());
-        tell(front.front(), front.front().sender);
+    {
+        Round const round(*this);
+        tell(message, callback);
+        while (!m_queue.empty()) {
+            std::list<QueuedNotify> front;
+            front.splice(front.begin(), m_queue, m_queue.begin());
+            tell(front.front(), front.front().sender);
+        }
     }
     FlushFreelist();
 }
@@ -271,7 +299,7 @@ void cTableManager::tell(sMsgNotify message, NotifyCallback callback)
 
 void cTableManager::discard(varType value)
 {
-    if (value.isString() && m_dispatchDepth == 0) {
+    if (value.isString() && m_rounds == 0) {
         UnregisterString(value.toStPtr());
     } else if (ownsSomething(value)) {
         m_freeList.push_back(value);
@@ -279,10 +307,10 @@ void cTableManager::discard(varType value)
 }
 
 // Releasing a table may release others: they come to the list, so that the depth of the stack does not grow
-// with theirs. Nested calls leave the work to the outermost, and while listeners run nothing is released.
+// with theirs. Nested calls leave the work to the outermost, and before a round is over nothing is released.
 void cTableManager::FlushFreelist()
 {
-    if (m_flushing || m_dispatchDepth != 0) {
+    if (m_flushing || m_rounds != 0) {
         return;
     }
     m_flushing = true;

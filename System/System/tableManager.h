@@ -88,6 +88,7 @@ public:
 private:
     friend class cVarTable;
     class Dispatch;
+    class Round;
     struct Life;
 
     // A message that waits for its turn, and what it refers to.
@@ -121,6 +122,7 @@ private:
     std::vector<varType> m_freeList;         // replaced values that listeners may still see
     std::list<QueuedNotify> m_queue;         // a list: an empty one owns nothing when the library goes
     std::uint32_t m_dispatchDepth = 0;       // not 0 while listeners run
+    std::uint32_t m_rounds = 0;              // not 0 until all are told of a change and the queue is empty
     std::uint32_t m_stringCount = 0;
     std::size_t m_tablesGone = 0; // null entries of m_tables
     bool m_flushing = false;

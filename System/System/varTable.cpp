@@ -118,13 +118,15 @@ IVarTable &cVarTable::CreateSubTable(varType key)
     if (there.isTable()) {
         return there;
     }
+    // The text may lie in a table, where a listener can have it freed.
+    std::uint32_t const hash = sKey(key).hash;
     TableHold const hold(*this);
     cVarTable &fresh = m_manager->Create(key.toStPtr(""));
     TableHold const holdFresh(fresh);
     fresh.Release();
     Set(key, fresh, nullptr);
     // A listener may have put something else in its place.
-    return Get(key);
+    return Get(hash);
 }
 
 ITableManager &cVarTable::GetManager()

@@ -206,6 +206,29 @@ TEST_F(TableManager, KeepsWhatIsBeingToldValid)
     EXPECT_EQ(cVarTable::m_TableCount, tables) << "the table went when the last listener had been told";
 }
 
+// A listener may keep what it has got from a table until it hears that it has changed. A table that dies with
+// an earlier message must not end that.
+TEST_F(TableManager, KeepsWhatWasReplacedUntilItsOwnChangeIsTold)
+{
+    table->Set("k", "old text, long enough for a block of its own");
+    told();
+    char const *const kept = table->Get("k");
+    std::string seen;
+    a.then = [&](sMsgNotify const &message) {
+        if (message.key.hash == cVarTable::CalcKey("start")) {
+            cVarTable &brief = manager().Create("brief");
+            brief.Set("inner", "text of a table that goes with its message");
+            brief.Release();
+            table->Set("k", "new text, as long as the one before it");
+        } else if (message.key.hash == cVarTable::CalcKey("k")) {
+            seen = kept;
+        }
+    };
+    table->Set("start", 1);
+    EXPECT_EQ(seen, "old text, long enough for a block of its own");
+    EXPECT_EQ(cVarTable::m_TableCount, tables + 1) << "nothing is left when all is told";
+}
+
 // Who is added hears of the change in flight, who is removed does not, and nobody is passed over.
 TEST_F(TableManager, LetsListenersComeAndGoWhileItTells)
 {
@@ -323,6 +346,21 @@ TEST_F(TableManager, GivesTheDummyTableForASubTableThatAListenerRemoves)
     sub.Set("x", 1);
     EXPECT_TRUE(sub.Get("x").isNil());
     EXPECT_EQ(table->Get("sub").toI32(), 5);
+}
+
+// The key is a text of the table itself, which goes when the listener sets another.
+TEST_F(TableManager, MakesASubTableNamedByATextThatAListenerReplaces)
+{
+    std::string const name = "the name of the sub-table, in a block of its own";
+    table->Set("name", name.c_str());
+    a.then = [&](sMsgNotify const &message) {
+        if (message.value->isTable()) {
+            table->Set("name", "a name of another length");
+        }
+    };
+    IVarTable &sub = table->CreateSubTable(table->Get("name"));
+    sub.Set("x", 1, &Ear::hear);
+    EXPECT_EQ(table->Get(name.c_str()).toTable().Get("x").toI32(), 1);
 }
 
 } // namespace

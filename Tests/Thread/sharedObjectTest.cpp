@@ -1,0 +1,255 @@
+#include "System/Thread/mutex.h"
+#include "System/Thread/signal.h"
+#include "Tests/Tools/waitUntil.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include <signal.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace Qel;
+
+namespace {
+
+// A name that no other run of this test uses.
+std::string uniqueName(char const *what)
+{
+    return std::string("qel test/") + what + '\\' + std::to_string(getpid());
+}
+
+// What a process leaves in the shared folder under names of this test.
+int leftovers()
+{
+    int count = 0;
+    for (auto const &entry : std::filesystem::directory_iterator("/dev/shm")) {
+        count += entry.path().filename().string().find("qel_20test") != std::string::npos &&
+                         entry.path().filename().string().ends_with(std::to_string(getpid()))
+                     ? 1
+                     : 0;
+    }
+    return count;
+}
+
+// A child process; it ends by _exit, so that nothing of the test runs twice.
+class Child {
+public:
+    template <class Body>
+    explicit Child(Body body) : m_process(fork())
+    {
+        if (m_process == 0) {
+            body();
+            _exit(0);
+        }
+    }
+    ~Child()
+    {
+        if (m_process > 0) {
+            kill(m_process, SIGKILL);
+            wait();
+        }
+    }
+    Child(Child const &) = delete;
+    Child &operator=(Child const &) = delete;
+
+    void killAndWait()
+    {
+        kill(m_process, SIGKILL);
+        wait();
+    }
+    int wait()
+    {
+        int status = 0;
+        waitpid(m_process, &status, 0);
+        m_process = -1;
+        return status;
+    }
+
+private:
+    pid_t m_process;
+};
+
+// A flag that a child and its parent see.
+class SharedFlag {
+public:
+    SharedFlag()
+        : m_flag(static_cast<std::atomic<int> *>(mmap(
+              nullptr, sizeof(std::atomic<int>), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0)))
+    {
+    }
+    ~SharedFlag() { munmap(m_flag, sizeof *m_flag); }
+    SharedFlag(SharedFlag const &) = delete;
+    SharedFlag &operator=(SharedFlag const &) = delete;
+
+    void set(int value) { m_flag->store(value); }
+    int get() const { return m_flag->load(); }
+
+private:
+    std::atomic<int> *m_flag;
+};
+
+} // namespace
+
+TEST(Mutex, IsTakenAgainByItsOwnerThroughAnyObjectOfItsName)
+{
+    std::string const name = uniqueName("again");
+    {
+        cMutex first(name.c_str());
+        auto second = std::make_unique<cMutex>(name.c_str());
+        first.on();
+        second->on();
+        std::atomic<bool> entered{false};
+        std::thread other([&] {
+            cMutex third(name.c_str());
+            cMutexHelper const guard(&third);
+            entered = true;
+        });
+        second->off();
+        second.reset();
+        test::pause(5);
+        EXPECT_FALSE(entered);
+        first.off();
+        other.join();
+    }
+    EXPECT_EQ(leftovers(), 0);
+}
+
+TEST(Mutex, WithoutANameIsALockOfItsOwn)
+{
+    cMutex first;
+    cMutex second("");
+    cMutexHelper const guard(&first);
+    std::thread([&] { cMutexHelper const other(&second); }).join();
+    cMutexHelper const nothing(nullptr);
+}
+
+TEST(Mutex, IsFreeAgainWhenItsOwnerIsKilled)
+{
+    std::string const name = uniqueName("killed");
+    {
+        cMutex mutex(name.c_str());
+        SharedFlag held;
+        Child child([&] {
+            cMutex mine(name.c_str());
+            mine.on();
+            mine.on();
+            held.set(1);
+            pause();
+        });
+        ASSERT_TRUE(test::waitUntil([&] { return held.get() == 1; }));
+
+        std::atomic<bool> entered{false};
+        std::thread waiter([&] {
+            cMutexHelper const guard(&mutex);
+            entered = true;
+        });
+        test::pause(5);
+        EXPECT_FALSE(entered);
+        child.killAndWait();
+        waiter.join();
+
+        // And it is an ordinary lock again.
+        cMutexHelper const once(&mutex);
+        cMutexHelper const twice(&mutex);
+    }
+    EXPECT_EQ(leftovers(), 0);
+}
+
+TEST(Mutex, WhatAKilledProcessLeftAloneBehindIsClearedByTheNextUser)
+{
+    std::string const name = uniqueName("left");
+    SharedFlag held;
+    Child child([&] {
+        cMutex mine(name.c_str());
+        mine.on();
+        held.set(1);
+        pause();
+    });
+    ASSERT_TRUE(test::waitUntil([&] { return held.get() == 1; }));
+    child.killAndWait();
+    EXPECT_EQ(leftovers(), 1);
+    {
+        cMutex mutex(name.c_str());
+        cMutexHelper const guard(&mutex);
+    }
+    EXPECT_EQ(leftovers(), 0);
+}
+
+TEST(Signal, ReachesAnotherProcessByName)
+{
+    std::string there = uniqueName("there");
+    std::string back = uniqueName("back");
+    {
+        cSignal ping(there.data());
+        cSignal pong(back.data());
+        cMutex sameName(there.c_str()); // another object
+        Child child([&] {
+            cSignal hear(there.data());
+            cSignal answer(back.data());
+            for (int round = 0; round < 50; ++round) {
+                hear.wait_signal();
+                answer.signal();
+            }
+        });
+        for (int round = 0; round < 50; ++round) {
+            ping.signal();
+            pong.wait_signal();
+        }
+        EXPECT_EQ(child.wait(), 0);
+    }
+    EXPECT_EQ(leftovers(), 0);
+}
+
+TEST(Signal, IsNotLostOnAWaiterThatIsKilled)
+{
+    std::string name = uniqueName("waiter");
+    cSignal signal(name.data());
+    SharedFlag waiting;
+    Child child([&] {
+        cSignal mine(name.data());
+        waiting.set(1);
+        mine.wait_signal();
+        _exit(1);
+    });
+    ASSERT_TRUE(test::waitUntil([&] { return waiting.get() == 1; }));
+    test::pause(5);
+    child.killAndWait();
+    std::atomic<int> through{0};
+    std::thread waiter([&] {
+        signal.wait_signal();
+        ++through;
+    });
+    signal.signal();
+    waiter.join();
+    EXPECT_EQ(through, 1);
+}
+
+// Openers and closers meet; whoever holds the name shares one lock.
+TEST(Mutex, IsOneLockForAllThatOpenAndCloseItAtOnce)
+{
+    std::string const name = uniqueName("crowd");
+    std::atomic<int> inside{0};
+    std::atomic<int> clashes{0};
+    std::vector<std::thread> threads;
+    for (int index = 0; index < 3; ++index) {
+        threads.emplace_back([&] {
+            for (int round = 0; round < 200; ++round) {
+                cMutex mutex(name.c_str());
+                cMutexHelper const guard(&mutex);
+                clashes += inside.fetch_add(1) != 0 ? 1 : 0;
+                --inside;
+            }
+        });
+    }
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(clashes, 0);
+    EXPECT_EQ(leftovers(), 0);
+}
