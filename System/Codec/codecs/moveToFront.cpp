@@ -1,20 +1,12 @@
 #include "System/Codec/codecs/moveToFront.h"
 
+#include "System/math/kernelLevel.h"
+
 #include <algorithm>
 #include <cstring>
 #include <numeric>
 
 namespace Qel {
-
-namespace {
-
-#if defined(__x86_64__)
-bool const hasSsse3 = __builtin_cpu_supports("ssse3");
-#else
-constexpr bool hasSsse3 = false;
-#endif
-
-} // namespace
 
 MoveToFront::MoveToFront()
 {
@@ -23,12 +15,28 @@ MoveToFront::MoveToFront()
 
 void MoveToFront::encode(unsigned char const *from, unsigned char *to, std::size_t count)
 {
-    hasSsse3 ? encodeSsse3(from, to, count) : encodePlain(from, to, count);
+#if defined(__x86_64__)
+    if (kernelLevel() >= KERNEL_AVX512) {
+        return encodeAvx512(from, to, count);
+    }
+    if (kernelLevel() >= KERNEL_SSE42) {
+        return encodeSse42(from, to, count);
+    }
+#endif
+    encodePlain(from, to, count);
 }
 
 void MoveToFront::decode(unsigned char const *from, unsigned char *to, std::size_t count)
 {
-    hasSsse3 ? decodeSsse3(from, to, count) : decodePlain(from, to, count);
+#if defined(__x86_64__)
+    if (kernelLevel() >= KERNEL_AVX512) {
+        return decodeAvx512(from, to, count);
+    }
+    if (kernelLevel() >= KERNEL_SSE42) {
+        return decodeSse42(from, to, count);
+    }
+#endif
+    decodePlain(from, to, count);
 }
 
 void MoveToFront::moveToFront(std::size_t place)

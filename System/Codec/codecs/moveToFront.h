@@ -13,18 +13,19 @@ public:
     void encode(unsigned char const *from, unsigned char *to, std::size_t count);
     void decode(unsigned char const *from, unsigned char *to, std::size_t count);
 
-    /// The same by the instructions that every processor has.
+private:
+    // One pair for each way of kernelLevel.h. With SSE4.2 the first 32 bytes of the table are in registers,
+    // with AVX-512 all of them.
     void encodePlain(unsigned char const *from, unsigned char *to, std::size_t count);
     void decodePlain(unsigned char const *from, unsigned char *to, std::size_t count);
-
-private:
-    // With SSSE3. They keep the first 32 bytes of the table in registers.
-    void encodeSsse3(unsigned char const *from, unsigned char *to, std::size_t count);
-    void decodeSsse3(unsigned char const *from, unsigned char *to, std::size_t count);
+    void encodeSse42(unsigned char const *from, unsigned char *to, std::size_t count);
+    void decodeSse42(unsigned char const *from, unsigned char *to, std::size_t count);
+    void encodeAvx512(unsigned char const *from, unsigned char *to, std::size_t count);
+    void decodeAvx512(unsigned char const *from, unsigned char *to, std::size_t count);
 
     void moveToFront(std::size_t place);
 
-    alignas(16) std::array<unsigned char, 256> m_table;
+    alignas(64) std::array<unsigned char, 256> m_table;
 };
 
 } // namespace Qel

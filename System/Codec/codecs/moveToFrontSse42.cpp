@@ -1,13 +1,11 @@
 #include "System/Codec/codecs/moveToFront.h"
 
-#if defined(__x86_64__)
-
 #include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <cstring>
 
-#include <tmmintrin.h>
+#include <nmmintrin.h>
 
 namespace Qel {
 
@@ -79,7 +77,7 @@ void moveFromBehind(unsigned char *table, Front &halves, std::size_t place)
 
 } // namespace
 
-void MoveToFront::encodeSsse3(unsigned char const *from, unsigned char *to, std::size_t count)
+void MoveToFront::encodeSse42(unsigned char const *from, unsigned char *to, std::size_t count)
 {
     Front halves{load(m_table.data()), load(m_table.data() + 16)};
     for (std::size_t i = 0; i < count; ++i) {
@@ -111,7 +109,7 @@ void MoveToFront::encodeSsse3(unsigned char const *from, unsigned char *to, std:
     store(m_table.data() + 16, halves.high);
 }
 
-void MoveToFront::decodeSsse3(unsigned char const *from, unsigned char *to, std::size_t count)
+void MoveToFront::decodeSse42(unsigned char const *from, unsigned char *to, std::size_t count)
 {
     Front halves{load(m_table.data()), load(m_table.data() + 16)};
     for (std::size_t i = 0; i < count; ++i) {
@@ -128,5 +126,3 @@ void MoveToFront::decodeSsse3(unsigned char const *from, unsigned char *to, std:
 }
 
 } // namespace Qel
-
-#endif
