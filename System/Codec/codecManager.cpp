@@ -7,6 +7,7 @@
 #include "System/Codec/codecs/codec_zip.h"
 #include "System/Patterns/tSingletonImpl.h"
 #include "System/System/logManager.h"
+#include "System/System/pluginMgr.h"
 
 #include <algorithm>
 
@@ -41,9 +42,15 @@ void CodecManager::addFactory(CodecFactory *factory)
         return;
     }
     String const name = factory->getType();
-    if (factories.try_emplace(name, factory).second) {
-        logMessage("Codec type '" + name + "' registered.\n", 2);
+    if (!factories.try_emplace(name, factory).second) {
+        return;
     }
+    logMessage("Codec type '" + name + "' registered.\n", 2);
+    PluginMgr::registered(factory, [factory] {
+        if (CodecManager *const manager = InstancePtr()) {
+            manager->removeFactory(factory);
+        }
+    });
 }
 
 void CodecManager::removeFactory(CodecFactory const *factory)
@@ -53,6 +60,7 @@ void CodecManager::removeFactory(CodecFactory const *factory)
     if (at != factories.end()) {
         codecs.erase(at->first);
         factories.erase(at);
+        PluginMgr::unregistered(factory);
     }
 }
 

@@ -40,8 +40,8 @@ public:
     ///                 nothing
     void addFactory(CodecFactory *factory);
 
-    /// Takes a factory out and destroys the codec that it made: for a plugin that goes before the manager
-    /// does. Does nothing with one that is not registered.
+    /// Takes a factory out and destroys the codec that it made. What a plugin registered while it started is
+    /// taken out when that fails. Does nothing with one that is not registered.
     void removeFactory(CodecFactory const *factory);
 
     /// The codec of that name, made now if nobody has asked for it before.

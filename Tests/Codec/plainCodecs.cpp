@@ -3,6 +3,8 @@
 #include "System/File/fileBit.h"
 #include "System/File/fileBitOld.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -439,15 +441,18 @@ namespace {
 
 std::string moveToFront(std::string const &data, bool encoding)
 {
-    std::string table(256, '\0');
+    std::array<char, 256> table;
     std::iota(table.begin(), table.end(), '\0');
     std::string result;
+    result.reserve(data.size());
     for (char const c : data) {
-        std::size_t const place = encoding ? table.find(c) : static_cast<unsigned char>(c);
+        std::size_t const place =
+            encoding ? static_cast<std::size_t>(std::find(table.begin(), table.end(), c) - table.begin())
+                     : static_cast<unsigned char>(c);
         char const symbol = table[place];
         result += encoding ? static_cast<char>(place) : symbol;
-        table.erase(place, 1);
-        table.insert(table.begin(), symbol);
+        std::memmove(table.data() + 1, table.data(), place);
+        table[0] = symbol;
     }
     return result;
 }

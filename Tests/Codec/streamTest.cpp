@@ -4,6 +4,7 @@
 #include "System/Codec/codecs/codec_mtf.h"
 #include "System/File/fileBit.h"
 #include "System/File/fileBitOld.h"
+#include "System/math/kernelLevel.h"
 #include "Tests/Codec/plainCodecs.h"
 #include "Tests/Codec/testData.h"
 #include "Tests/Tools/vectorFile.h"
@@ -233,6 +234,22 @@ TEST_F(CodecStream, AnOutputThatTakesNoMoreIsTold)
         back.writeLimit = 90'000;
         EXPECT_FALSE(coder.codec->decode(in, back));
         EXPECT_TRUE(data.compare(0, back.bytes.size(), back.content()) == 0);
+    }
+}
+
+TEST(CodecMtf, EveryLevelOfTheProcessorGivesTheSameBytes)
+{
+    std::string data;
+    for (char const *const kind : {"random", "text", "runs", "ramp"}) {
+        data += test::makeData(kind, 70'000, 8);
+    }
+    std::string const stream = plain::encodeMtf(data);
+    cCodecMTF codec;
+    for (std::uint32_t level = 0; level <= kernelLevelMax(); ++level) {
+        SCOPED_TRACE(level);
+        ASSERT_TRUE(setKernelLevel(static_cast<eKernelLevel>(level)));
+        EXPECT_TRUE(test::encoded(codec, data) == stream);
+        EXPECT_TRUE(test::decoded(codec, stream) == data);
     }
 }
 

@@ -10,6 +10,7 @@
 /// Takes so much and no more: what is too long to be of interest ends early.
 class SmallFile : public Qel::cFileMem {
 public:
+    using cFileMem::write;
     unsigned int write(void const *buffer, unsigned int size) override
     {
         return m_size + size > 256 * 1024 ? 0 : cFileMem::write(buffer, size);

@@ -17,35 +17,42 @@ namespace {
 
 constexpr std::uint32_t largestSlotBits = 16; // twice as many slots as there are codes
 constexpr std::uint32_t smallestSlotBits = 10;
-constexpr std::size_t storageBytes = sizeof(std::uint64_t) << largestSlotBits;
 constexpr std::uint32_t firstWidth = 9;
 
-// 16 bits each for the code and for the byte behind it, joined to the hash of a string. That of a code is
-// kept beside it, so that nothing but the way from slot to slot is waited for.
-constexpr std::uint32_t hashOfCode(std::uint32_t code)
-{
-    return code * 0x9E37u & 0xFFFF;
-}
-
-constexpr std::uint32_t hashOfByte(std::uint32_t byte)
-{
-    return byte * 0x85EBCA6Bu >> 16;
-}
+// To encode, the keys of all codes lie in front of the slots; to decode, two words for each code.
+constexpr std::size_t keyBytes = sizeof(std::uint32_t) << 15;
+constexpr std::size_t storageBytes = 2 * sizeof(std::uint64_t) << 15;
+static_assert(keyBytes + (sizeof(std::uint16_t) << largestSlotBits) <= storageBytes);
 
 constexpr std::uint32_t keyOf(std::uint32_t parent, unsigned char byte)
 {
     return parent << 8 | byte;
 }
 
-inline std::uint32_t findSlot(std::uint64_t const *slots, std::uint32_t mask, std::uint32_t parentHash,
-                              std::uint32_t key)
-{
-    std::uint32_t index = (parentHash ^ hashOfByte(key & 0xFF)) & mask;
-    while (slots[index] >> 32 != key && slots[index] != 0) {
-        index = (index + 1) & mask;
+/// The strings to encode with. A slot holds no more than a code, so that many of them share a line of the
+/// cache; whose code it is, its key tells, and the guess that it is the right one mostly holds.
+struct Strings {
+    Strings(std::uint64_t *storage, std::uint32_t slotBits)
+        : keys(reinterpret_cast<std::uint32_t *>(storage)),
+          slots(reinterpret_cast<std::uint16_t *>(storage + keyBytes / sizeof(*storage))),
+          shift(32 - slotBits)
+    {
     }
-    return index;
-}
+
+    std::uint32_t find(std::uint32_t key) const
+    {
+        std::uint32_t const mask = 0xFFFFFFFFu >> shift;
+        std::uint32_t index = key * 0x9E3779B1u >> shift;
+        while (slots[index] != 0 && keys[slots[index]] != key) {
+            index = (index + 1) & mask;
+        }
+        return index;
+    }
+
+    std::uint32_t *keys;  // of each code: its parent's code and its last byte
+    std::uint16_t *slots; // 0 if free
+    std::uint32_t shift;
+};
 
 } // namespace
 
@@ -67,7 +74,7 @@ void cCodecLZW::InitializeStorage()
 
 void cCodecLZW::InitializeDictionary()
 {
-    std::memset(dict, 0, sizeof(dict[0]) << m_slotBits);
+    std::memset(dict + keyBytes / sizeof(dict[0]), 0, sizeof(std::uint16_t) << m_slotBits);
     next_code = FIRST_CODE;
     current_code_bits = firstWidth;
     next_bump_code = (1u << firstWidth) - 1;
@@ -82,9 +89,8 @@ void cCodecLZW::useSlots(std::size_t inputBytes)
 
 unsigned int cCodecLZW::find_child_node(int parent_code, int child_character) const
 {
-    return findSlot(
-        dict, (1u << m_slotBits) - 1, hashOfCode(static_cast<std::uint32_t>(parent_code)),
-        keyOf(static_cast<std::uint32_t>(parent_code), static_cast<unsigned char>(child_character)));
+    return Strings(dict, m_slotBits)
+        .find(keyOf(static_cast<std::uint32_t>(parent_code), static_cast<unsigned char>(child_character)));
 }
 
 bool cCodecLZW::encode(cFile &in, cFile &out, ...)
@@ -102,23 +108,19 @@ bool cCodecLZW::encode(cFile &in, cFile &out, ...)
     unsigned char const *from = rest.data();
     unsigned char const *const end = from + rest.size();
     std::uint32_t string_code = from < end ? *from++ : END_OF_STREAM;
-    std::uint32_t hash = hashOfCode(string_code);
-    std::uint32_t const mask = (1u << m_slotBits) - 1;
-    std::uint64_t *const slots = dict;
+    Strings const strings(dict, m_slotBits);
     while (from < end) {
         unsigned char const c = *from++;
         std::uint32_t const key = keyOf(string_code, c);
-        std::uint64_t &slot = slots[findSlot(slots, mask, hash, key)];
+        std::uint16_t &slot = strings.slots[strings.find(key)];
         if (slot != 0) {
-            string_code = slot & 0xFFFF;
-            hash = slot >> 16 & 0xFFFF;
+            string_code = slot;
             continue;
         }
-        slot = std::uint64_t{key} << 32 | hashOfCode(next_code) << 16 | next_code;
-        ++next_code;
+        slot = static_cast<std::uint16_t>(next_code);
+        strings.keys[next_code++] = key;
         writer.putField(string_code, current_code_bits);
         string_code = c;
-        hash = hashOfCode(c);
         if (next_code > MAX_CODE) {
             writer.putField(FLUSH_CODE, current_code_bits);
             InitializeDictionary();
