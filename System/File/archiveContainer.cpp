@@ -1,0 +1,318 @@
+#include "System/File/archiveContainer.h"
+
+#include "System/File/archive.h"
+#include "System/File/archiveManager.h"
+#include "System/File/archiveStreaming.h"
+#include "System/File/fileInfo.h"
+#include "System/System/logManager.h"
+#include "System/System/memtrackAllocator.h"
+
+#include "Support/PoolHeap/poolBlk.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <iterator>
+
+namespace Qel {
+
+namespace {
+
+constexpr std::size_t nameRoom = 260;            // of a lookup, with the terminator
+constexpr int namesTrusted = 65536;              // entries that room is taken for on an archive's word
+constexpr int namelessTrusted = 65536;           // entries without a name in a row before the count is a lie
+constexpr std::uint32_t tailFilled = 0x00100000; // bytes that a file may come short of
+
+// Neither has to be destroyed, so archives and containers may die in any order.
+constinit cArchiveContainer *firstContainer = nullptr;
+constinit thread_local char threadMark = 0;
+
+iArchive *loadArchive(String const &name, String const &type)
+{
+    ArchiveManager *const manager = ArchiveManager::InstancePtr();
+    return manager == nullptr ? nullptr : manager->load(name, type);
+}
+
+} // namespace
+
+cArchiveContainer cArchiveContainer::mCommonArchives;
+iArchive *cArchiveContainer::mExternals = nullptr;
+iArchive *cArchiveContainer::mInternals = nullptr;
+iArchiveStreaming *cArchiveContainer::streamer = nullptr;
+bool cArchiveContainer::mEnableStreaming = true;
+
+// While one exists, the calling thread changes the container. Changes may nest on one thread.
+class cArchiveContainer::ChangeScope {
+public:
+    explicit ChangeScope(cArchiveContainer &container) : m_container(container)
+    {
+        container.checkNotChanging();
+        m_before = container.m_changedBy.exchange(&threadMark, std::memory_order_relaxed);
+    }
+    ~ChangeScope() { m_container.m_changedBy.store(m_before, std::memory_order_relaxed); }
+
+    ChangeScope(ChangeScope const &) = delete;
+    ChangeScope &operator=(ChangeScope const &) = delete;
+
+private:
+    cArchiveContainer &m_container;
+    void const *m_before;
+};
+
+void cArchiveContainer::checkNotChanging() const
+{
+    [[maybe_unused]] void const *const changer = m_changedBy.load(std::memory_order_relaxed);
+    QEL_ASSERT(changer == nullptr || changer == &threadMark);
+}
+
+bool cArchiveContainer::sFileEntry::operator<(sFileEntry const &other) const
+{
+    return hash != other.hash ? hash < other.hash : std::strcmp(text, other.text) < 0;
+}
+
+cArchiveContainer::cArchiveContainer() : m_names(0, 4096, stringMemoryContext), m_next(firstContainer)
+{
+    if (m_next != nullptr) {
+        m_next->m_previous = this;
+    }
+    firstContainer = this;
+}
+
+cArchiveContainer::~cArchiveContainer()
+{
+    if (m_next != nullptr) {
+        m_next->m_previous = m_previous;
+    }
+    (m_previous != nullptr ? m_previous->m_next : firstContainer) = m_next;
+}
+
+void cArchiveContainer::addArchive(iArchive &archive)
+{
+    ChangeScope const changing(*this);
+    int const count = archive.getNumFiles();
+    std::vector<sFileEntry> fresh;
+    fresh.reserve(static_cast<std::size_t>(std::clamp(count, 0, namesTrusted)));
+
+    // The table stays as it is meanwhile: an archive may look something up while it is asked.
+    int nameless = 0;
+    for (int i = 0; i < count && nameless < namelessTrusted; ++i) {
+        HashConstCharPtr const file = archive.getFile(i);
+        if (file.text == nullptr) {
+            ++nameless;
+            continue;
+        }
+        nameless = 0;
+        iArchive *const owner = mExternals != nullptr && mExternals->exists(file) ? mExternals : &archive;
+        sFileEntry key{file.text, file.hash, owner};
+        if (sFileEntry *const known = findFileEntry(key)) {
+            known->archive = owner;
+        } else {
+            key.text = m_names.str_add(file.text);
+            if (key.text != nullptr) {
+                fresh.push_back(key);
+            }
+        }
+    }
+
+    m_archives.push_back(&archive);
+    std::stable_sort(fresh.begin(), fresh.end());
+    auto const sorted = static_cast<std::ptrdiff_t>(m_files.size());
+    m_files.insert(m_files.end(), fresh.begin(), fresh.end());
+    std::inplace_merge(m_files.begin(), m_files.begin() + sorted, m_files.end());
+    indexFiles();
+}
+
+void cArchiveContainer::indexFiles()
+{
+    m_index.build(m_files, [](sFileEntry const &entry) { return entry.hash; });
+}
+
+void cArchiveContainer::addArchive(String const &name, String const &type)
+{
+    std::printf("addArchive(%s,%s)\n", name.c_str(), type.c_str());
+    std::fflush(stdout);
+    if (LogManager::checkDefLogLevel(1)) {
+        LogManager::defLevelMessage("cArchiveContainer::addArchive(\"%s\",%s)\n", name.c_str(), type.c_str());
+    }
+    if (iArchive *const archive = loadArchive(name, type)) {
+        addArchive(*archive);
+    }
+}
+
+void cArchiveContainer::addCommonArchive(String const &name, String const &type)
+{
+    mCommonArchives.addArchive(name, type);
+}
+
+void cArchiveContainer::setInternals(String const &name, String const &type)
+{
+    mInternals = loadArchive(name, type);
+}
+
+void cArchiveContainer::refreshExternals(String const &path)
+{
+    if (mExternals != nullptr) {
+        mExternals->refresh();
+    } else {
+        mExternals = loadArchive(path, "FILESYSTEM");
+    }
+}
+
+void cArchiveContainer::refreshArchive()
+{
+    std::vector<iArchive *> const mounted = m_archives;
+    cleanupArchives();
+    for (iArchive *const archive : mounted) {
+        archive->refresh();
+        addArchive(*archive);
+    }
+}
+
+void cArchiveContainer::refreshCommonArchive()
+{
+    mCommonArchives.refreshArchive();
+}
+
+void cArchiveContainer::cleanupArchives()
+{
+    if (streamer != nullptr) {
+        streamer->flushRequests();
+    }
+    if (LogManager::checkDefLogLevel(1)) {
+        LogManager::defLevelMessage("cArchiveContainer::cleanupArchives() vfs=%d arcfs=%d\n",
+                                    static_cast<int>(m_archives.size()), static_cast<int>(m_files.size()));
+    }
+    ChangeScope const changing(*this);
+    m_archives.clear();
+    m_files.clear();
+    m_index.clear();
+    m_names.clear();
+}
+
+void cArchiveContainer::_forgetArchive(iArchive &archive)
+{
+    if (mExternals == &archive) {
+        mExternals = nullptr;
+    }
+    if (mInternals == &archive) {
+        mInternals = nullptr;
+    }
+    for (cArchiveContainer *container = firstContainer; container != nullptr; container = container->m_next) {
+        container->forget(archive);
+    }
+}
+
+void cArchiveContainer::forget(iArchive &archive)
+{
+    // Loose files have entries in containers that never mounted their archive, so all tables are looked at.
+    std::erase(m_archives, &archive);
+    if (std::erase_if(m_files, [&](sFileEntry const &entry) { return entry.archive == &archive; }) > 0) {
+        ChangeScope const changing(*this);
+        indexFiles();
+    }
+}
+
+// The index leads to the entries of the hash and a neighbour or two. Names that were made to have one hash
+// would make that a long way, so there it halves.
+cArchiveContainer::sFileEntry *cArchiveContainer::findFileEntry(sFileEntry const &key)
+{
+    HashIndex::Range const range = m_index.find(key.hash);
+    sFileEntry *const first = m_files.data() + range.first;
+    sFileEntry *const last = m_files.data() + range.last;
+    if (last - first > 8) {
+        sFileEntry *const place = std::lower_bound(first, last, key);
+        return place != last && !(key < *place) ? place : nullptr;
+    }
+    for (sFileEntry *entry = first; entry != last; ++entry) {
+        if (entry->hash == key.hash && std::strcmp(entry->text, key.text) == 0) {
+            return entry;
+        }
+    }
+    return nullptr;
+}
+
+bool cArchiveContainer::_findResource(char const *name, FileInfo *info)
+{
+    if (name == nullptr || strnlen(name, nameRoom) == nameRoom) {
+        return false;
+    }
+    char normal[nameRoom];
+    StringTools::remap(normal, name, StringTools::getMapTable(MAP_PATH));
+    return _findResource(HashConstCharPtr(normal), info);
+}
+
+bool cArchiveContainer::_findResource(HashConstCharPtr const &file, FileInfo *info)
+{
+    if (file.text == nullptr) {
+        return false;
+    }
+    if (this != &mCommonArchives && mCommonArchives._findResource(file, info)) {
+        return true;
+    }
+    checkNotChanging();
+    iArchive *archive = mInternals;
+    if (sFileEntry const *const entry = findFileEntry({file.text, file.hash, nullptr})) {
+        if (info == nullptr) {
+            return true;
+        }
+        archive = entry->archive;
+    } else if (archive == nullptr) {
+        return false;
+    } else if (info == nullptr && archive->exists(file)) {
+        return true;
+    }
+    if (!archive->findFile(file.text, info, file.hash)) {
+        return false;
+    }
+    if (info != nullptr) {
+        info->name[sizeof info->name - 1] = '\0';
+    }
+    return true;
+}
+
+bool cArchiveContainer::_findResourceData(char const *name, PoolBlk &block, unsigned int memoryContext,
+                                          FileInfo *info)
+{
+    FileInfo own;
+    FileInfo &record = info != nullptr ? *info : own;
+    return _findResource(name, &record) && _readResourceData(record, block, memoryContext) > 0;
+}
+
+unsigned int cArchiveContainer::_readResourceData(FileInfo &info, PoolBlk &block, unsigned int memoryContext)
+{
+    if (info.archive == nullptr || !block.alloc(info.size, memoryContext)) {
+        return 0;
+    }
+    std::uint32_t const size = block.size();
+    std::uint32_t const read = std::min(size, info.archive->readFile(&info, block.data(), size, info.handle));
+    std::uint32_t const lacking = size - read;
+    if (read == 0 || lacking > tailFilled) {
+        return 0;
+    }
+    std::memset(static_cast<char *>(block.data()) + read, 0, lacking);
+    return read;
+}
+
+unsigned int cArchiveContainer::getFileList(StringVector &out, char const *pattern) const
+{
+    getFileListSelf(out, pattern);
+    if (this != &mCommonArchives) {
+        mCommonArchives.getFileList(out, pattern);
+    }
+    return static_cast<unsigned int>(out.size());
+}
+
+unsigned int cArchiveContainer::getFileListSelf(StringVector &out, char const *pattern) const
+{
+    checkNotChanging();
+    bool const all = pattern == nullptr || std::strcmp(pattern, "*") == 0;
+    unsigned char const *const map = StringTools::getMapTable(MAP_PATH);
+    for (sFileEntry const &entry : m_files) {
+        if (all || StringTools::wcMatch(pattern, entry.text, map)) {
+            out.emplace_back(entry.text);
+        }
+    }
+    return static_cast<unsigned int>(out.size());
+}
+
+} // namespace Qel
