@@ -7,25 +7,26 @@
 
 namespace Qel {
 
-cResource::cResource() : lastAccess(cResourceManager::getResourceMgrTick())
+cResource::cResource() : m_lastAccess(cResourceManager::getResourceMgrTick())
 {
 }
 
 cResource::cResource(cResource const &other)
-    : name(other.name), factoryName(other.factoryName), lastAccess(other.lastAccess), size(other.size),
-      refCount(other.refCount), loaded(other.loaded), streaming(other.streaming)
+    : m_name(other.m_name), m_factoryName(other.m_factoryName), m_lastAccess(other.m_lastAccess),
+      m_size(other.m_size), m_refCount(other.m_refCount), m_loaded(other.m_loaded),
+      m_streaming(other.m_streaming)
 {
 }
 
 cResource &cResource::operator=(cResource const &other)
 {
-    name = other.name;
-    factoryName = other.factoryName;
-    lastAccess = other.lastAccess;
-    size = other.size;
-    refCount = other.refCount;
-    loaded = other.loaded;
-    streaming = other.streaming;
+    m_name = other.m_name;
+    m_factoryName = other.m_factoryName;
+    m_lastAccess = other.m_lastAccess;
+    m_size = other.m_size;
+    m_refCount = other.m_refCount;
+    m_loaded = other.m_loaded;
+    m_streaming = other.m_streaming;
     return *this;
 }
 
@@ -33,7 +34,7 @@ cResource::~cResource() = default;
 
 bool cResource::operator<(cResource &other)
 {
-    return lastAccess < other.lastAccess;
+    return m_lastAccess < other.m_lastAccess;
 }
 
 bool cResource::load()
@@ -47,20 +48,20 @@ void cResource::unload()
 
 bool cResource::stream_callback(PoolBlk &data, eStreamCallback reason)
 {
-    streaming = false;
+    m_streaming = false;
     if (LogManager::checkDefLogLevel(1)) {
         char const *const label = reason == STREAM_FORCED   ? "forced"
                                   : reason == STREAM_CACHED ? "cached"
                                                             : "";
         LogManager::defLevelMessage("cResource::stream_callback (%s)  File: %s Size: %d\n", label,
-                                    name.c_str(), static_cast<int>(data.size()));
+                                    m_name.c_str(), static_cast<int>(data.size()));
     }
     return false;
 }
 
 void cResource::touch()
 {
-    lastAccess = cResourceManager::getResourceMgrTick();
+    m_lastAccess = cResourceManager::getResourceMgrTick();
 }
 
 } // namespace Qel

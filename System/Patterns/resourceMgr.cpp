@@ -88,7 +88,7 @@ unsigned int cResourceManager::Register(cResource *resource, ePriority priority)
             m_resources[id] = resource;
         }
         resource->m_id = id;
-        char const *const name = resource->name.c_str();
+        char const *const name = resource->m_name.c_str();
         auto const [place, isNew] =
             m_nameToId.try_emplace(Key{String(name), StringTools::calcHash(name)}, id);
         m_slots[id] = Slot{isNew ? place : m_nameToId.end(), ++m_registrations};
@@ -131,7 +131,7 @@ void cResourceManager::Unregister(unsigned int id, bool force)
         return;
     }
     ++m_stats.unregistered;
-    if (resource->loaded) {
+    if (resource->m_loaded) {
         unloadAndDestroyResource(resource);
     }
 }
@@ -166,20 +166,20 @@ cResource *cResourceManager::getByID(unsigned int id, bool load)
     if (resource == nullptr) {
         return nullptr;
     }
-    if (load && !resource->loaded) {
+    if (load && !resource->m_loaded) {
         streamResourceById(id, PRIORITY_MOST_URGENT);
         resource = id < m_resources.size() ? m_resources[id] : nullptr;
         if (resource == nullptr) {
             return nullptr;
         }
     }
-    resource->lastAccess = mResourceMgrTick;
+    resource->m_lastAccess = mResourceMgrTick;
     return resource;
 }
 
 bool cResourceManager::findFile(cResource const &resource, FileInfo &info)
 {
-    return _findResource(HashConstCharPtr(resource.name.c_str()), &info);
+    return _findResource(HashConstCharPtr(resource.m_name.c_str()), &info);
 }
 
 void cResourceManager::request(FileInfo &info, ePriority priority)
@@ -192,21 +192,21 @@ void cResourceManager::request(FileInfo &info, ePriority priority)
 
 bool cResourceManager::streamResource(cResource &resource, ePriority priority)
 {
-    if (resource.loaded) {
+    if (resource.m_loaded) {
         return true;
     }
     Held const held(*this, resource);
-    resource.lastAccess = mResourceMgrTick;
+    resource.m_lastAccess = mResourceMgrTick;
     if (held.slot().loading) {
         return true;
     }
     if (priority == PRIORITY_MOST_URGENT) {
         loadNow(resource);
     } else {
-        if (streamer == nullptr || resource.streaming) {
+        if (streamer == nullptr || resource.m_streaming) {
             return true;
         }
-        resource.streaming = true;
+        resource.m_streaming = true;
         FileInfo info;
         if (findFile(resource, info) && held.alive() && streamer != nullptr) {
             request(info, priority);
@@ -215,29 +215,29 @@ bool cResourceManager::streamResource(cResource &resource, ePriority priority)
     if (!held.alive()) {
         return false;
     }
-    if (resource.loaded) {
-        resource.streaming = false;
+    if (resource.m_loaded) {
+        resource.m_streaming = false;
     }
-    return resource.loaded || resource.streaming;
+    return resource.m_loaded || resource.m_streaming;
 }
 
 void cResourceManager::loadNow(cResource &resource)
 {
     Held const held(*this, resource);
-    if (resource.streaming) {
+    if (resource.m_streaming) {
         abort_streaming(resource);
         if (!held.alive()) {
             return;
         }
     }
-    resource.streaming = true;
+    resource.m_streaming = true;
     bool hasLoaded = false;
     try {
         SlotFlag const loading(held, &Slot::loading);
         hasLoaded = resource.load();
     } catch (...) {
         if (held.alive()) {
-            resource.streaming = false;
+            resource.m_streaming = false;
         }
         throw;
     }
@@ -247,7 +247,7 @@ void cResourceManager::loadNow(cResource &resource)
     if (hasLoaded) {
         account(held);
         if (held.alive()) {
-            resource.loaded = true;
+            resource.m_loaded = true;
             checkUsage();
         }
         return;
@@ -273,16 +273,16 @@ void cResourceManager::stream_callback(cResource &resource, PoolBlk &data, eStre
         return;
     }
     Held const held(*this, resource);
-    if (!resource.loaded) {
+    if (!resource.m_loaded) {
         resource.incRefCount(); // it must outlive what it does in the call, and the eviction for its sake
-        resource.lastAccess = mResourceMgrTick;
+        resource.m_lastAccess = mResourceMgrTick;
         try {
             SlotFlag const loading(held, &Slot::loading);
             resource.stream_callback(data, reason);
         } catch (...) {
             if (held.alive()) {
                 resource.decRefCount();
-                resource.streaming = false;
+                resource.m_streaming = false;
             }
             throw;
         }
@@ -295,7 +295,7 @@ void cResourceManager::stream_callback(cResource &resource, PoolBlk &data, eStre
         }
         resource.decRefCount();
     }
-    resource.streaming = false;
+    resource.m_streaming = false;
 }
 
 // A streamer may be late: for a manager that is gone, for a resource that is gone, or twice.
@@ -316,9 +316,9 @@ void cResourceManager::static_stream_callback(char const *name, PoolBlk &data, v
 
 void cResourceManager::abort_streaming(cResource &resource)
 {
-    if (streamer != nullptr && resource.streaming) {
-        resource.streaming = false;
-        String const name = resource.name; // the resource may be gone before the call has returned
+    if (streamer != nullptr && resource.m_streaming) {
+        resource.m_streaming = false;
+        String const name = resource.m_name; // the resource may be gone before the call has returned
         streamer->abortFile(name.c_str());
     }
 }
@@ -354,7 +354,7 @@ bool cResourceManager::streamResourceByName(String const &name, ePriority priori
 void cResourceManager::refreshResource(unsigned int id)
 {
     cResource *const resource = id < m_resources.size() ? m_resources[id] : nullptr;
-    if (resource == nullptr || !resource->loaded) {
+    if (resource == nullptr || !resource->m_loaded) {
         return;
     }
     Held const held(*this, *resource);
@@ -367,7 +367,7 @@ void cResourceManager::refreshResource(unsigned int id)
 bool cResourceManager::isResourceLoaded(String name)
 {
     cResource const *const resource = getByName(name, false);
-    return resource != nullptr && resource->loaded;
+    return resource != nullptr && resource->m_loaded;
 }
 
 bool cResourceManager::isResourceStreamed(String)
@@ -379,8 +379,8 @@ bool cResourceManager::isResourceInUse(String const &name)
 {
     unsigned int const id = nameToID(name);
     cResource const *const resource = id < m_resources.size() ? m_resources[id] : nullptr;
-    return resource != nullptr && (resource->loaded || resource->streaming) &&
-           std::uint64_t{resource->lastAccess} + 2 >= mResourceMgrTick;
+    return resource != nullptr && (resource->m_loaded || resource->m_streaming) &&
+           std::uint64_t{resource->m_lastAccess} + 2 >= mResourceMgrTick;
 }
 
 bool cResourceManager::_findResourceData(char const *name, PoolBlk &block, FileInfo *info)
@@ -401,8 +401,8 @@ unsigned int cResourceManager::getAllResources(StringVector &out) const
 unsigned int cResourceManager::listResources(StringVector &out, bool all) const
 {
     for (cResource const *const resource : m_resources) {
-        if (resource != nullptr && (all || resource->refCount != 0)) {
-            out.push_back(resource->name + " [" + String(static_cast<unsigned int>(resource->refCount)) +
+        if (resource != nullptr && (all || resource->m_refCount != 0)) {
+            out.push_back(resource->m_name + " [" + String(static_cast<unsigned int>(resource->m_refCount)) +
                           "]");
         }
     }

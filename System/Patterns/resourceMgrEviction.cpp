@@ -88,22 +88,22 @@ void cResourceManager::checkUsage()
 
 bool cResourceManager::isCandidate(cResource const &resource) const
 {
-    return resource.loaded && std::uint64_t{resource.lastAccess} + 2 < mResourceMgrTick &&
-           (resource.refCount == 0 || (m_flags & UNLOAD_REFERENCED_RESOURCES) != 0);
+    return resource.m_loaded && std::uint64_t{resource.m_lastAccess} + 2 < mResourceMgrTick &&
+           (resource.m_refCount == 0 || (m_flags & UNLOAD_REFERENCED_RESOURCES) != 0);
 }
 
 bool cResourceManager::checkUsage(sCheckUsage &s, unsigned int first, unsigned int last)
 {
     for (std::size_t i = first; i < last && i < m_resources.size(); ++i) {
         if (i + prefetchAhead < m_resources.size() && m_resources[i + prefetchAhead] != nullptr) {
-            __builtin_prefetch(&m_resources[i + prefetchAhead]->lastAccess);
+            __builtin_prefetch(&m_resources[i + prefetchAhead]->m_lastAccess);
         }
         cResource *const resource = m_resources[i];
         if (resource == nullptr || !isCandidate(*resource)) {
             continue;
         }
         s.candidates[s.count++] = {resource, static_cast<std::uint32_t>(i), m_slots[i].registration,
-                                   resource->lastAccess};
+                                   resource->m_lastAccess};
         if (s.count == std::size(s.candidates) && checkUsageFlush(s)) {
             return true;
         }
@@ -154,7 +154,7 @@ void cResourceManager::account(Held const &held)
 void cResourceManager::release(cResource const &resource)
 {
     std::uint32_t const id = idOf(resource);
-    std::uint32_t bytes = resource.size;
+    std::uint32_t bytes = resource.m_size;
     if (id != 0) {
         bytes = m_slots[id].accounted;
         m_slots[id].accounted = 0;
@@ -165,7 +165,7 @@ void cResourceManager::release(cResource const &resource)
 void cResourceManager::unloadLoaded(cResource &resource)
 {
     Held const held(*this, resource);
-    if (!resource.loaded || held.slot().unloading) {
+    if (!resource.m_loaded || held.slot().unloading) {
         return;
     }
     release(resource);
@@ -174,9 +174,9 @@ void cResourceManager::unloadLoaded(cResource &resource)
         resource.unload();
     }
     if (held.alive()) {
-        resource.size = 0;
-        resource.loaded = false;
-        resource.streaming = false;
+        resource.m_size = 0;
+        resource.m_loaded = false;
+        resource.m_streaming = false;
     }
 }
 
@@ -199,13 +199,13 @@ void cResourceManager::unloadAndDestroyResource(cResource *resource)
                         "cResourceManager::unloadAndDestroyResource", "System/Patterns/resourceMgr",
                         __LINE__);
     }
-    if (resource->refCount != 0) {
+    if (resource->m_refCount != 0) {
         return;
     }
     Held const held(*this, *resource);
     unloadLoaded(*resource);
     // What unload() did may have made somebody refer to it.
-    if (held.alive() && resource->refCount == 0) {
+    if (held.alive() && resource->m_refCount == 0) {
         destroyRegistered(*resource);
     }
 }
@@ -275,11 +275,11 @@ bool cResourceManager::unloadAndDestroyAll()
 
 bool cResourceManager::finish(cResource &resource)
 {
-    bool const inUse = resource.refCount != 0;
+    bool const inUse = resource.m_refCount != 0;
     if (inUse && LogManager::checkDefLogLevel(3)) {
         LogManager::defLevelMessage(
             "cResourceManager::unloadAndDestroyAll - Resource is still in use. Name: %s\n",
-            resource.name.c_str());
+            resource.m_name.c_str());
     }
     Held const held(*this, resource);
     unloadLoaded(resource);
