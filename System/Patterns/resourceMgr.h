@@ -48,7 +48,8 @@ namespace Qel {
 ///
 /// **Re-entry.** What the library calls on a resource, on create() and destroy(), on an archive or on the
 /// streamer may register, unregister, load and evict in its turn, and set the budget. A load or an unload
-/// that comes back to its own resource finds it as it is. It must not destroy the manager.
+/// that comes back to its own resource finds it as it is, and a resource is not destroyed while one of its
+/// own operations runs. Only the manager must not be destroyed, nor all its resources at once.
 ///
 /// @par Limits     Sizes and the budget have 32 bits; a usage beyond that reads as 4 GiB less one byte. A
 ///                 number is used again after its resource is gone: a stale one may give another resource.

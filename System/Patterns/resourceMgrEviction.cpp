@@ -204,8 +204,9 @@ void cResourceManager::unloadAndDestroyResource(cResource *resource)
     }
     Held const held(*this, *resource);
     unloadLoaded(*resource);
-    // What unload() did may have made somebody refer to it.
-    if (held.alive() && resource->m_refCount == 0) {
+    // What unload() did may have made somebody refer to it. And one that is in the middle of a call of its
+    // own has to outlive that.
+    if (held.alive() && resource->m_refCount == 0 && !held.slot().loading && !held.slot().unloading) {
         destroyRegistered(*resource);
     }
 }

@@ -202,6 +202,7 @@ TEST_F(ArchiveContainer, ForgetsAndRereads)
     files.cleanupArchives();
     EXPECT_NE(log.take().find("vfs=0 arcfs=0\n"), std::string::npos);
     EXPECT_EQ(streamer.flushes, 3);
+    cArchiveContainer::setStreamingMgr(nullptr);
 }
 
 TEST_F(ArchiveContainer, ForgetsAnArchiveThatDies)
