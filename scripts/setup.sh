@@ -5,10 +5,12 @@ set -euo pipefail
 packages=(
     g++ cmake ninja-build pkg-config          # build
     clang-format-14                           # formatting check
+    libzip-dev                                # plugin for zip archives
     libcli11-dev                              # command lines of hosts and tools
     libgtest-dev                              # tests
     libbenchmark-dev                          # benchmarks, and the peers in them:
     libgoogle-perftools-dev libmimalloc-dev libspdlog-dev
+    libabsl-dev libphysfs-dev
 )
 
 missing=()

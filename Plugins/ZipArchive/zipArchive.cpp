@@ -7,7 +7,7 @@
 #include "System/File/fileInfo.h"
 #include "System/System/logManager.h"
 
-#include <limits>
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
