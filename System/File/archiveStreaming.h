@@ -36,8 +36,12 @@ public:
     virtual void requestFile(FileInfo *info, StreamCallback callback, void *user, unsigned int memoryContext,
                              ePriority priority) = 0;
 
-    /// Drops the pending request for this name, if there is one.
+    /// Drops the pending requests for this name, if there are any: they are not called for.
     virtual void abortFile(char const *name) = 0;
+
+    /// Makes the callbacks for what has been loaded. For hosts and tools without a frame loop: where there is
+    /// a Root, a streamer sees to it itself once a frame.
+    virtual void deliverFinished() {}
 };
 
 } // namespace Qel

@@ -42,7 +42,11 @@ private:
 /// What a test of a plugin with archives needs, in an empty folder.
 class ArchivePlugin : public testing::Test {
 protected:
-    explicit ArchivePlugin(char const *file) : plugin(file) {}
+    /// @param options  content of its file of options, if it has one
+    explicit ArchivePlugin(char const *file, char const *optionsFile = nullptr, char const *options = nullptr)
+        : folder(optionsFile, options), plugin(file)
+    {
+    }
 
     /// A file's content by its name in an archive; "(none)" if it is not found, "(unread)" if that fails.
     static std::string contentOf(iArchive &archive, char const *name)
@@ -63,7 +67,16 @@ protected:
         return {static_cast<char const *>(block.data()), block.size()};
     }
 
-    test::TempFolder folder;
+    struct PreparedFolder : test::TempFolder {
+        PreparedFolder(char const *file, char const *content)
+        {
+            if (file != nullptr) {
+                test::writeFile(file, content);
+            }
+        }
+    };
+
+    PreparedFolder folder;
     test::LogLines log;
     PluginMgr plugins;
     ArchiveManager manager;
