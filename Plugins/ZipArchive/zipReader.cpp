@@ -3,8 +3,13 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <mutex>
 
 namespace {
+
+// libzip turns the members' times into seconds with a function of the C library that keeps the time zone for
+// all threads.
+std::mutex openLock;
 
 struct MemberCloser {
     void operator()(zip_file_t *member) const { zip_fclose(member); }
@@ -31,6 +36,7 @@ zip_int64_t readUpTo(zip_file_t *member, void *buffer, zip_uint64_t size)
 
 bool ZipReader::open(std::string &error)
 {
+    std::lock_guard const hold(openLock);
     zip_error_t failure;
     zip_error_init(&failure);
     zip_source_t *const source = zip_source_function_create(&ZipReader::serve, this, &failure);
