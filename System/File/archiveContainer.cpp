@@ -212,8 +212,7 @@ void cArchiveContainer::forget(iArchive &archive)
     }
 }
 
-// The index leads to the entries of the hash and a neighbour or two. Names that were made to have one hash
-// would make that a long way, so there it halves.
+// Names that were made to have one hash would make a long way through them, so there it halves.
 cArchiveContainer::sFileEntry *cArchiveContainer::findFileEntry(sFileEntry const &key)
 {
     HashIndex::Range const range = m_index.find(key.hash);
@@ -224,7 +223,7 @@ cArchiveContainer::sFileEntry *cArchiveContainer::findFileEntry(sFileEntry const
         return place != last && !(key < *place) ? place : nullptr;
     }
     for (sFileEntry *entry = first; entry != last; ++entry) {
-        if (entry->hash == key.hash && std::strcmp(entry->text, key.text) == 0) {
+        if (std::strcmp(entry->text, key.text) == 0) {
             return entry;
         }
     }

@@ -85,22 +85,20 @@ std::size_t ArchiveIndex::find(HashConstCharPtr const &file) const
     if (file.text == nullptr) {
         return npos;
     }
-    // As in the containers' tables: next to the place that the hash gives, and by halves in a crowd.
+    // As in the containers' tables, names of one hash are halved where there is a crowd of them.
     HashIndex::Range const range = m_index.find(file.hash);
     std::size_t first = range.first;
     std::size_t last = range.last;
     while (last - first > 8) {
         std::size_t const middle = first + (last - first) / 2;
-        Entry const &entry = m_entries[middle];
-        bool const before =
-            entry.hash != file.hash ? entry.hash < file.hash : std::strcmp(nameOf(entry), file.text) < 0;
-        (before ? first : last) = before ? middle + 1 : middle;
-        if (!before && entry.hash == file.hash && std::strcmp(nameOf(entry), file.text) == 0) {
+        int const order = std::strcmp(nameOf(m_entries[middle]), file.text);
+        if (order == 0) {
             return middle;
         }
+        (order < 0 ? first : last) = order < 0 ? middle + 1 : middle;
     }
     for (; first != last; ++first) {
-        if (m_entries[first].hash == file.hash && std::strcmp(nameOf(m_entries[first]), file.text) == 0) {
+        if (std::strcmp(nameOf(m_entries[first]), file.text) == 0) {
             return first;
         }
     }
