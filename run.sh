@@ -8,7 +8,6 @@ scripts/setup.sh
 scripts/build.sh release
 
 if [ $# -eq 0 ]; then
-    set -- --frames 300 --fps 100
+    set -- --frames 300 --fps 100 --log build/release/debug.log --profile build/release/profile.txt
 fi
-cd build/release/bin
-exec ./qelHost "$@"
+exec build/release/bin/qelHost "$@"

@@ -1,21 +1,22 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and runs the whole suite in release and then in asan.
-#   --quick    release only
+#   --quick    without asan
 #   --tsan     also under the thread sanitizer
 set -euo pipefail
 cd "$(dirname "$0")"
 
-presets=(release asan)
+asan=asan
+tsan=
 for argument in "$@"; do
     case "$argument" in
-        --quick) presets=(release) ;;
-        --tsan) presets+=(tsan) ;;
+        --quick) asan= ;;
+        --tsan) tsan=tsan ;;
         *) echo "usage: ./test.sh [--quick] [--tsan]" >&2; exit 2 ;;
     esac
 done
 
 scripts/setup.sh
-for preset in "${presets[@]}"; do
+for preset in release $asan $tsan; do
     scripts/build.sh "$preset"
     ctest --preset "$preset"
 done

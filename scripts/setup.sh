@@ -11,6 +11,23 @@ packages=(
     libbenchmark-dev                          # benchmarks, and the peers in them:
     libgoogle-perftools-dev libmimalloc-dev libspdlog-dev
     libabsl-dev libphysfs-dev
+    libcli11-dev libedit-dev                  # command lines of hosts and tools, the host's console
+    clang-14 libclang-rt-14-dev               # fuzzers
+    libgtest-dev                              # tests
+    libbenchmark-dev                          # benchmarks, and the peers in them:
+    libbullet-dev
+    libdeflate-dev
+    libeigen3-dev
+    libfftw3-dev
+    libglm-dev
+    libgoogle-perftools-dev
+    libkissfft-dev
+    libmimalloc-dev
+    libspdlog-dev
+    libssl-dev
+    libstb-dev
+    libtbb-dev
+    re2c
 )
 
 missing=()

@@ -1,13 +1,15 @@
 #include "frameClock.h"
 
+#include "settings.h"
+
 #include "System/System/Root.h"
 
 #include <algorithm>
 #include <numeric>
 
-FrameClock::FrameClock(unsigned frames) : m_wanted(frames)
+FrameClock::FrameClock()
 {
-    m_times.reserve(frames);
+    m_times.reserve(static_cast<std::size_t>(std::clamp<int>(settings::frames, 0, 100'000)));
 }
 
 bool FrameClock::frameStarted(Qel::FrameEvent const &)
@@ -17,13 +19,17 @@ bool FrameClock::frameStarted(Qel::FrameEvent const &)
         m_times.push_back(std::chrono::duration<double, std::milli>(now - m_lastStart).count());
     }
     m_lastStart = now;
+    if (m_fps != settings::fps) {
+        m_fps = settings::fps;
+        Qel::Root::Instance().setMaxFrameRate(static_cast<unsigned>(std::max(0, m_fps)));
+    }
     return true;
 }
 
 bool FrameClock::frameEnded(Qel::FrameEvent const &)
 {
     ++m_frames;
-    if (m_frames >= m_wanted) {
+    if (m_frames >= settings::frames) {
         Qel::Root::Instance().endMessageLoop();
     }
     return true;

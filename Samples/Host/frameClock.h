@@ -14,22 +14,23 @@ struct FrameTimes {
     double longest = 0.0;
 };
 
-/// Ends the loop after a number of frames and keeps how long each of them took, waiting included.
+/// Keeps the loop to its settings, which may change while it runs, and keeps how long each frame took,
+/// waiting included.
 class FrameClock final : public Qel::FrameListener {
 public:
-    explicit FrameClock(unsigned frames);
+    FrameClock();
 
     bool frameStarted(Qel::FrameEvent const &event) override;
     bool frameEnded(Qel::FrameEvent const &event) override;
     bool frameIdle(Qel::FrameEvent const &event) override;
 
-    unsigned frames() const { return m_frames; }
+    int frames() const { return m_frames; }
     std::uint64_t idleEvents() const { return m_idleEvents; }
     FrameTimes times() const;
 
 private:
-    unsigned m_wanted;
-    unsigned m_frames = 0;
+    int m_frames = 0;
+    int m_fps = -1; // as Root was told
     std::uint64_t m_idleEvents = 0;
     std::chrono::steady_clock::time_point m_lastStart;
     std::vector<double> m_times; // ms, from one start to the next

@@ -1,14 +1,23 @@
+#include "console.h"
 #include "frameClock.h"
 #include "options.h"
 #include "report.h"
+#include "settings.h"
+#include "terminalConsole.h"
+#include "workload.h"
 
 #include "System/System/Root.h"
+#include "System/System/configFile.h"
 #include "System/System/exception.h"
+#include "System/System/logManager.h"
 
+#include <chrono>
 #include <cstdio>
 #include <exception>
-#include <filesystem>
-#include <system_error>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string>
 
 namespace {
 
@@ -18,22 +27,59 @@ int fail(char const *what)
     return 1;
 }
 
+std::size_t listedPlugins(std::string const &pluginFile)
+{
+    Qel::ConfigFile config;
+    config.load(pluginFile, "=");
+    Qel::StringVector const names = config.getMultiSetting("Plugin");
+    return std::set<Qel::String>(names.begin(), names.end()).size();
+}
+
+bool logHolds(std::string const &logFile, std::string const &text)
+{
+    std::ifstream file(logFile);
+    std::string const all{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    return all.find(text) != std::string::npos;
+}
+
 int runEngine(Options const &options)
 {
-    Qel::Root root(Qel::String(options.pluginFile.c_str()), Qel::String(options.logFile.c_str()), true);
-    FrameClock clock(options.frames);
-    root.addFrameListener(&clock);
-    root.setMaxFrameRate(options.fps);
-    root.run();
-    root.removeFrameListener(&clock);
-    printReport(options, root, clock);
+    // Tells the log of this run from one that an earlier run has left.
+    auto const now = std::chrono::system_clock::now().time_since_epoch().count();
+    std::string const mark = "qelHost: run " + std::to_string(now) + "\n";
 
-    if (clock.frames() != options.frames) {
+    Qel::Root root(options.pluginFile, options.logFile, true);
+    Qel::logMessage(mark, 2);
+    FrameClock clock;
+    root.addFrameListener(&clock);
+    Workload workload(options.profileFile);
+    root.addFrameListener(&workload);
+    bool left = false; // by the user, before the last frame
+    if (options.console) {
+        TerminalConsole terminal;
+        root.addFrameListener(&terminal);
+        root.run();
+        root.removeFrameListener(&terminal);
+        left = clock.frames() < settings::frames;
+    } else {
+        root.run();
+    }
+    root.removeFrameListener(&workload);
+    root.removeFrameListener(&clock);
+    workload.finish();
+    printReport(options, root, clock, workload);
+
+    if (workload.primes() != Workload::primesThatThereAre()) {
+        return fail("the tasks have counted wrongly");
+    }
+
+    if (!left && clock.frames() < settings::frames) {
         return fail("the loop has ended early");
     }
-    std::error_code unknown;
-    std::uintmax_t const logged = std::filesystem::file_size(options.logFile, unknown);
-    if (unknown || logged == 0) {
+    if (root.getPlugins().size() != listedPlugins(options.pluginFile)) {
+        return fail("a plugin of the list has been left out, the log says why");
+    }
+    if (!logHolds(options.logFile, mark)) {
         return fail("the log has not been written");
     }
     return 0;
@@ -47,6 +93,15 @@ int main(int argc, char **argv)
     std::optional<Options> const options = readOptions(argc, argv, exitCode);
     if (!options) {
         return exitCode;
+    }
+    if (options->list) {
+        for (std::string const &line : console::list()) {
+            std::puts(line.c_str());
+        }
+        return 0;
+    }
+    if (options->console && !TerminalConsole::available()) {
+        return fail("--console needs a terminal");
     }
     try {
         return runEngine(*options);

@@ -5,13 +5,14 @@
 
 /// What the host was asked to do.
 struct Options {
-    unsigned frames = 300;  ///< the loop ends after so many
-    unsigned fps = 100;     ///< 0 for no limit
+    bool list = false;      ///< show all console variables and end
+    bool console = false;   ///< a console on the terminal while frames run
     std::string pluginFile; ///< plugins.cfg of the working folder, else the one beside the program
     std::string logFile = "debug.log";
+    std::string profileFile = "profile.txt";
 };
 
-/// Reads the command line, and answers --help and mistakes by itself.
+/// Reads the command line into the options and the settings, and answers --help and mistakes by itself.
 /// @param exitCode  set when there is nothing left to do
 /// @return nothing in that case
 std::optional<Options> readOptions(int argc, char **argv, int &exitCode);

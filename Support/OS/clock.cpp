@@ -77,36 +77,39 @@ public:
 constinit SystemClock systemClock;
 constinit std::atomic<Clock *> activeClock{&systemClock};
 
-Clock &active()
+// Hands the clock in use to @p ask: the system's as the class it is, which costs no call through a table.
+template <class Ask>
+auto active(Ask ask)
 {
-    return *activeClock.load(std::memory_order_acquire);
+    Clock *const clock = activeClock.load(std::memory_order_acquire);
+    return clock == &systemClock ? ask(systemClock) : ask(*clock);
 }
 
 } // namespace
 
 std::uint32_t milliseconds()
 {
-    return active().milliseconds();
+    return active([](auto &clock) { return clock.milliseconds(); });
 }
 
 std::int64_t performanceCounter()
 {
-    return active().counter();
+    return active([](auto &clock) { return clock.counter(); });
 }
 
 std::int64_t performanceFrequency()
 {
-    return active().frequency();
+    return active([](auto &clock) { return clock.frequency(); });
 }
 
 void sleepMs(std::uint32_t ms)
 {
-    active().sleep(ms);
+    active([ms](auto &clock) { clock.sleep(ms); });
 }
 
 LocalTime localTime()
 {
-    return active().localTime();
+    return active([](auto &clock) { return clock.localTime(); });
 }
 
 bool hasLocalTime(std::int64_t seconds)

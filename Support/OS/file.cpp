@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 
@@ -54,7 +55,7 @@ std::string systemPath(char const *path)
 
 std::string lastErrorText()
 {
-    return std::strerror(errno);
+    return errno == 0 ? std::string() : std::strerror(errno);
 }
 
 FilePtr openFile(char const *path, char const *mode)
@@ -106,12 +107,6 @@ bool plainFileSize(std::FILE *file, std::uint64_t &size)
     return true;
 }
 
-std::uint64_t tellFile(std::FILE *file)
-{
-    off_t const position = ftello(file);
-    return position < 0 ? 0 : static_cast<std::uint64_t>(position);
-}
-
 bool seekFile(std::FILE *file, std::uint64_t position)
 {
     return fseeko(file, static_cast<off_t>(position), SEEK_SET) == 0;
@@ -119,18 +114,14 @@ bool seekFile(std::FILE *file, std::uint64_t position)
 
 bool writeThrough(std::FILE *file, void const *data, std::size_t size)
 {
-    std::uint64_t const before = tellFile(file);
-    // Between a read and a write the stream has to be positioned.
-    if (fseeko(file, 0, SEEK_CUR) != 0) {
-        return false;
-    }
     if (std::fwrite(data, 1, size, file) == size && std::fflush(file) == 0) {
         return true;
     }
-    // What is left in the buffer would go out with the next write.
+    // What is left in the buffer would go out with the next write. Purging takes it away and leaves behind
+    // where the buffer was read from, by which a seek would find other bytes: a flush has that forgotten.
     __fpurge(file);
+    std::fflush(file);
     std::clearerr(file);
-    seekFile(file, before);
     return false;
 }
 
@@ -146,19 +137,14 @@ bool replaceFile(char const *path, void const *data, std::size_t size)
         return writeInPlace(target, bytes, size);
     }
 
-    std::string aside = target + ".XXXXXX";
-    int const handle = mkstemp(aside.data());
+    static std::atomic<unsigned> count{0};
+    std::string const aside = target + '.' + std::to_string(getpid()) + '.' + std::to_string(count++);
+    int const handle = ::open(aside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, exists ? 0600 : 0666);
     if (handle < 0) {
         return writeInPlace(target, bytes, size);
     }
-    mode_t mode = before.st_mode & 07777;
-    if (!exists) {
-        mode_t const mask = umask(0);
-        umask(mask);
-        mode = 0666 & ~mask;
-    }
-    bool const kept = fchmod(handle, mode) == 0 &&
-                      (!exists || geteuid() != 0 || fchown(handle, before.st_uid, before.st_gid) == 0);
+    bool const kept = !exists || ((geteuid() != 0 || fchown(handle, before.st_uid, before.st_gid) == 0) &&
+                                  fchmod(handle, before.st_mode & 07777) == 0);
     bool const whole = writeAll(handle, bytes, size);
     if (::close(handle) == 0 && whole && kept && std::rename(aside.c_str(), target.c_str()) == 0) {
         return true;

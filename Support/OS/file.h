@@ -17,7 +17,7 @@ inline constexpr char pathSeparator = '/'; ///< what the library joins disk path
 /// A path as the system wants it: every backslash becomes a slash. Nothing else changes.
 QEL_API std::string systemPath(char const *path);
 
-/// The text of the last system error of the calling thread.
+/// The text of the last system error of the calling thread; empty if there was none.
 QEL_API std::string lastErrorText();
 
 struct FileCloser {
@@ -36,11 +36,11 @@ QEL_API std::uint64_t fileSize(std::FILE *file);
 /// The same for plain files alone. @return false for anything else
 QEL_API bool plainFileSize(std::FILE *file, std::uint64_t &size);
 
-QEL_API std::uint64_t tellFile(std::FILE *file);                ///< the position; 0 if there is none
 QEL_API bool seekFile(std::FILE *file, std::uint64_t position); ///< to a position from the start
 
-/// Writes at the position, after reading as well, and waits until the system has taken all of it.
-/// @return false if it did not; the position is then as it was
+/// Writes at the position and waits until the system has taken all of it. After a read the file has to be
+/// positioned before.
+/// @return false if it did not; what it did not take is dropped, and the file has to be positioned
 QEL_API bool writeThrough(std::FILE *file, void const *data, std::size_t size);
 
 /// Writes @p size bytes to @p path so that readers see the old content or the new one and nothing between:

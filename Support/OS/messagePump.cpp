@@ -47,6 +47,11 @@ void QueueMessagePump::post(Message const &message)
     m_messages.push_back(message);
 }
 
+MessagePump *installedMessagePump()
+{
+    return installed.load(std::memory_order_acquire);
+}
+
 MessagePump &messagePump()
 {
     MessagePump *const pump = installed.load(std::memory_order_acquire);

@@ -53,7 +53,8 @@ private:
     std::deque<Message> m_messages;
 };
 
-QEL_API MessagePump &messagePump();             ///< the installed pump
+QEL_API MessagePump &messagePump();             ///< the installed pump, else the default
+QEL_API MessagePump *installedMessagePump();    ///< null if it is the default
 QEL_API QueueMessagePump &defaultMessagePump(); ///< the process's own queue
 
 /// Installs a pump in place of the one before.

@@ -3,6 +3,7 @@
 #include "Support/OS/file.h"
 
 #include <dlfcn.h>
+#include <link.h>
 #include <strings.h>
 
 #include <filesystem>
@@ -95,7 +96,17 @@ void *openModule(char const *name, std::string &error)
 
 void *findSymbol(void *module, char const *symbol)
 {
-    return module == nullptr ? nullptr : dlsym(module, symbol);
+    void *const address = module == nullptr ? nullptr : dlsym(module, symbol);
+    if (address == nullptr) {
+        return nullptr;
+    }
+    // The loader also finds what the module's own dependencies export.
+    link_map *own = nullptr;
+    link_map *holder = nullptr;
+    Dl_info info{};
+    bool const known = dlinfo(module, RTLD_DI_LINKMAP, &own) == 0 &&
+                       dladdr1(address, &info, reinterpret_cast<void **>(&holder), RTLD_DL_LINKMAP) != 0;
+    return known && own == holder ? address : nullptr;
 }
 
 bool closeModule(void *module)

@@ -14,7 +14,7 @@ namespace os {
 /// @return null on failure
 QEL_API void *openModule(char const *name, std::string &error);
 
-QEL_API void *findSymbol(void *module, char const *symbol); ///< null if absent or @p module is null
+QEL_API void *findSymbol(void *module, char const *symbol); ///< one of its own; null if there is none
 QEL_API bool closeModule(void *module);                     ///< false if it is null or cannot be released
 
 } // namespace os

@@ -3,8 +3,10 @@
 #include "Support/OS/affinity.h"
 
 #include <fcntl.h>
+#include <linux/capability.h>
 #include <pthread.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -30,6 +32,22 @@ std::atomic<int> refusals{0};
 bool setNice(std::uint32_t threadId, int nice)
 {
     return setpriority(PRIO_PROCESS, threadId, nice) == 0;
+}
+
+bool mayRaisePriority()
+{
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    __user_cap_data_struct data[2]{};
+    return syscall(SYS_capget, &header, data) == 0 && (data[0].effective & 1u << CAP_SYS_NICE) != 0;
+}
+
+// A nice value that has been raised cannot always be lowered again: the limit counts from 20 downwards.
+bool mayReturnToNormal()
+{
+    rlimit limit{};
+    return mayRaisePriority() || (getrlimit(RLIMIT_NICE, &limit) == 0 &&
+                                  (limit.rlim_cur == RLIM_INFINITY ||
+                                   20 - static_cast<std::int64_t>(limit.rlim_cur) <= normalNice));
 }
 
 bool setPriorityOf(std::uint32_t threadId, ThreadPriority priority)
@@ -107,7 +125,8 @@ private:
     std::uint32_t m_id = 0;
 };
 
-thread_local std::uint32_t ownId = 0; // asking the system each time would be a call each time
+// Asking the system each time would be a call each time.
+[[gnu::tls_model("initial-exec")]] constinit thread_local std::uint32_t ownId = 0;
 thread_local OwnMailbox ownMailbox;
 thread_local Thread const *runningThread = nullptr; // which of ours the calling thread is
 
@@ -115,7 +134,7 @@ thread_local Thread const *runningThread = nullptr; // which of ours the calling
 
 std::uint32_t currentThreadId()
 {
-    if (ownId == 0) {
+    if (ownId == 0) [[unlikely]] {
         // The one thread of a forked process is another one than it was.
         static int const resets = pthread_atfork(nullptr, nullptr, [] { ownId = 0; });
         static_cast<void>(resets);
@@ -126,6 +145,9 @@ std::uint32_t currentThreadId()
 
 bool setCurrentThreadPriority(ThreadPriority priority)
 {
+    if (priority == ThreadPriority::BelowNormal && !mayReturnToNormal()) {
+        return false;
+    }
     return setPriorityOf(currentThreadId(), priority);
 }
 
@@ -151,6 +173,11 @@ bool setThreadName(std::uint32_t threadId, char const *name)
     bool const written = write(file, name, std::strlen(name)) >= 0;
     close(file);
     return written;
+}
+
+void acceptCompletions()
+{
+    ownMailbox.events();
 }
 
 bool queueCompletion(std::uint32_t threadId, std::function<void()> call)

@@ -22,8 +22,9 @@ enum class ThreadPriority {
 /// The system's number of the calling thread. A number is used again after its thread has ended.
 QEL_API std::uint32_t currentThreadId();
 
-/// Sets the calling thread's share of the processor, as far as the process may.
-/// @return false if the system refuses; nothing has then changed
+/// Sets the calling thread's share of the processor, as far as the process may. A thread is not set below
+/// normal where the process could not bring it back.
+/// @return false if nothing has changed
 QEL_API bool setCurrentThreadPriority(ThreadPriority priority);
 
 /// While one exists, the calling thread is as urgent as the process may make it.
@@ -50,8 +51,12 @@ struct ThreadEvents {
     std::deque<std::function<void()>> completions; ///< under the lock
 };
 
+/// From now on queueCompletion() reaches the calling thread, also before its first alertable sleep.
+QEL_API void acceptCompletions();
+
 /// Queues a call for a thread, to be made there during its next alertable sleep.
-/// @return false if that thread has ended, or is none of Thread's and has never slept alertably
+/// @return false if that thread has ended, or is none of Thread's and has never slept alertably or
+///         called acceptCompletions()
 QEL_API bool queueCompletion(std::uint32_t threadId, std::function<void()> call);
 
 /// Sleeps, and makes the calls that are queued for this thread.

@@ -7,49 +7,37 @@
 namespace Qel {
 
 BitStore::BitStore(std::vector<unsigned char> const &source)
-    : bytes(source.begin(),
-            source.begin() + static_cast<std::ptrdiff_t>(std::min<std::size_t>(source.size(), maxBytes)))
+    : m_used(static_cast<std::uint32_t>(std::min<std::size_t>(source.size(), maxBytes)))
 {
+    m_bytes.reserve(std::size_t{m_used} + slack);
+    m_bytes.assign(source.begin(), source.begin() + m_used);
+    m_bytes.resize(std::size_t{m_used} + slack);
 }
 
-bool BitStore::grow(std::uint64_t count)
+bool BitStore::growRoom(std::uint64_t count)
 {
     if (count > maxBytes) {
         return false;
     }
+    std::uint64_t const doubled = std::min<std::uint64_t>(2 * m_bytes.size(), maxBytes + slack);
     try {
-        bytes.resize(std::max(bytes.size(), static_cast<std::size_t>(count)));
+        m_bytes.resize(static_cast<std::size_t>(std::max(doubled, count + slack)));
         return true;
     } catch (std::bad_alloc const &) {
         return false;
     }
 }
 
-std::uint32_t BitStore::readLastBits(std::uint32_t count)
-{
-    std::uint32_t const end = sizeInBits();
-    if (position >= end) {
-        return 0;
-    }
-    // What is not copied are the zeros behind the end.
-    std::size_t const at = position / 8;
-    std::uint64_t field = 0;
-    std::memcpy(&field, bytes.data() + at, std::min<std::size_t>(sizeof(field), bytes.size() - at));
-    field >>= position % 8;
-    position += std::min(count, end - position);
-    return reversed(static_cast<std::uint32_t>(field)) >> (32 - count);
-}
-
 bool BitStore::holds(void const *address) const
 {
     auto const *const byte = static_cast<unsigned char const *>(address);
-    return !std::less<>()(byte, bytes.data()) && std::less<>()(byte, bytes.data() + bytes.size());
+    return !std::less<>()(byte, m_bytes.data()) && std::less<>()(byte, m_bytes.data() + m_bytes.size());
 }
 
 void BitStore::align()
 {
-    std::uint64_t const aligned = (std::uint64_t{position} + 7) / 8 * 8;
-    position = static_cast<std::uint32_t>(std::min<std::uint64_t>(aligned, std::uint64_t{maxBytes} * 8));
+    std::uint64_t const aligned = (std::uint64_t{m_position} + 7) / 8 * 8;
+    m_position = static_cast<std::uint32_t>(std::min<std::uint64_t>(aligned, std::uint64_t{maxBytes} * 8));
 }
 
 } // namespace Qel

@@ -24,24 +24,23 @@ public:
     /// ORs a bit in and moves on. A position behind the end gets zeros up to it.
     void writeBit(bool bit)
     {
-        std::size_t const at = position / 8;
-        if (at >= bytes.size() && !grow(at + 1)) [[unlikely]] {
+        std::size_t const at = m_position / 8;
+        if (!grow(at + 1)) {
             return;
         }
-        bytes[at] = static_cast<unsigned char>(bytes[at] | unsigned{bit} << position % 8);
-        ++position;
-        highestBit = position > highestBit ? position : highestBit;
+        m_bytes[at] = static_cast<unsigned char>(m_bytes[at] | unsigned{bit} << m_position % 8);
+        moveTo(m_position + 1);
     }
 
     /// The bit at the position, which moves on; false at the end, where it stays.
     bool readBit()
     {
-        std::size_t const at = position / 8;
-        if (at >= bytes.size()) {
+        std::size_t const at = m_position / 8;
+        if (at >= m_used) {
             return false;
         }
-        bool const bit = (bytes[at] >> position % 8 & 1) != 0;
-        ++position;
+        bool const bit = (m_bytes[at] >> m_position % 8 & 1) != 0;
+        ++m_position;
         return bit;
     }
 
@@ -50,19 +49,24 @@ public:
     /// @return false if there is no room for all of them; nothing is then written
     bool writeBits(std::uint32_t value, std::uint32_t count)
     {
-        std::uint64_t const end = std::uint64_t{position} + count;
+        std::uint64_t const end = std::uint64_t{m_position} + count;
         std::uint64_t const needed = (end + 7) / 8;
-        if (needed > bytes.size() && !grow(needed)) [[unlikely]] {
+        std::size_t const at = m_position / 8;
+        bool const appends = at + 1 >= m_used;
+        if (!grow(needed)) {
             return false;
         }
-        // In the order of the stream the first bit is the lowest one: a field lies in at most 5 bytes.
-        std::uint64_t field = std::uint64_t{reversed(value) >> (32 - count)} << position % 8;
-        unsigned char *const to = bytes.data();
-        for (std::size_t at = position / 8; at < needed; ++at, field >>= 8) {
-            to[at] = static_cast<unsigned char>(to[at] | (field & 0xFF));
+        // In the order of the stream the first bit is the lowest one.
+        std::uint64_t const field = std::uint64_t{reversed(value) >> (32 - count)} << m_position % 8;
+        unsigned char *const to = m_bytes.data() + at;
+        std::uint64_t there = *to;
+        if (!appends) {
+            // Only here: a wide load waits for the store of the field before, which overlaps it in part.
+            std::memcpy(&there, to, sizeof(there));
         }
-        position = static_cast<std::uint32_t>(end);
-        highestBit = position > highestBit ? position : highestBit;
+        there |= field;
+        std::memcpy(to, &there, sizeof(there));
+        moveTo(static_cast<std::uint32_t>(end));
         return true;
     }
 
@@ -70,35 +74,54 @@ public:
     /// @param count  1 to 32
     std::uint32_t readBits(std::uint32_t count)
     {
-        std::size_t const at = position / 8;
-        std::uint64_t field = 0;
-        if (at + sizeof(field) > bytes.size()) [[unlikely]] {
-            return readLastBits(count);
+        std::uint32_t const end = sizeInBits();
+        if (m_position >= end) {
+            return 0;
         }
-        std::memcpy(&field, bytes.data() + at, sizeof(field));
-        std::uint32_t const bits = static_cast<std::uint32_t>(field >> position % 8);
-        position += count;
+        std::uint64_t field;
+        std::memcpy(&field, m_bytes.data() + m_position / 8, sizeof(field));
+        auto const bits = static_cast<std::uint32_t>(field >> m_position % 8);
+        m_position += count < end - m_position ? count : end - m_position;
         return reversed(bits) >> (32 - count);
     }
 
     /// Moves up to a multiple of 8, or to the end of what 32 bits can count.
     void align();
 
-    /// Makes @p count bytes of it, with zeros behind what is there.
+    /// Makes @p count bytes of it, with zeros behind what is there, if it has fewer.
     /// @return false beyond maxBytes or without memory
-    bool grow(std::uint64_t count);
-
-    std::uint32_t sizeInBits() const { return numBytes() * 8; }
-    std::uint32_t numBytes() const { return static_cast<std::uint32_t>(bytes.size()); }
+    bool grow(std::uint64_t count)
+    {
+        if (count > m_used) {
+            if (count + slack > m_bytes.size() && !growRoom(count)) {
+                return false;
+            }
+            m_used = static_cast<std::uint32_t>(count);
+        }
+        return true;
+    }
 
     /// Are these bytes of the store itself, which may move as it grows?
     bool holds(void const *address) const;
 
-    std::uint32_t position = 0;       ///< index of the next bit
-    std::uint32_t highestBit = 0;     ///< the largest position that a write of bits has reached
-    std::vector<unsigned char> bytes; ///< the contents
+    std::uint32_t position() const { return m_position; } ///< index of the next bit
+    void seek(std::uint32_t bit) { m_position = bit; }    ///< to any bit
+    std::uint32_t sizeInBits() const { return m_used * 8; }
+    std::uint32_t numBytes() const { return m_used; }
+    unsigned char *data() { return m_bytes.data(); } ///< numBytes() bytes; good until the next write
 
 private:
+    // Room for a load and a store of 64 bits at every byte of the contents.
+    static constexpr std::uint32_t slack = 8;
+
+    bool growRoom(std::uint64_t count);
+
+    void moveTo(std::uint32_t position)
+    {
+        m_position = position;
+        m_highestBit = position > m_highestBit ? position : m_highestBit;
+    }
+
     static std::uint32_t reversed(std::uint32_t value)
     {
         value = (value & 0x55555555) << 1 | (value >> 1 & 0x55555555);
@@ -107,7 +130,10 @@ private:
         return __builtin_bswap32(value);
     }
 
-    std::uint32_t readLastBits(std::uint32_t count);
+    std::uint32_t m_position = 0;
+    std::uint32_t m_highestBit = 0;     // the largest position that a write of bits has reached
+    std::vector<unsigned char> m_bytes; // the contents, and zeros ahead of them
+    std::uint32_t m_used = 0;           // bytes of contents
 };
 
 } // namespace Qel

@@ -18,7 +18,7 @@ unsigned int cFileBit::read(void *buffer, unsigned int size)
 
 unsigned int cFileBit::write(void const *buffer, unsigned int size)
 {
-    if (buffer == nullptr) {
+    if (buffer == nullptr || size == 0) {
         return 0;
     }
     auto const *const bytes = static_cast<unsigned char const *>(buffer);
@@ -26,7 +26,7 @@ unsigned int cFileBit::write(void const *buffer, unsigned int size)
         std::vector<unsigned char> const moved(bytes, bytes + size);
         return write(moved.data(), size);
     }
-    if (!m_bits.grow((std::uint64_t{m_bits.position} + 8 * std::uint64_t{size} + 7) / 8)) {
+    if (!m_bits.grow((std::uint64_t{m_bits.position()} + 8 * std::uint64_t{size} + 7) / 8)) {
         return 0;
     }
     for (unsigned int i = 0; i < size; ++i) {

@@ -39,10 +39,14 @@ public:
     unsigned int write(void const *buffer, unsigned int size) override;
 
     /// To any bit, also behind the end: a write there puts zeros between. @return the new position
-    unsigned int seek(unsigned int bit) override { return m_bits.position = bit; }
+    unsigned int seek(unsigned int bit) override
+    {
+        m_bits.seek(bit);
+        return bit;
+    }
 
     unsigned int size() const override { return m_bits.sizeInBits(); } ///< bits in whole bytes
-    unsigned int tell() const override { return m_bits.position; }     ///< in bits
+    unsigned int tell() const override { return m_bits.position(); }   ///< in bits
     eFileClass getType() const override { return FILECLASS_BIT; }
 
     virtual void write_bit(bool bit) { m_bits.writeBit(bit); }
@@ -56,7 +60,7 @@ public:
     /// @param count  1 to 32; 0 stands for 32. Beyond that nothing is read, and 0 returned
     virtual unsigned int read_bits(unsigned int count);
 
-    virtual unsigned char *getData() { return m_bits.bytes.data(); }       ///< good until the next write
+    virtual unsigned char *getData() { return m_bits.data(); }             ///< good until the next write
     virtual unsigned int getNumBytes() const { return m_bits.numBytes(); } ///< bytes begun
 
 private:

@@ -13,15 +13,15 @@ unsigned int cFileBitOld::read(void *buffer, unsigned int size)
         return 0;
     }
     m_bits.align();
-    std::size_t const at = m_bits.position / 8;
-    std::size_t const held = m_bits.bytes.size();
+    std::size_t const at = m_bits.position() / 8;
+    std::size_t const held = m_bits.numBytes();
     std::size_t const there = std::min<std::size_t>(size, held > at ? held - at : 0);
     auto *const bytes = static_cast<unsigned char *>(buffer);
     if (there > 0) {
-        std::memcpy(bytes, m_bits.bytes.data() + at, there);
+        std::memcpy(bytes, m_bits.data() + at, there);
     }
     std::memset(bytes + there, 0, size - there);
-    m_bits.position = static_cast<std::uint32_t>(std::min<std::size_t>(at + size, BitStore::maxBytes) * 8);
+    m_bits.seek(static_cast<std::uint32_t>(std::min<std::size_t>(at + size, BitStore::maxBytes) * 8));
     return size;
 }
 
@@ -36,14 +36,14 @@ unsigned int cFileBitOld::write(void const *buffer, unsigned int size)
         return write(moved.data(), size);
     }
     m_bits.align();
-    std::uint64_t const end = std::uint64_t{m_bits.position} / 8 + size;
+    std::uint64_t const end = std::uint64_t{m_bits.position()} / 8 + size;
     if (!m_bits.grow(end)) {
         return 0;
     }
     if (size > 0) {
-        std::memcpy(m_bits.bytes.data() + m_bits.bytes.size() - size, buffer, size);
+        std::memcpy(m_bits.data() + m_bits.numBytes() - size, buffer, size);
     }
-    m_bits.position = static_cast<std::uint32_t>(end * 8);
+    m_bits.seek(static_cast<std::uint32_t>(end * 8));
     return size;
 }
 

@@ -34,10 +34,14 @@ public:
     unsigned int write(void const *buffer, unsigned int size) override;
 
     /// To any bit, also behind the end: a write there puts zeros between. @return the new position
-    unsigned int seek(unsigned int bit) override { return m_bits.position = bit; }
+    unsigned int seek(unsigned int bit) override
+    {
+        m_bits.seek(bit);
+        return bit;
+    }
 
     unsigned int size() const override { return m_bits.sizeInBits(); } ///< bits in whole bytes
-    unsigned int tell() const override { return m_bits.position; }     ///< in bits
+    unsigned int tell() const override { return m_bits.position(); }   ///< in bits
     eFileClass getType() const override { return FILECLASS_BITOLD; }
 
     virtual void write_bit(bool bit) { m_bits.writeBit(bit); }
@@ -46,7 +50,7 @@ public:
     virtual void write_bits(unsigned int value, unsigned int count); ///< does nothing
     virtual unsigned int read_bits(unsigned int count);              ///< 0, and reads nothing
 
-    virtual unsigned char *getData() { return m_bits.bytes.data(); }       ///< good until the next write
+    virtual unsigned char *getData() { return m_bits.data(); }             ///< good until the next write
     virtual unsigned int getNumBytes() const { return m_bits.numBytes(); } ///< bytes begun
 
 private:

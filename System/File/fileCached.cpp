@@ -121,10 +121,10 @@ unsigned int cFileCached::write(void const *buffer, unsigned int size)
     auto const *const from = static_cast<unsigned char const *>(buffer);
     unsigned int done = 0;
     while (done < size) {
-        std::uint32_t const room = m_position - m_windowStart; // bytes of the window before the position
+        std::uint32_t const before = m_position - m_windowStart; // bytes of the window, if it is in there
         bool const joins =
             m_windowStart < m_windowEnd && m_position >= m_windowStart && m_position <= m_windowEnd;
-        if (!joins || room >= m_bufferSize) {
+        if (!joins || before >= m_bufferSize) {
             if (!moveWindow()) {
                 break;
             }
@@ -139,11 +139,14 @@ unsigned int cFileCached::write(void const *buffer, unsigned int size)
         std::memcpy(m_buffer.get() + at, from + done, count);
         m_dirty = true;
         m_position += count;
-        m_windowEnd = std::max(m_windowEnd, m_position);
         done += count;
-        // A full window goes out at once. If it cannot, the next write that needs room tells.
-        if (m_windowEnd - m_windowStart == m_bufferSize) {
-            flush();
+        if (m_position > m_windowEnd) {
+            m_windowEnd = m_position;
+            // A window that has filled up goes out at once. If it cannot, the next write that needs room
+            // tells.
+            if (m_windowEnd - m_windowStart == m_bufferSize) {
+                flush();
+            }
         }
     }
     return done;

@@ -11,12 +11,7 @@ namespace Qel {
 
 namespace {
 
-constexpr std::uint64_t largestPosition = std::numeric_limits<std::uint32_t>::max();
-
-unsigned int cut(std::uint64_t position)
-{
-    return static_cast<unsigned int>(std::min(position, largestPosition));
-}
+constexpr std::uint32_t largestPosition = std::numeric_limits<std::uint32_t>::max();
 
 } // namespace
 
@@ -25,7 +20,9 @@ cFileDisk::cFileDisk(char const *path, eOpenMode mode)
     open(path, mode);
 }
 
-cFileDisk::cFileDisk(cFileDisk &&other) noexcept : m_stream(std::exchange(other.m_stream, nullptr))
+cFileDisk::cFileDisk(cFileDisk &&other) noexcept
+    : m_stream(std::exchange(other.m_stream, nullptr)), m_position(std::exchange(other.m_position, 0)),
+      m_hasRead(other.m_hasRead)
 {
 }
 
@@ -34,6 +31,8 @@ cFileDisk &cFileDisk::operator=(cFileDisk &&other) noexcept
     if (this != &other) {
         close();
         m_stream = std::exchange(other.m_stream, nullptr);
+        m_position = std::exchange(other.m_position, 0);
+        m_hasRead = other.m_hasRead;
     }
     return *this;
 }
@@ -48,34 +47,49 @@ unsigned int cFileDisk::read(void *buffer, unsigned int size)
     if (m_stream == nullptr || buffer == nullptr) {
         return 0;
     }
-    std::uint64_t const left = largestPosition - cut(os::tellFile(m_stream));
     // A file may have grown since its end was met.
     std::clearerr(m_stream);
-    std::size_t const count = static_cast<std::size_t>(std::min<std::uint64_t>(size, left));
-    return static_cast<unsigned int>(std::fread(buffer, 1, count, m_stream));
+    std::size_t const got = std::fread(buffer, 1, std::min(size, largestPosition - m_position), m_stream);
+    m_position += static_cast<std::uint32_t>(got);
+    m_hasRead = true;
+    return static_cast<unsigned int>(got);
 }
 
 unsigned int cFileDisk::write(void const *buffer, unsigned int size)
 {
-    if (m_stream == nullptr || buffer == nullptr || os::tellFile(m_stream) + size > largestPosition) {
+    if (m_stream == nullptr || buffer == nullptr || size > largestPosition - m_position) {
         return 0;
     }
-    return os::writeThrough(m_stream, buffer, size) ? size : 0;
+    if (m_hasRead && !os::seekFile(m_stream, m_position)) {
+        return 0;
+    }
+    m_hasRead = false;
+    if (!os::writeThrough(m_stream, buffer, size)) {
+        os::seekFile(m_stream, m_position);
+        return 0;
+    }
+    m_position += size;
+    return size;
 }
 
 unsigned int cFileDisk::seek(unsigned int position)
 {
-    return m_stream == nullptr || os::seekFile(m_stream, position) ? 0 : ~0u;
+    if (m_stream == nullptr) {
+        return 0;
+    }
+    if (!os::seekFile(m_stream, position)) {
+        return ~0u;
+    }
+    m_position = position;
+    m_hasRead = false;
+    return 0;
 }
 
 unsigned int cFileDisk::size() const
 {
-    return m_stream == nullptr ? 0 : cut(os::fileSize(m_stream));
-}
-
-unsigned int cFileDisk::tell() const
-{
-    return m_stream == nullptr ? 0 : cut(os::tellFile(m_stream));
+    return m_stream == nullptr
+               ? 0
+               : static_cast<unsigned int>(std::min<std::uint64_t>(os::fileSize(m_stream), largestPosition));
 }
 
 unsigned int cFileDisk::write(cFileMem const &source)
@@ -111,6 +125,8 @@ bool cFileDisk::open(char const *path, eOpenMode mode)
 bool cFileDisk::close()
 {
     os::FilePtr const closed(std::exchange(m_stream, nullptr));
+    m_position = 0;
+    m_hasRead = false;
     return true;
 }
 

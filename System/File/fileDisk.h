@@ -46,8 +46,8 @@ public:
     /// @return 0, also while closed; anything else is a failure
     unsigned int seek(unsigned int position) override;
 
-    unsigned int size() const override; ///< 0 while closed
-    unsigned int tell() const override; ///< 0 while closed
+    unsigned int size() const override;                       ///< 0 while closed
+    unsigned int tell() const override { return m_position; } ///< 0 while closed
     eFileClass getType() const override { return FILECLASS_DISK; }
 
     virtual unsigned int
@@ -62,6 +62,8 @@ public:
 
 private:
     std::FILE *m_stream = nullptr;
+    std::uint32_t m_position = 0; // known here, so that no transfer has to ask the system for it
+    bool m_hasRead = false;       // since the stream was positioned: a write has to do that first
 };
 
 } // namespace Qel

@@ -15,36 +15,6 @@ namespace {
 
 constexpr std::uint64_t largestSize = std::numeric_limits<std::uint32_t>::max();
 
-// One load and one store for the widths of the typed operations. Through a local, so that the two places may
-// overlap.
-template <typename T>
-void moveOne(void *to, void const *from)
-{
-    T value;
-    std::memcpy(&value, from, sizeof(value));
-    std::memcpy(to, &value, sizeof(value));
-}
-
-void moveBytes(void *to, void const *from, std::uint32_t count)
-{
-    switch (count) {
-    case 1:
-        moveOne<std::uint8_t>(to, from);
-        break;
-    case 2:
-        moveOne<std::uint16_t>(to, from);
-        break;
-    case 4:
-        moveOne<std::uint32_t>(to, from);
-        break;
-    case 8:
-        moveOne<std::uint64_t>(to, from);
-        break;
-    default:
-        std::memmove(to, from, count);
-    }
-}
-
 } // namespace
 
 cFileMem::cFileMem(unsigned int size, unsigned char const *data)
@@ -72,18 +42,18 @@ cFileMem::~cFileMem()
     }
 }
 
-unsigned int cFileMem::read(void *buffer, unsigned int size)
+unsigned int cFileMem::readAny(void *buffer, unsigned int size)
 {
     if (m_position >= m_size || buffer == nullptr) {
         return 0;
     }
     std::uint32_t const count = std::min(size, m_size - m_position);
-    moveBytes(buffer, m_data + m_position, count);
+    std::memmove(buffer, m_data + m_position, count);
     m_position += count;
     return count;
 }
 
-unsigned int cFileMem::write(void const *buffer, unsigned int size)
+unsigned int cFileMem::writeAny(void const *buffer, unsigned int size)
 {
     if (m_ownership == OWNERSHIP_SHARED || (buffer == nullptr && size != 0)) {
         return 0;
@@ -103,7 +73,7 @@ unsigned int cFileMem::write(void const *buffer, unsigned int size)
         std::memset(m_data + m_size, 0, m_position - m_size);
     }
     if (size > 0) {
-        moveBytes(m_data + m_position, from, size);
+        std::memmove(m_data + m_position, from, size);
     }
     m_position = static_cast<std::uint32_t>(end);
     m_size = std::max(m_size, m_position);

@@ -3,6 +3,7 @@
 #include "System/File/file.h"
 
 #include <cstdint>
+#include <cstring>
 
 namespace Qel {
 
@@ -33,8 +34,29 @@ public:
     cFileMem &operator=(cFileMem const &other); ///< the contents in a block of its own, at position 0
     ~cFileMem() override;
 
-    unsigned int read(void *buffer, unsigned int size) override;
-    unsigned int write(void const *buffer, unsigned int size) override; ///< all of it or 0
+    unsigned int read(void *buffer, unsigned int size) override
+    {
+        std::uint64_t const end = std::uint64_t{m_position} + size;
+        if (end > m_size || buffer == nullptr || !moveValue(buffer, m_data + m_position, size)) {
+            return readAny(buffer, size);
+        }
+        m_position = static_cast<std::uint32_t>(end);
+        return size;
+    }
+
+    /// @return @p size, or 0 if there is no room
+    unsigned int write(void const *buffer, unsigned int size) override
+    {
+        std::uint64_t const end = std::uint64_t{m_position} + size;
+        bool const simple = end <= m_capacity && m_position <= m_size && m_ownership != OWNERSHIP_SHARED;
+        if (!simple || buffer == nullptr || !moveValue(m_data + m_position, buffer, size)) {
+            return writeAny(buffer, size);
+        }
+        m_position = static_cast<std::uint32_t>(end);
+        m_size = m_position > m_size ? m_position : m_size;
+        return size;
+    }
+
     unsigned int seek(unsigned int position) override; ///< at most to the end. @return the new position
     unsigned int size() const override { return m_size; }
     unsigned int tell() const override { return m_position; }
@@ -101,6 +123,35 @@ protected:
     std::uint32_t m_capacity = 0; // bytes at m_data
 
 private:
+    // Through a local, so that the two places may overlap.
+    template <typename T>
+    static bool moveOne(void *to, void const *from)
+    {
+        T value;
+        std::memcpy(&value, from, sizeof(value));
+        std::memcpy(to, &value, sizeof(value));
+        return true;
+    }
+
+    // The widths of the typed operations: one load and one store, and no call.
+    static bool moveValue(void *to, void const *from, std::uint32_t size)
+    {
+        switch (size) {
+        case 1:
+            return moveOne<std::uint8_t>(to, from);
+        case 2:
+            return moveOne<std::uint16_t>(to, from);
+        case 4:
+            return moveOne<std::uint32_t>(to, from);
+        case 8:
+            return moveOne<std::uint64_t>(to, from);
+        default:
+            return false;
+        }
+    }
+
+    unsigned int readAny(void *buffer, unsigned int size);
+    unsigned int writeAny(void const *buffer, unsigned int size);
     bool reserveWide(std::uint64_t wanted);
 };
 

@@ -3,6 +3,8 @@
 #include "System/Patterns/tSingletonImpl.h"
 #include "System/System/exception.h"
 #include "System/System/pluginMgr.h"
+#include "System/Thread/cpuBinding.h"
+#include "System/Time/processorInfo.h"
 
 namespace Qel {
 
@@ -10,14 +12,13 @@ template class tSingleton<PlatformManager>;
 
 namespace {
 
-constexpr char const *pluginName = "plugin_win32platform.dll";
-
 template <class Function>
 void bind(Plugin &plugin, char const *symbol, Function *&function)
 {
     void *const address = plugin.getSymbol(symbol);
     if (address == nullptr) {
-        throw Exception(Exception::InternalFailure, String(pluginName) + ": cannot find symbol " + symbol,
+        throw Exception(Exception::InternalFailure,
+                        String(PlatformManager::pluginName) + ": cannot find symbol " + symbol,
                         "PlatformManager::PlatformManager", __FILE__, __LINE__);
     }
     function = reinterpret_cast<Function *>(address);
@@ -27,7 +28,9 @@ template <class Object>
 Object *create(void (*function)(Object **))
 {
     Object *object = nullptr;
-    function(&object);
+    if (function != nullptr) { // else the manager is still being made
+        function(&object);
+    }
     return object;
 }
 
@@ -52,9 +55,20 @@ PlatformManager::PlatformManager()
     bind(plugin, "destroyPlatformErrorDialog", m_destroyErrorDialog);
     bind(plugin, "destroyPlatformInputReader", m_destroyInputReader);
     bind(plugin, "destroyPlatformSplashDialog", m_destroySplashDialog);
+
+    ProcessorInfo const *const processors = ProcessorInfo::InstancePtr();
+    cCpuBinding::init(processors != nullptr && processors->getPhysicalCPUs() > 1);
 }
 
-PlatformManager::~PlatformManager() = default;
+PlatformManager::~PlatformManager()
+{
+    cCpuBinding::deinit();
+}
+
+ProcessorInfo &PlatformManager::getProcessorInfo() const
+{
+    return ProcessorInfo::Instance();
+}
 
 ConfigDialog *PlatformManager::createConfigDialog()
 {

@@ -8,6 +8,7 @@ namespace Qel {
 class ConfigDialog;
 class ErrorDialog;
 class InputReader;
+class ProcessorInfo;
 class SplashDialog;
 
 class PlatformManager;
@@ -24,7 +25,10 @@ extern template class QEL_API tSingleton<PlatformManager>;
 /// @par Threads    Belongs to the main thread.
 class QEL_API PlatformManager : public tSingleton<PlatformManager> {
 public:
-    /// Needs a PluginMgr.
+    static constexpr char const *pluginName = "plugin_win32platform.dll";
+
+    /// Needs a PluginMgr. Switches the binding of threads to processors on if a ProcessorInfo counts more
+    /// than one package.
     /// @throws Exception number 9 if the plugin cannot be loaded or lacks one of the exports; the description
     ///         names it
     PlatformManager();
@@ -32,6 +36,8 @@ public:
 
     PlatformManager(PlatformManager const &) = delete;
     PlatformManager &operator=(PlatformManager const &) = delete;
+
+    ProcessorInfo &getProcessorInfo() const; ///< the process's; there must be one, as there is under Root
 
     // Null if the plugin made nothing.
     ConfigDialog *createConfigDialog();
@@ -46,14 +52,14 @@ public:
     void destroySplashDialog(SplashDialog *dialog);
 
 private:
-    void (*m_createConfigDialog)(ConfigDialog **);
-    void (*m_createErrorDialog)(ErrorDialog **);
-    void (*m_createInputReader)(InputReader **);
-    void (*m_createSplashDialog)(SplashDialog **);
-    void (*m_destroyConfigDialog)(ConfigDialog *);
-    void (*m_destroyErrorDialog)(ErrorDialog *);
-    void (*m_destroyInputReader)(InputReader *);
-    void (*m_destroySplashDialog)(SplashDialog *);
+    void (*m_createConfigDialog)(ConfigDialog **) = nullptr;
+    void (*m_createErrorDialog)(ErrorDialog **) = nullptr;
+    void (*m_createInputReader)(InputReader **) = nullptr;
+    void (*m_createSplashDialog)(SplashDialog **) = nullptr;
+    void (*m_destroyConfigDialog)(ConfigDialog *) = nullptr;
+    void (*m_destroyErrorDialog)(ErrorDialog *) = nullptr;
+    void (*m_destroyInputReader)(InputReader *) = nullptr;
+    void (*m_destroySplashDialog)(SplashDialog *) = nullptr;
 };
 
 } // namespace Qel

@@ -87,12 +87,13 @@ public:
     /// Loads and starts the plugins of a file: values of the key "Plugin", in order, looked for in the folder
     /// "PluginFolder" (joined as it is), each with ".dll" behind it, which Support/OS also finds as ".so". A
     /// key equal to a plugin's name lists modules that it needs: if one of them cannot be loaded, the plugin
-    /// is left out with a line in the log. So is one that is listed twice, the second time, and one whose
-    /// start function throws, with whatever it had registered.
+    /// is left out with a line in the log. So is one that is listed twice, the second time, the platform
+    /// plugin, which is loaded already, and one whose start function throws, with whatever it had registered.
     /// @throws Exception number 8 if the file is missing, number 9 if a plugin cannot be loaded
     void loadPlugins(String const &pluginFileName);
 
-    /// Stops and unloads them, the last one first.
+    /// Stops and unloads them, the last one first, and takes back what they registered when they started and
+    /// have not taken back themselves.
     void unloadPlugins();
 
     std::vector<Plugin *> const &getPlugins() const; ///< those that loadPlugins() loaded, in that order
@@ -156,8 +157,8 @@ public:
     /// @param system  not owned; null for none
     void setRenderSystem(RenderSystem *system);
 
-    void setInputDevice(InputReader *device) { m_inputDevice = device; } ///< not owned
-    InputReader *getInputDevice() const { return m_inputDevice; }        ///< null at start
+    void setInputDevice(InputReader *device);                     ///< not owned; null for none
+    InputReader *getInputDevice() const { return m_inputDevice; } ///< null at start
 
     /// Shows the platform's configuration dialog and waits for its end.
     /// @return what the dialog says; false if the platform has none
@@ -169,7 +170,8 @@ public:
 
     /// @}
 
-    Timer *getTimer() const;       ///< the frame clock: its reading is the raw millisecond count
+    /// The frame clock: its reading is the raw millisecond count. Null once the engine is being taken down.
+    Timer *getTimer() const;
     TimerCycle getTimeSinceInit(); ///< time since just before the plugins were loaded
     BuildVersion const &getVersion() const { return m_version; }
     BuildDate const &getBuildDate() const { return m_buildDate; }
@@ -185,7 +187,7 @@ private:
     void bringUp(String const &pluginFileName, String const &logFileName, bool writeLogFile);
     bool loadDependencies(String const &name, std::vector<String> const &dependencies);
     void startPlugin(String const &folder, String const &name);
-    bool runStartFunction(String const &name, void (*start)());
+    bool runStartFunction(Plugin &plugin, String const &name, void (*start)());
 
     void drainMessages();
     void throttleInBackground();

@@ -82,7 +82,19 @@ void Exception::announce()
     if (LogManager *const log = LogManager::InstancePtr()) {
         log->logMessage(text, 2);
     }
+    // Under the lock, so that describeLast() finds an object that cannot go away meanwhile.
+    std::lock_guard const guard(keepsake().lock);
     std::atomic_ref<Exception *>(last).store(this);
+}
+
+bool Exception::describeLast(String &text)
+{
+    std::lock_guard const guard(keepsake().lock);
+    Exception const *const noted = std::atomic_ref<Exception *>(last).load();
+    if (noted != nullptr) {
+        text = noted->getFullDescription();
+    }
+    return noted != nullptr;
 }
 
 String Exception::getFullDescription() const

@@ -29,7 +29,8 @@ public:
     };
 
     /// The exception built most recently, null at load. While that exception lives this points at it; after
-    /// that at a copy that the library keeps until the next one dies.
+    /// that at a copy that the library keeps until the next one dies. Not to be followed while other threads
+    /// may throw: see describeLast().
     static Exception *last;
 
     /// Stores the arguments, logs getFullDescription() at level 2 if there is a LogManager, and becomes the
@@ -53,6 +54,10 @@ public:
     std::int64_t getNumber() const { return number; }
 
     static Exception *getLastException() { return last; }
+
+    /// Gives getFullDescription() of the last exception, safely while other threads throw.
+    /// @return false if there has been none; @p text is then unchanged
+    static bool describeLast(String &text);
 
     static void _pushFunction(std::string const &function); ///< kept for callers; does nothing
     static void _popFunction();                             ///< kept for callers; does nothing

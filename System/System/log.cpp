@@ -46,6 +46,18 @@ private:
 
 constinit thread_local TimeStamp timeStamp;
 
+// What a callback logs in its turn is not told to callbacks, or they would never end.
+constinit thread_local bool insideCallback = false;
+
+class CallbackScope {
+public:
+    CallbackScope() { insideCallback = true; }
+    ~CallbackScope() { insideCallback = false; }
+
+    CallbackScope(CallbackScope const &) = delete;
+    CallbackScope &operator=(CallbackScope const &) = delete;
+};
+
 } // namespace
 
 Log::Log(String const &name, bool debugOutput, bool fileOutput) : m_debugOutput(debugOutput)
@@ -113,7 +125,7 @@ void Log::setCallbackFilter(String const &filter)
 // could see the file between them.
 void Log::output(std::string_view indent, std::string_view text, LogMessageLevel level)
 {
-    LogCallback const callback = m_callback.load(std::memory_order_acquire);
+    LogCallback const callback = insideCallback ? nullptr : m_callback.load(std::memory_order_acquire);
     if (callback != nullptr && !indent.empty()) {
         output({}, indent, level);
         indent = {};
@@ -131,6 +143,7 @@ void Log::output(std::string_view indent, std::string_view text, LogMessageLevel
     if (callback != nullptr) {
         String const whole(text.data(), text.size());
         if (passesFilter(whole)) {
+            CallbackScope const scope;
             callback(whole);
         }
     }

@@ -60,8 +60,9 @@ public:
     virtual bool isWithinThreshold(LogMessageLevel level);
 
     /// Sets who is told of each text that passes the filter; null for nobody. The callback runs on the thread
-    /// that logs and may log itself.
+    /// that logs; what it logs itself is not told to callbacks.
     void setCallback(LogCallback callback);
+    LogCallback getCallback() const { return m_callback.load(std::memory_order_acquire); }
 
     /// Sets which texts the callback is told: wildcard patterns separated by "|", case-sensitive, each cut at
     /// 4095 bytes; a text passes if one of them matches it. An empty filter passes everything.

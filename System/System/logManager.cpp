@@ -2,6 +2,7 @@
 
 #include "System/Patterns/tSingletonImpl.h"
 #include "System/System/formatBuffer.h"
+#include "System/System/pluginMgr.h"
 
 #include <algorithm>
 #include <cstdarg>
@@ -70,7 +71,15 @@ void LogManager::setLogDetail(LoggingLevel detail)
 void LogManager::setDefaultCallback(LogCallback callback)
 {
     if (Log *const log = m_defaultLog) {
+        LogCallback const before = log->getCallback();
         log->setCallback(callback);
+        PluginMgr::registered(reinterpret_cast<void const *>(callback), [callback, before] {
+            LogManager *const manager = InstancePtr();
+            Log *const now = manager != nullptr ? manager->m_defaultLog.load() : nullptr;
+            if (now != nullptr && now->getCallback() == callback) {
+                now->setCallback(before);
+            }
+        });
     }
 }
 
@@ -95,7 +104,9 @@ void LogManager::defLevelMessage(char const *format, ...)
 
 void LogManager::changeIndent(int delta)
 {
-    m_indent = std::max(0, m_indent + delta);
+    int width = m_indent;
+    while (!m_indent.compare_exchange_weak(width, std::max(0, width + delta))) {
+    }
 }
 
 void LogManager::send(std::string_view text, LogMessageLevel level)

@@ -63,8 +63,10 @@ public:
     /// Sets defaultLogLevel and the default log's detail.
     void setLogDetail(LoggingLevel detail);
 
-    void setDefaultCallback(LogCallback callback); ///< of the default log; without one, no effect
-    void setCallbackFilter(String const &filter);  ///< of the default log; without one, no effect
+    /// Sets who is told of the default log's texts; without a default log, no effect. One that a plugin sets
+    /// when it starts goes with the plugin.
+    void setDefaultCallback(LogCallback callback);
+    void setCallbackFilter(String const &filter); ///< of the default log; without one, no effect
 
     /// Is defaultLogLevel plus @p level at least 4? The guard of verbose lines; 1 for traces, 3 for warnings.
     static bool checkDefLogLevel(LogMessageLevel level)

@@ -2,6 +2,9 @@
 
 #include "System/Patterns/tSingletonImpl.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace Qel {
 
 template class tSingleton<PluginMgr>;
@@ -31,6 +34,7 @@ void PluginMgr::unload(Plugin *plugin)
     if (plugin == nullptr) {
         return;
     }
+    _takeBack(plugin);
     std::unique_ptr<Plugin> leaving;
     auto const found = m_plugins.find(plugin->getName());
     if (found != m_plugins.end() && found->second.get() == plugin) {
@@ -40,6 +44,45 @@ void PluginMgr::unload(Plugin *plugin)
         leaving.reset(plugin);
     }
     leaving->unload();
+}
+
+void PluginMgr::registered(void const *object, std::function<void()> takeBack)
+{
+    PluginMgr *const manager = InstancePtr();
+    if (manager != nullptr && !manager->m_starting.empty()) {
+        manager->m_registrations.push_back({manager->m_starting.back(), object, std::move(takeBack)});
+    }
+}
+
+void PluginMgr::unregistered(void const *object)
+{
+    if (PluginMgr *const manager = InstancePtr()) {
+        std::erase_if(manager->m_registrations,
+                      [object](Registration const &one) { return one.object == object; });
+    }
+}
+
+void PluginMgr::_beginStart(Plugin *plugin)
+{
+    m_starting.push_back(plugin);
+}
+
+void PluginMgr::_endStart()
+{
+    m_starting.pop_back();
+}
+
+void PluginMgr::_takeBack(Plugin *plugin)
+{
+    std::vector<Registration> all = std::move(m_registrations);
+    m_registrations.clear();
+    auto const others = std::stable_partition(all.begin(), all.end(),
+                                              [plugin](auto const &one) { return one.owner != plugin; });
+    for (auto at = all.end(); at != others;) {
+        (--at)->takeBack();
+    }
+    all.erase(others, all.end());
+    m_registrations = std::move(all);
 }
 
 } // namespace Qel

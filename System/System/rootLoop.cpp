@@ -2,6 +2,7 @@
 
 #include "System/System/rootManagers.h"
 
+#include "System/System/pluginMgr.h"
 #include "System/Time/timer.h"
 #include "System/Time/timerInit.h"
 
@@ -43,7 +44,7 @@ std::uint64_t elapsed(std::uint64_t from, std::uint64_t to)
 
 void Root::run()
 {
-    m_managers->timer->getDurationInProgress();
+    m_managers->m_timer->getDurationInProgress();
     os::Message unread;
     os::messagePump().peek(unread, false);
 
@@ -103,7 +104,7 @@ void Root::throttleInBackground()
 
 FrameEvent Root::makeEvent(FrameEventTimeType type)
 {
-    std::uint64_t const now = m_managers->timer->getDurationInProgress().getCount();
+    std::uint64_t const now = m_managers->m_timer->getDurationInProgress().getCount();
     FrameEvent event;
     event.anyEventTime = clampTime(calculateEventTime(now, FRAME_EVENT_ANY));
     event.sameEventTime = clampTime(calculateEventTime(now, type));
@@ -169,6 +170,11 @@ void Root::addFrameListener(FrameListener *listener)
     if (listener != nullptr && (place == m_frameListeners.end() || *place != listener)) {
         m_frameListeners.insert(place, listener);
         ++m_listenerChanges;
+        PluginMgr::registered(listener, [listener] {
+            if (Root *const root = InstancePtr()) {
+                root->removeFrameListener(listener);
+            }
+        });
     }
 }
 
@@ -178,6 +184,7 @@ void Root::removeFrameListener(FrameListener *listener)
     if (place != m_frameListeners.end()) {
         m_frameListeners.erase(place);
         ++m_listenerChanges;
+        PluginMgr::unregistered(listener);
     }
 }
 
@@ -272,6 +279,11 @@ void Root::limitFramerate()
 void Root::addDialog(void *window)
 {
     m_dialogs.push_back(window);
+    PluginMgr::registered(window, [window] {
+        if (Root *const root = InstancePtr()) {
+            root->removeDialog(window);
+        }
+    });
 }
 
 void Root::removeDialog(void *window)
@@ -279,6 +291,7 @@ void Root::removeDialog(void *window)
     auto const place = std::find(m_dialogs.begin(), m_dialogs.end(), window);
     if (place != m_dialogs.end()) {
         m_dialogs.erase(place);
+        PluginMgr::unregistered(window);
     }
 }
 

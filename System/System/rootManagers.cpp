@@ -4,6 +4,7 @@
 #include "System/System/exception.h"
 #include "System/System/logManager.h"
 #include "System/System/pluginMgr.h"
+#include "System/Time/processorInfo.h"
 #include "System/Time/timer.h"
 
 #include "Support/OS/debug.h"
@@ -27,19 +28,20 @@ RootManagers::~RootManagers()
 
 void RootManagers::takeDown()
 {
-    timer.reset();
-    platformManager.reset();
-    logManager.reset();
+    m_timer.reset();
+    m_platformManager.reset();
+    m_logManager.reset();
     stopPlugins();
-    pluginMgr.reset();
-    globalStrings.reset();
+    m_pluginMgr.reset();
+    m_globalStrings.reset();
+    m_processorInfo.reset();
 }
 
 void RootManagers::stopPlugins()
 {
-    while (!plugins.empty()) {
-        Plugin *const plugin = plugins.back();
-        plugins.pop_back();
+    while (!m_plugins.empty()) {
+        Plugin *const plugin = m_plugins.back();
+        m_plugins.pop_back();
         try {
             if (void *const symbol = plugin->getSymbol("dllStopPlugin")) {
                 reinterpret_cast<void (*)()>(symbol)();
@@ -48,7 +50,7 @@ void RootManagers::stopPlugins()
             os::debugOutput("A plugin's dllStopPlugin has thrown an exception\n");
         }
         try {
-            pluginMgr->unload(plugin);
+            m_pluginMgr->unload(plugin);
         } catch (Exception const &) {
             os::debugOutput("A plugin could not be unloaded\n");
         }

@@ -12,17 +12,19 @@ class LogManager;
 class PlatformManager;
 class Plugin;
 class PluginMgr;
+class ProcessorInfo;
 class Timer;
 
 /// What Root makes, and the two orders: Root::bringUp() makes the members from the first to the last,
 /// takeDown() has an order of its own. Not part of the public interface.
 struct RootManagers {
-    std::unique_ptr<LogManager> logManager;
-    std::unique_ptr<GlobalStrings> globalStrings;
-    std::unique_ptr<PluginMgr> pluginMgr;
-    std::unique_ptr<PlatformManager> platformManager;
-    std::unique_ptr<Timer> timer;
-    std::vector<Plugin *> plugins; // started, in that order
+    std::unique_ptr<LogManager> m_logManager;
+    std::unique_ptr<ProcessorInfo> m_processorInfo;
+    std::unique_ptr<GlobalStrings> m_globalStrings;
+    std::unique_ptr<PluginMgr> m_pluginMgr;
+    std::unique_ptr<PlatformManager> m_platformManager;
+    std::unique_ptr<Timer> m_timer;
+    std::vector<Plugin *> m_plugins; // started, in that order
 
     RootManagers();
     ~RootManagers(); ///< takes down what stands

@@ -2,11 +2,13 @@
 
 #include "System/System/rootManagers.h"
 
+#include "System/Platform/platformManager.h"
 #include "System/System/configFile.h"
 #include "System/System/exception.h"
 #include "System/System/logManager.h"
 #include "System/System/pluginMgr.h"
 
+#include "Support/OS/messagePump.h"
 #include "Support/OS/module.h"
 
 #include <algorithm>
@@ -47,10 +49,11 @@ bool Root::loadDependencies(String const &name, std::vector<String> const &depen
 
 void Root::startPlugin(String const &folder, String const &name)
 {
-    std::vector<Plugin *> &started = m_managers->plugins;
-    Plugin *const plugin = m_managers->pluginMgr->load(folder + name + ".dll");
-    if (std::find(started.begin(), started.end(), plugin) != started.end()) {
-        logMessage("Plugin '" + folder + name + ".dll' is listed twice, started once\n", 3);
+    std::vector<Plugin *> &started = m_managers->m_plugins;
+    Plugin *const plugin = m_managers->m_pluginMgr->load(folder + name + ".dll");
+    if (std::find(started.begin(), started.end(), plugin) != started.end() ||
+        plugin->getName() == PlatformManager::pluginName) {
+        logMessage("Plugin '" + plugin->getName() + "' is loaded already\n", 3);
         return;
     }
     started.push_back(plugin);
@@ -58,24 +61,23 @@ void Root::startPlugin(String const &folder, String const &name)
     void *const symbol = plugin->getSymbol("dllStartPlugin");
     if (symbol == nullptr) {
         logMessage(folder + name + ".DLL" + " Cannot find symbol dllStartPlugin\n", 2);
-    } else if (!runStartFunction(folder + name + ".dll", reinterpret_cast<void (*)()>(symbol))) {
-        started.pop_back();
-        m_managers->pluginMgr->unload(plugin);
+    } else if (!runStartFunction(*plugin, folder + name + ".dll", reinterpret_cast<void (*)()>(symbol))) {
+        std::erase(started, plugin);
+        m_managers->m_pluginMgr->unload(plugin);
     }
 }
 
 // What the function registered before it threw is taken back, since the code behind it is about to go.
-bool Root::runStartFunction(String const &name, void (*start)())
+bool Root::runStartFunction(Plugin &plugin, String const &name, void (*start)())
 {
-    std::size_t const systemsBefore = m_renderSystems.size();
-    std::vector<FrameListener *> const listenersBefore = m_frameListeners;
-    std::vector<void *> const dialogsBefore = m_dialogs;
-    RenderSystem *const activeBefore = m_renderSystem;
-    InputReader *const deviceBefore = m_inputDevice;
+    PluginMgr &manager = *m_managers->m_pluginMgr;
+    os::MessagePump *const pumpBefore = os::installedMessagePump();
 
     String why;
+    manager._beginStart(&plugin);
     try {
         start();
+        manager._endStart();
         return true;
     } catch (Exception const &exception) {
         why = exception.description;
@@ -84,13 +86,8 @@ bool Root::runStartFunction(String const &name, void (*start)())
     } catch (...) {
         why = "unknown exception";
     }
-
-    m_renderSystems.resize(std::min(systemsBefore, m_renderSystems.size()));
-    m_frameListeners = listenersBefore;
-    ++m_listenerChanges;
-    m_dialogs = dialogsBefore;
-    m_renderSystem = activeBefore;
-    m_inputDevice = deviceBefore;
+    manager._endStart();
+    os::setMessagePump(pumpBefore);
     logMessage("Plugin '" + name + "' is left out, its dllStartPlugin has thrown: " + why + "\n", 3);
     return false;
 }
@@ -102,7 +99,7 @@ void Root::unloadPlugins()
 
 std::vector<Plugin *> const &Root::getPlugins() const
 {
-    return m_managers->plugins;
+    return m_managers->m_plugins;
 }
 
 } // namespace Qel

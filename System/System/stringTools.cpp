@@ -1,6 +1,6 @@
 #include "System/System/stringTools.h"
 
-#include "System/math/crc32Table.h"
+#include "System/math/nameHash.h"
 
 #include <algorithm>
 #include <array>
@@ -318,26 +318,12 @@ void StringTools::toLower(wchar_t *text)
 
 std::uint32_t StringTools::calcHash(char const *text)
 {
-    return calcHash(text, identityTable.data());
+    return hashName(orEmpty(text)).hash;
 }
 
 std::uint32_t StringTools::calcHash(char const *text, unsigned char const *map)
 {
-    text = orEmpty(text);
-    map = mapOr(map);
-    auto const byte = [&text, map](std::size_t i) { return map[static_cast<unsigned char>(text[i])]; };
-    auto const &t = crc32Tables;
-    std::uint32_t hash = 0xFFFFFFFF;
-    std::size_t left = std::strlen(text);
-    for (; left >= 8; left -= 8, text += 8) {
-        hash = t[7][(hash & 255) ^ byte(0)] ^ t[6][(hash >> 8 & 255) ^ byte(1)] ^
-               t[5][(hash >> 16 & 255) ^ byte(2)] ^ t[4][hash >> 24 ^ byte(3)] ^ t[3][byte(4)] ^
-               t[2][byte(5)] ^ t[1][byte(6)] ^ t[0][byte(7)];
-    }
-    for (; left > 0; --left, ++text) {
-        hash = hash >> 8 ^ t[0][(hash & 255) ^ byte(0)];
-    }
-    return hash;
+    return hashName(orEmpty(text), mapOr(map)).hash;
 }
 
 int StringTools::compare(char const *a, char const *b)

@@ -5,6 +5,8 @@
 #include "System/Platform/errorDialog.h"
 #include "System/Platform/platformManager.h"
 
+#include "Support/OS/debug.h"
+
 #include <atomic>
 #include <cstdlib>
 
@@ -13,6 +15,17 @@ namespace Qel {
 namespace {
 
 constexpr int failed = -1;
+
+// Whatever fails on the way to the exit, the exit is reached.
+template <class Step>
+void attempt(Step const &step)
+{
+    try {
+        step();
+    } catch (...) {
+        os::debugOutput("handleTerminate: a step has failed\n");
+    }
+}
 
 } // namespace
 
@@ -26,21 +39,25 @@ void handleTerminate()
 
     // Not destroyed, since the process ends at once; kept here so that it does not count as lost.
     static ErrorDialog *dialog = nullptr;
-    if (PlatformManager *const platform = PlatformManager::InstancePtr()) {
-        dialog = platform->createErrorDialog();
-    }
-    logMessage("handleTerminate()\n", 2);
-    if (dialog != nullptr) {
-        Exception const *const last = Exception::getLastException();
-        dialog->display(last != nullptr ? last->getFullDescription() : String("handleTerminate: Unknown"),
-                        String());
-    }
+    attempt([] {
+        if (PlatformManager *const platform = PlatformManager::InstancePtr()) {
+            dialog = platform->createErrorDialog();
+        }
+    });
+    attempt([] { logMessage("handleTerminate()\n", 2); });
+    attempt([] {
+        String text;
+        if (dialog != nullptr) {
+            dialog->display(Exception::describeLast(text) ? text : String("handleTerminate: Unknown"),
+                            String());
+        }
+    });
     std::exit(failed);
 }
 
 void Root::termHandler()
 {
-    logMessage("termHandler()\n", 2);
+    attempt([] { logMessage("termHandler()\n", 2); });
     handleTerminate();
 }
 

@@ -23,7 +23,8 @@ constexpr std::uint64_t bindingMask = 0xFF;
 constinit std::mutex tableLock;
 constinit std::atomic<std::uint32_t> lastSerial{0};
 
-thread_local std::uint64_t ownIdentity = 0;
+// In the room that every thread has from the start: the address is then an addition, and not a call.
+[[gnu::tls_model("initial-exec")]] constinit thread_local std::uint64_t ownIdentity = 0;
 
 std::uint64_t identityOfCaller()
 {
@@ -66,9 +67,17 @@ void cCpuBinding::init(bool enable)
     }
     std::uint32_t const second = lowestBit(all & ~first);
     m_masks = {all, first, second == 0 ? first : second};
-    m_count = 0;
+    clearTable();
     signalMainThread();
     m_flags = initialised | active;
+}
+
+void cCpuBinding::clearTable()
+{
+    m_count = 0;
+    for (std::atomic<Entry> &entry : m_table) {
+        entry = 0;
+    }
 }
 
 void cCpuBinding::deinit()
@@ -145,10 +154,7 @@ void cCpuBinding::disable()
         }
     }
     m_flags = initialised;
-    m_count = 0;
-    for (std::atomic<Entry> &entry : m_table) {
-        entry = 0;
-    }
+    clearTable();
 }
 
 } // namespace Qel

@@ -48,6 +48,7 @@ private:
 
     static void bindSlow(Entry wanted, Entry identity, eBinding binding);
     static std::uint8_t find(Entry identity);
+    static void clearTable();
 
     static std::atomic<std::uint8_t> m_flags;
     static std::atomic<Entry> m_mainThread;

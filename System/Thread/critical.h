@@ -23,7 +23,13 @@ public:
     cCritical &operator=(cCritical const &) = delete;
 
     void on() const { m_lock.lock(); } ///< takes the lock; waits without limit
-    void off() const;                  ///< gives it back; only its owner may
+
+    /// Gives it back; only its owner may.
+    void off() const
+    {
+        QEL_ASSERT(m_lock.heldByCaller());
+        m_lock.unlock();
+    }
 
 private:
     mutable os::RecursiveLock m_lock;
@@ -33,8 +39,19 @@ private:
 class QEL_API cCriticalHelper {
 public:
     /// @param critical  not owned; null for none, the helper then does nothing
-    explicit cCriticalHelper(cCritical const *critical);
-    ~cCriticalHelper();
+    explicit cCriticalHelper(cCritical const *critical) : m_critical(critical)
+    {
+        if (m_critical != nullptr) {
+            m_critical->on();
+        }
+    }
+    ~cCriticalHelper()
+    {
+        if (m_critical != nullptr) {
+            m_critical->off();
+            m_critical = nullptr;
+        }
+    }
 
     cCriticalHelper(cCriticalHelper const &) = delete;
     cCriticalHelper &operator=(cCriticalHelper const &) = delete;

@@ -15,7 +15,7 @@ struct Executing {
     Executing const *outer;
 };
 
-thread_local Executing const *innermost = nullptr;
+[[gnu::tls_model("initial-exec")]] constinit thread_local Executing const *innermost = nullptr;
 
 class ExecutingScope {
 public:

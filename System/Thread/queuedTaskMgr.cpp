@@ -12,14 +12,10 @@ namespace {
 
 constexpr std::uint32_t firstPatientPriority = 7;
 
-// The lock is held for some tens of nanoseconds, much less than it takes to sleep and wake up.
-constexpr unsigned int lockSpins = 200;
-
 } // namespace
 
 QueuedTaskMgr::QueuedTaskMgr(unsigned int threadCount, eThreadPriority priority, unsigned int stackSize,
                              unsigned int sleepMs)
-    : m_lock(lockSpins)
 {
     cCriticalHelper const guard(&m_lock);
     m_threads.reserve(threadCount);
@@ -93,36 +89,55 @@ iQueuedThread *QueuedTaskMgr::getAvailableThread() const
 
 void QueuedTaskMgr::returnToPool(iQueuedThread *thread, eThreadStatus status)
 {
-    cCriticalHelper const guard(&m_lock);
-    iQueuedTask *const ended = thread->m_task.load(std::memory_order_relaxed);
-    if (ended != nullptr && ended != thread->m_stepped) {
-        return; // its task was destroyed in the middle of the step, and it has got another one since
-    }
+    iQueuedTask *ended = nullptr;
     iQueuedTask *next = nullptr;
-    if (!m_queue.empty()) {
-        next = m_queue.front();
-        m_queue.pop_front();
-        next->m_status.store(TASK_RUNNING, std::memory_order_relaxed);
+    {
+        cCriticalHelper const guard(&m_lock);
+        // Null if the task was destroyed in the middle of its last step.
+        ended = thread->m_task.load(std::memory_order_relaxed);
+        if (ended != nullptr && ended != thread->m_stepped) {
+            return; // so it was, and the worker has got another one since
+        }
+        if (!m_queue.empty()) {
+            next = m_queue.front();
+            m_queue.pop_front();
+        }
+        // No wake-up for it: the caller is the worker itself, and looks here before it goes to sleep.
+        thread->m_task.store(next, std::memory_order_relaxed);
+        if (next == nullptr && ended != nullptr) {
+            ++m_idle;
+        } else if (next != nullptr && ended == nullptr) {
+            --m_idle;
+        }
     }
-    // No wake-up for it: the caller is the worker itself, and looks here before it goes to sleep.
-    thread->m_task.store(next, std::memory_order_relaxed);
-    m_idle += (next == nullptr ? 1u : 0u) - (ended == nullptr ? 1u : 0u);
+    // The tasks come after the lock, since their memory is likely to be with another processor.
     if (ended != nullptr) {
         // From here on the owner may destroy it.
         ended->m_status.store(status == THREAD_DONE ? TASK_DONE : TASK_ABORTED, std::memory_order_release);
     }
+    if (next != nullptr) {
+        // Up to now it was a queued task that is not in the queue, and removeJob() goes by the queue.
+        next->m_status.store(TASK_RUNNING, std::memory_order_relaxed);
+    }
+}
+
+// Takes a task that waits out of the queue, and keeps the others in their order.
+// @return false if it was not in the queue: it does not wait, or a worker has just taken it
+bool QueuedTaskMgr::removeJob(iQueuedTask *task)
+{
+    if (task->getStatus() != TASK_QUEUED || std::erase(m_queue, task) == 0) {
+        return false;
+    }
+    task->m_status.store(TASK_ABORTED, std::memory_order_release);
+    return true;
 }
 
 eTaskStatus QueuedTaskMgr::forceTask(iQueuedTask *task)
 {
     {
         cCriticalHelper const guard(&m_lock);
-        if (task->getStatus() == TASK_QUEUED) {
-            removeJob(task);
-            task->m_status.store(TASK_IDLE, std::memory_order_relaxed);
-        }
-        if (task->getStatus() != TASK_IDLE) {
-            return task->getStatus();
+        if (!removeJob(task) && task->getStatus() != TASK_IDLE) {
+            return std::max(task->getStatus(), TASK_RUNNING);
         }
         task->m_status.store(TASK_RUNNING, std::memory_order_relaxed);
     }
@@ -140,18 +155,13 @@ eTaskStatus QueuedTaskMgr::forceTask(iQueuedTask *task)
 eTaskStatus QueuedTaskMgr::abortTask(iQueuedTask *task)
 {
     cCriticalHelper const guard(&m_lock);
-    if (task->getStatus() == TASK_QUEUED) {
-        removeJob(task);
-    } else if (task->getStatus() == TASK_IDLE) {
+    if (removeJob(task)) {
+        return TASK_ABORTED;
+    }
+    if (task->getStatus() == TASK_IDLE) {
         task->m_status.store(TASK_ABORTED, std::memory_order_release);
     }
-    return task->getStatus();
-}
-
-void QueuedTaskMgr::removeJob(iQueuedTask *task)
-{
-    std::erase(m_queue, task);
-    task->m_status.store(TASK_ABORTED, std::memory_order_release);
+    return std::max(task->getStatus(), TASK_RUNNING);
 }
 
 void QueuedTaskMgr::abortQueuedTasks()

@@ -81,7 +81,7 @@ private:
     friend class iQueuedTask;
 
     iQueuedThread *getAvailableThread() const;
-    void removeJob(iQueuedTask *task);
+    bool removeJob(iQueuedTask *task);
     void returnToPool(iQueuedThread *thread, eThreadStatus status);
     bool forget(iQueuedTask *task);
 

@@ -53,17 +53,20 @@ iQueuedTask *iQueuedThread::assignTask(iQueuedTask *task)
 
 eThreadStatus iQueuedThread::runThread(float)
 {
-    if (iQueuedTask *const task = getTask()) {
-        m_stepped = task;
-        eThreadStatus ended = endedByException;
-        threadBarrier([&] { ended = task->executeHere(false); });
-        if (ended != THREAD_CONTINUE) {
-            m_owner->returnToPool(this, ended);
+    // Without a sleep between the steps the way back through the thread's loop would only read the clock.
+    do {
+        if (iQueuedTask *const task = getTask()) {
+            m_stepped = task;
+            eThreadStatus ended = endedByException;
+            threadBarrier([&] { ended = task->executeHere(false); });
+            if (ended != THREAD_CONTINUE) {
+                m_owner->returnToPool(this, ended);
+            }
         }
-    }
-    if (getTask() == nullptr) {
-        m_wakeUp.wait();
-    }
+        if (getTask() == nullptr) {
+            m_wakeUp.wait();
+        }
+    } while (m_sleep == 0 && m_status == THREAD_CONTINUE);
     return m_status;
 }
 

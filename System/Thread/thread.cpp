@@ -201,6 +201,11 @@ void iThread::operator delete(void *block)
     ::operator delete(block);
 }
 
+void *iThread::operator new(std::size_t size, std::nothrow_t const &) noexcept
+{
+    return ::operator new(size, std::nothrow);
+}
+
 void *iThread::operator new(std::size_t size, std::align_val_t alignment)
 {
     return ::operator new(size, alignment);

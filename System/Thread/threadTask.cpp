@@ -151,6 +151,11 @@ void ThreadTask::operator delete(void *block)
     ::operator delete(block);
 }
 
+void *ThreadTask::operator new(std::size_t size, std::nothrow_t const &) noexcept
+{
+    return ::operator new(size, std::nothrow);
+}
+
 void *ThreadTask::operator new(std::size_t size, std::align_val_t alignment)
 {
     return ::operator new(size, alignment);

@@ -79,6 +79,7 @@ public:
     /// takes them and the ones below for pairs that belong together.
     static void *operator new(std::size_t size);
     static void *operator new(std::size_t size, std::align_val_t alignment);
+    static void *operator new(std::size_t size, std::nothrow_t const &) noexcept;
     static void *operator new(std::size_t, void *place) noexcept { return place; }
     static void operator delete(void *block);                             ///< after a constructor has thrown
     static void operator delete(void *block, std::align_val_t alignment); ///< after a constructor has thrown

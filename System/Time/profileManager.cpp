@@ -16,14 +16,9 @@ ProfileManager::ProfileManager()
 {
 }
 
-bool ProfileManager::isOwnThread() const
-{
-    return os::currentThreadId() == m_thread;
-}
-
 void ProfileManager::start_Profile(char const *name)
 {
-    if (!isOwnThread()) {
+    if (os::currentThreadId() != m_thread) {
         return;
     }
     // A scope inside one of the same name stays on its node.
@@ -35,7 +30,7 @@ void ProfileManager::start_Profile(char const *name)
 
 void ProfileManager::stop_Profile()
 {
-    if (isOwnThread() && m_current->Return() && m_current->m_parent != nullptr) {
+    if (os::currentThreadId() == m_thread && m_current->Return() && m_current->m_parent != nullptr) {
         m_current = m_current->m_parent;
     }
 }
@@ -50,20 +45,6 @@ void ProfileManager::reset()
 float ProfileManager::get_Time_Since_Reset() const
 {
     return static_cast<float>(ProfileNode::msClock.getDurationInProgress().getSeconds());
-}
-
-ProfileSample::ProfileSample(char const *name)
-{
-    if (ProfileManager *const manager = ProfileManager::InstancePtr()) {
-        manager->start_Profile(name);
-    }
-}
-
-ProfileSample::~ProfileSample()
-{
-    if (ProfileManager *const manager = ProfileManager::InstancePtr()) {
-        manager->stop_Profile();
-    }
 }
 
 } // namespace Qel

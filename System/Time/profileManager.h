@@ -55,8 +55,6 @@ public:
     void unlock() {} ///< does nothing
 
 private:
-    bool isOwnThread() const;
-
     ProfileNode m_root;
     ProfileNode *m_current;
     int m_frames = 0;
@@ -66,8 +64,19 @@ private:
 /// A scope for ProfileManager. Without one, or on another thread than its own, it does nothing.
 class QEL_API ProfileSample {
 public:
-    explicit ProfileSample(char const *name); ///< as ProfileManager::start_Profile()
-    ~ProfileSample();
+    /// @param name  as for ProfileManager::start_Profile()
+    explicit ProfileSample(char const *name)
+    {
+        if (ProfileManager *const manager = ProfileManager::InstancePtr()) {
+            manager->start_Profile(name);
+        }
+    }
+    ~ProfileSample()
+    {
+        if (ProfileManager *const manager = ProfileManager::InstancePtr()) {
+            manager->stop_Profile();
+        }
+    }
 
     ProfileSample(ProfileSample const &) = delete;
     ProfileSample &operator=(ProfileSample const &) = delete;

@@ -62,30 +62,4 @@ void ProfileNode::reset()
     }
 }
 
-void ProfileNode::call()
-{
-    ++m_totalCalls;
-    if (m_recursion == 0) {
-        m_start = msClock.getDurationInProgress();
-    }
-    ++m_recursion;
-}
-
-bool ProfileNode::Return()
-{
-    if (m_recursion == 0) {
-        return false; // an end without a beginning
-    }
-    --m_recursion;
-    if (m_recursion == 0 && m_totalCalls != 0) {
-        double const now = msClock.getDurationInProgress().getMilliseconds();
-        auto const span = static_cast<float>(now - m_start.getMilliseconds());
-        m_totalTime += span;
-        if (span > m_peakTime) {
-            m_peakTime = span;
-        }
-    }
-    return m_recursion == 0;
-}
-
 } // namespace Qel

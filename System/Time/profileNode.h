@@ -57,4 +57,34 @@ private:
     std::unique_ptr<ProfileNode> m_sibling;
 };
 
+inline void ProfileNode::call()
+{
+    ++m_totalCalls;
+    if (m_recursion == 0) {
+        m_start = msClock.getDurationInProgress();
+    }
+    ++m_recursion;
+}
+
+inline bool ProfileNode::Return()
+{
+    if (m_recursion == 0) {
+        return false; // an end without a beginning
+    }
+    --m_recursion;
+    if (m_recursion == 0 && m_totalCalls != 0) {
+        TimerCycle const end = msClock.getDurationInProgress();
+        if (end == m_start) {
+            return true; // most scopes are shorter than the clock's step
+        }
+        double const now = end.getMilliseconds();
+        auto const span = static_cast<float>(now - m_start.getMilliseconds());
+        m_totalTime += span;
+        if (span > m_peakTime) {
+            m_peakTime = span;
+        }
+    }
+    return m_recursion == 0;
+}
+
 } // namespace Qel

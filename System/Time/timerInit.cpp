@@ -2,6 +2,7 @@
 
 #include "Support/OS/clock.h"
 #include "System/System/logManager.h"
+#include "System/Time/processorInfo.h"
 
 #include <algorithm>
 #include <cinttypes>
@@ -25,7 +26,9 @@ sTimerCpu TimerInit::gTimerCpu[32] = {};
 void TimerInit::init(eTimerType type)
 {
     gTimerType = type;
-    gClockSpeed = static_cast<std::uint64_t>(os::performanceFrequency());
+    ProcessorInfo const *const processor = ProcessorInfo::InstancePtr();
+    gClockSpeed = static_cast<std::uint64_t>(processor != nullptr ? processor->getCycles()
+                                                                  : os::performanceFrequency());
     gClockSpeedMicrosecondsMultiplier = 1000.0;
     gClockSpeedMillisecondsMultiplier = 1.0;
     gClockSpeedSecondsMultiplier = 0.001;

@@ -121,6 +121,8 @@ TEST(FileBit, ZerosDoNotClearAndGapsAreZeros)
     file.write_bits(0, 8);
     EXPECT_EQ(content(file), "\xFF");
     EXPECT_EQ(file.seek(100), 100u);
+    EXPECT_EQ(file.write("", 0), 0u);
+    EXPECT_EQ(file.getNumBytes(), 1u) << "writing nothing fills no gap";
     file.write_bit(true);
     EXPECT_EQ(file.getNumBytes(), 13u);
     EXPECT_EQ(content(file), std::string("\xFF") + std::string(11, '\0') + "\x10");

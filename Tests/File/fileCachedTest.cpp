@@ -98,6 +98,21 @@ TEST(FileCached, WritesBackWhatWasWrittenAndNothingElse)
     EXPECT_EQ(last, "abcdef67XYZ");
 }
 
+TEST(FileCached, WritesInsideAFullWindowCollect)
+{
+    Cached file(std::make_unique<VectorFile>("0123456789"), 8);
+    EXPECT_EQ(readSome(file, 8), "01234567");
+    for (unsigned int const at : {6u, 1u, 3u}) {
+        file.seek(at);
+        EXPECT_EQ(file.write("x", 1), 1u);
+    }
+    EXPECT_EQ(file.inner.writes, 0);
+    file.seek(8);
+    EXPECT_EQ(file.write("y", 1), 1u);
+    EXPECT_EQ(file.inner.writes, 1);
+    EXPECT_EQ(file.inner.content(), "0x2x45x789");
+}
+
 TEST(FileCached, AnyMixOfReadsWritesAndSeeksIsThatOfAPlainStream)
 {
     std::mt19937 random(7);

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <limits>
+#include <random>
 #include <string>
 #include <utility>
 
@@ -135,6 +136,44 @@ TEST(FileDisk, AFullDiskShowsInTheWriteItself)
         << "what fits is still taken, and nothing of the refused write with it";
     file.seek(9'990);
     EXPECT_EQ(readSome(file, 2), "ok");
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, oldHandler);
+}
+
+TEST(FileDisk, ARefusedWriteDoesNotDisturbReads)
+{
+    test::TempFolder const folder;
+    constexpr std::uint32_t length = 100'000;
+    {
+        cFileMem places; // each word is its own position
+        for (std::uint32_t at = 0; at < length; at += 4) {
+            places << at;
+        }
+        EXPECT_EQ(cFileDisk("file", OPEN_WRITE).write(places), length);
+    }
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    auto const oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit const none{0, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &none), 0);
+    for (eOpenMode const mode : {OPEN_READ, OPEN_READWRITE}) {
+        SCOPED_TRACE(mode);
+        cFileDisk file("file", mode);
+        std::mt19937 random(3);
+        auto const below = [&random](std::uint32_t n) { return static_cast<std::uint32_t>(random() % n); };
+        for (int i = 0; i < 200; ++i) {
+            std::uint32_t const at = below(length / 4 - 4) * 4;
+            file.seek(at);
+            for (std::uint32_t step = 0; step < 16; step += 4) {
+                for (std::uint32_t writes = below(3); writes > 0; --writes) {
+                    EXPECT_EQ(file.write("abcde", 5), 0u);
+                }
+                std::uint32_t there = 0;
+                EXPECT_TRUE(file.read_32(there));
+                EXPECT_EQ(there, at + step);
+            }
+        }
+    }
     setrlimit(RLIMIT_FSIZE, &before);
     std::signal(SIGXFSZ, oldHandler);
 }

@@ -30,6 +30,9 @@ extern "C" QEL_API void dllStartPlugin()
     listener = std::make_unique<Listener>();
     Qel::Root::Instance().addRenderSystem(renderer.get());
     Qel::Root::Instance().addFrameListener(listener.get());
+#ifdef MODULE_LOADS_OTHERS
+    Qel::Root::Instance().loadPlugins("others.cfg");
+#endif
 #ifdef MODULE_THROWS
     throw Qel::Exception(Qel::Exception::InternalFailure, "no such device", "dllStartPlugin");
 #endif
@@ -42,8 +45,14 @@ extern "C" QEL_API void dllStopPlugin()
     std::string text = "stop " MODULE_NAME;
     text += Qel::LogManager::InstanceActive() ? " with a log\n" : "\n";
     os::debugOutput(text.c_str());
+    // Not taken off the engine's lists: they must not be followed after this.
     listener.reset();
     renderer.reset();
+    if (Qel::Root *const root = Qel::Root::InstancePtr()) {
+        root->getTimeSinceInit();
+        root->makeGlobalString(MODULE_NAME);
+        root->showConfigDialog();
+    }
 #ifdef MODULE_THROWS_IN_STOP
     throw 1;
 #endif

@@ -146,6 +146,29 @@ TEST_F(LogManagerTest, TheCallbackSeesWhatItsFilterLetsThrough)
     EXPECT_EQ(told.size(), 1u);
 }
 
+TEST_F(LogManagerTest, WhatACallbackLogsIsNotToldToCallbacks)
+{
+    m_manager.createLog("a.log", true, false, true);
+    m_manager.setDefaultCallback([](String const &text) {
+        told.emplace_back(text.c_str());
+        logMessage("from the callback\n", 2);
+    });
+    m_manager.logMessage("one\n", 2);
+    m_manager.logMessage("two\n", 2);
+    EXPECT_EQ(told, (std::vector<std::string>{"one\n", "two\n"}));
+    EXPECT_EQ(file(), "from the callback\none\nfrom the callback\ntwo\n");
+}
+
+TEST_F(LogManagerTest, AFullDiskIsSilentAndLaterTextsAreTriedAnew)
+{
+    Log *const log = m_manager.createLog("/dev/full", true, false, true);
+    log->setCallback(&tell);
+    for (int i = 0; i < 3; ++i) {
+        m_manager.logMessage("lost", 4);
+    }
+    EXPECT_EQ(told.size(), 3u);
+}
+
 TEST_F(LogManagerTest, TheErrorStreamIsToldWithoutStampAndWithoutFile)
 {
     m_manager.createLog("a.log", true, true, false);
@@ -203,6 +226,9 @@ TEST_F(LogManagerTest, ThreadsLogAtOnceWithoutTornTexts)
         at = end + 1;
     }
     EXPECT_EQ(lines, 400u);
+    m_manager.createLog("b.log", true, false, true);
+    logMessage("no indent is left\n", 2);
+    EXPECT_EQ(test::readFile("b.log"), "no indent is left\n");
 }
 
 TEST_F(LogManagerTest, ScopeTimersReportSeconds)

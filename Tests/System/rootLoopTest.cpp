@@ -294,6 +294,27 @@ TEST_F(RootLoopTest, IdleEventsAndSleepsOfALimitedFrame)
     EXPECT_EQ(recorder.seen[4].event.idleSeconds, 0.0f) << "less than a whole second";
 }
 
+TEST_F(RootLoopTest, ARateGoesThroughWholeMilliseconds)
+{
+    struct {
+        unsigned fps;
+        std::int64_t ticks; // of 100 ns, from one frame to the next
+    } const rows[] = {{1000, 10'000}, {60, 161'290},  {50, 200'000},
+                      {999, 10'000},  {7, 1'428'571}, {1, 10'000'000}};
+    m_clock.ticksPerYield = 1;
+    for (auto const &row : rows) {
+        SCOPED_TRACE(row.fps);
+        root->setMaxFrameRate(row.fps);
+        std::vector<std::int64_t> starts;
+        recorder.onStarted = [&] {
+            starts.push_back(m_clock.ticks);
+            return starts.size() < 3;
+        };
+        root->run();
+        EXPECT_EQ(starts[2] - starts[1], row.ticks);
+    }
+}
+
 TEST_F(RootLoopTest, ARateOfOneTellsWholeSecondsAndACounterThatGoesBackEndsTheWait)
 {
     root->setMaxFrameRate(1);
@@ -484,9 +505,13 @@ public:
         if (next != nullptr) {
             Root::Instance().setRenderSystem(next);
         }
+        if (fails) {
+            throw 1;
+        }
     }
 
     int shutdowns = 0;
+    bool fails = false;
     RenderSystem *next = nullptr;
 };
 
@@ -508,6 +533,15 @@ TEST_F(RootLoopTest, AnotherRenderSystemShutsTheActiveOneDown)
     EXPECT_EQ(first.shutdowns, 2) << "once, although it picks another while it shuts down";
     EXPECT_EQ(root->getRenderSystem(), nullptr);
     EXPECT_EQ(second.shutdowns, 0);
+
+    first.next = nullptr;
+    first.fails = true;
+    root->setRenderSystem(&first);
+    EXPECT_THROW(root->setRenderSystem(&second), int);
+    EXPECT_EQ(root->getRenderSystem(), &first);
+    first.fails = false;
+    root->setRenderSystem(&second);
+    EXPECT_EQ(first.shutdowns, 4) << "told again, since the first time it failed";
 }
 
 } // namespace

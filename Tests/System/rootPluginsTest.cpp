@@ -97,7 +97,7 @@ TEST_F(RootPluginsTest, OnePluginsFaultLeavesTheOthersRunning)
          "Plugin 'm/throws.dll' is left out, its dllStartPlugin has thrown: no such device\nstart good_b\n",
          2, 2, "stop good_b\nstop good_a\n"},
         {"the same plugin twice", "Plugin=good_a\nPlugin=good_a\n",
-         "start good_a\nPlugin 'm/good_a.dll' is listed twice, started once\n", 1, 1, "stop good_a\n"},
+         "start good_a\nPlugin 'm/good_a.dll' is loaded already\n", 1, 1, "stop good_a\n"},
         {"stop that throws", "Plugin=good_a\nPlugin=throws_late\n", "start good_a\nstart throws_late\n", 2, 2,
          "stop throws_late\nA plugin's dllStopPlugin has thrown an exception\nstop good_a\n"},
     };
@@ -112,6 +112,41 @@ TEST_F(RootPluginsTest, OnePluginsFaultLeavesTheOthersRunning)
         EXPECT_EQ(renderers, row.renderers);
         EXPECT_EQ(debug.text().substr(before.size()), row.stops);
     }
+}
+
+// A stop function frees its objects and may forget the engine's lists, and a plugin may fail after it has
+// brought others up. In either case nothing of it is told of the next frame.
+TEST_F(RootPluginsTest, WhatAPluginRegisteredGoesWithIt)
+{
+    test::writeFile("others.cfg", "PluginFolder=m/\nPlugin=good_b\n");
+    test::writeFile("plugins.cfg", "Plugin=m/good_a\nPlugin=m/throws_nested\n"
+                                   "Plugin=plugin_win32platform\n");
+    testing::internal::CaptureStderr();
+    Root root("plugins.cfg", "a.log", false);
+    FrameEvent event;
+    EXPECT_TRUE(root._fireFrameStarted(event));
+    ASSERT_EQ(root.getPlugins().size(), 2u);
+    EXPECT_STREQ(root.getPlugins()[1]->getName().c_str(), "m/good_b.dll");
+    EXPECT_EQ(root.getAvailableRenderers()->size(), 2u);
+    root.setRenderSystem(root.getAvailableRenderers()->back());
+
+    root.unloadPlugins();
+    EXPECT_EQ(debug.text(), "stop good_b with a log\nstop good_a with a log\n");
+    EXPECT_TRUE(root.getAvailableRenderers()->empty());
+    EXPECT_EQ(root.getRenderSystem(), nullptr);
+    EXPECT_TRUE(root._fireFrameStarted(event) && root._fireFrameEnded(event));
+    testing::internal::GetCapturedStderr();
+}
+
+TEST_F(RootPluginsTest, ALogThatCannotBeOpenedDoesNotKeepTheEngineFromStarting)
+{
+    test::writeFile("plugins.cfg", "");
+    testing::internal::CaptureStderr();
+    {
+        Root const root("plugins.cfg", "no/such/folder/a.log", true);
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "Timer Initialising\nQel Initialising\nQel initialized in 0sec\nQel Shutdown\n");
 }
 
 // What cannot be loaded ends the constructor. The managers are then left standing, so that the host can log,
@@ -209,7 +244,6 @@ void withoutAHandler(Work const &work)
 
 TEST_F(TerminateTest, AnUncaughtExceptionIsLoggedShownAndEndsTheProcess)
 {
-    testing::FLAGS_gtest_death_test_style = "threadsafe";
     test::writeFile("plugins.cfg", "");
     auto const die = [] {
         Root root("plugins.cfg", "a.log", true);
@@ -218,14 +252,18 @@ TEST_F(TerminateTest, AnUncaughtExceptionIsLoggedShownAndEndsTheProcess)
     // On the error stream: the log's echo, then the dialog of the console platform plugin.
     EXPECT_EXIT(withoutAHandler(die), testing::ExitedWithCode(255),
                 "handleTerminate.*\n(.*\n)*.*Description: the level has no floor(.*\n)*.*Line: 12");
+    EXPECT_TRUE(test::readFile("a.log").ends_with(
+        "An exception has been thrown!\nError #: 9\nFunction: Game::load\n"
+        "Description: the level has no floor. \nFile: game.cpp\nLine: 12\n"
+        "Stack unwinding:\n- <<callstack>>\ntermHandler()\nhandleTerminate()\n"));
 }
 
 TEST_F(TerminateTest, WithoutAnExceptionOfOursTheDialogSaysUnknown)
 {
-    testing::FLAGS_gtest_death_test_style = "threadsafe";
     test::writeFile("plugins.cfg", "");
     auto const die = [] {
         Root root("plugins.cfg", "a.log", true);
+        Exception::last = nullptr; // an earlier test's
         throw 1;
     };
     EXPECT_EXIT(withoutAHandler(die), testing::ExitedWithCode(255),
@@ -234,7 +272,6 @@ TEST_F(TerminateTest, WithoutAnExceptionOfOursTheDialogSaysUnknown)
 
 TEST_F(TerminateTest, WithoutAnEngineItStillEndsTheProcess)
 {
-    testing::FLAGS_gtest_death_test_style = "threadsafe";
     EXPECT_EXIT(handleTerminate(), testing::ExitedWithCode(255), "^$");
 }
 

@@ -18,6 +18,7 @@ using namespace Qel;
 namespace {
 
 constexpr int slowMs = 15;
+constexpr int quickMs = 1; // for plain objects: far below their time of grace, also on a busy machine
 constexpr unsigned int whole = 0x600D;
 
 // What the steps of all objects found; plain data of the objects goes in only under their own threads.
@@ -28,12 +29,12 @@ struct Findings {
 
 // Two levels that take their time at both ends. All the data are plain: the thread sanitizer sees any step
 // that meets a constructor or a destructor.
-template <class Base>
+template <class Base, int ms>
 class SlowLevel : public Base {
 public:
     SlowLevel()
     {
-        test::pause(slowMs);
+        test::pause(ms);
         m_text.assign(100, "built");
         m_mark = whole;
     }
@@ -41,7 +42,7 @@ public:
     {
         m_mark = 0;
         m_text.clear();
-        test::pause(slowMs);
+        test::pause(ms);
     }
     bool isWhole() const { return m_mark == whole && m_text.size() == 100 && m_text[99] == "built"; }
 
@@ -50,19 +51,21 @@ private:
     std::vector<std::string> m_text;
 };
 
-class SlowTaskBase : public SlowLevel<ThreadTask> {
+template <int ms>
+class TaskBase : public SlowLevel<ThreadTask, ms> {
 public:
-    SlowTaskBase() { setThreadSleep(0, false); }
+    TaskBase() { this->setThreadSleep(0, false); }
     bool process(float) override { return false; } // replaced below; must never be the one that runs
 };
 
-class SlowTask : public SlowLevel<SlowTaskBase> {
+template <int ms>
+class TwoLevelTask : public SlowLevel<TaskBase<ms>, ms> {
 public:
-    explicit SlowTask(Findings &findings) : m_findings(findings) {}
+    explicit TwoLevelTask(Findings &findings) : m_findings(findings) {}
     bool process(float) override
     {
         ++m_findings.steps;
-        m_findings.broken += isWhole() && SlowTaskBase::isWhole() ? 0 : 1;
+        m_findings.broken += this->isWhole() && TaskBase<ms>::isWhole() ? 0 : 1;
         return true;
     }
 
@@ -70,18 +73,20 @@ private:
     Findings &m_findings;
 };
 
-class SlowThreadBase : public SlowLevel<iThread> {
+template <int ms>
+class ThreadBase : public SlowLevel<iThread, ms> {
 public:
     eThreadStatus runThread(float) override { return THREAD_DONE; }
 };
 
-class SlowThread : public SlowLevel<SlowThreadBase> {
+template <int ms>
+class TwoLevelThread : public SlowLevel<ThreadBase<ms>, ms> {
 public:
-    explicit SlowThread(Findings &findings) : m_findings(findings) {}
+    explicit TwoLevelThread(Findings &findings) : m_findings(findings) {}
     eThreadStatus runThread(float) override
     {
         ++m_findings.steps;
-        m_findings.broken += isWhole() && SlowThreadBase::isWhole() ? 0 : 1;
+        m_findings.broken += this->isWhole() && ThreadBase<ms>::isWhole() ? 0 : 1;
         return THREAD_CONTINUE;
     }
 
@@ -89,10 +94,15 @@ private:
     Findings &m_findings;
 };
 
+using SlowTask = TwoLevelTask<slowMs>;
+using SlowThread = TwoLevelThread<slowMs>;
+using PlainTask = TwoLevelTask<quickMs>;
+using PlainThread = TwoLevelThread<quickMs>;
+
 // A plain class whose author keeps the two rules.
-class CarefulTask : public SlowTask {
+class CarefulTask : public PlainTask {
 public:
-    using SlowTask::SlowTask;
+    using PlainTask::PlainTask;
     ~CarefulTask() override { waitThreadFinish(); }
 };
 
@@ -104,9 +114,7 @@ void expectWholeAtEachStep(Make make)
         auto const worker = make(findings);
         EXPECT_TRUE(test::waitUntil([&] { return findings.steps > 3; }));
     }
-    int const atEnd = findings.steps;
     EXPECT_EQ(findings.broken, 0);
-    EXPECT_EQ(findings.steps, atEnd);
 }
 
 } // namespace
@@ -137,8 +145,8 @@ TEST(Threaded, AnObjectThatIsGoneAtOnceMakesNoBrokenStep)
 
 TEST(Threaded, AConstructorThatThrowsEndsTheThreadWithoutAStep)
 {
-    struct Throwing : SlowTask {
-        explicit Throwing(Findings &found) : SlowTask(found) { throw std::runtime_error("no"); }
+    struct Throwing : PlainTask {
+        explicit Throwing(Findings &found) : PlainTask(found) { throw std::runtime_error("no"); }
     };
     Findings findings;
     EXPECT_THROW(std::make_unique<tThreaded<Throwing>>(findings), std::runtime_error);
@@ -162,6 +170,8 @@ TEST(Threaded, WakesAStepThatBlocksBeforeItWaitsForIt)
         cSignal m_signal;
     };
     tThreaded<Blocking> const blocking;
+    std::unique_ptr<ThreadTask> const onTheHeap = std::make_unique<tThreaded<Blocking>>();
+    std::unique_ptr<ThreadTask> const orNothing(new (std::nothrow) tThreaded<Blocking>);
     test::pause(5);
 }
 
@@ -194,9 +204,9 @@ TEST(ThreadTask, DeleteStopsTheThreadOfAPlainObjectBeforeItsDestructors)
 {
     Findings findings;
     {
-        std::unique_ptr<ThreadTask> const task = std::make_unique<SlowTask>(findings);
+        std::unique_ptr<ThreadTask> const task = std::make_unique<PlainTask>(findings);
         EXPECT_FALSE(task->isThreadFinished());
-        std::unique_ptr<iThread> const thread = std::make_unique<SlowThread>(findings);
+        std::unique_ptr<iThread> const thread = std::make_unique<PlainThread>(findings);
         thread->getThreadLoad(1.0f);
         EXPECT_TRUE(test::waitUntil([&] { return findings.steps > 6; }));
     }
@@ -224,6 +234,7 @@ TEST(ThreadTask, DeleteGivesBackObjectsOfAnyLayout)
     };
     std::unique_ptr<ThreadTask> second = std::make_unique<Second>();
     std::unique_ptr<ThreadTask> aligned = std::make_unique<Aligned>();
+    std::unique_ptr<ThreadTask> alignedAndThreaded = std::make_unique<tThreaded<Aligned>>();
     std::unique_ptr<Other> throughTheOther = std::make_unique<Second>();
 }
 
@@ -252,29 +263,4 @@ TEST(ThreadTask, DeleteGivesWayToADestructorThatWakesTheStep)
     EXPECT_FALSE(blocking->isThreadFinished());
     ASSERT_TRUE(test::waitUntil([&] { return blocking->m_entered.load(); }));
     blocking.reset();
-}
-
-// The base destructor alone stops the thread of a class that has nothing of its own to lose.
-TEST(ThreadTask, APlainLocalOfASimpleClassMayGoWhileItSteps)
-{
-    class Simple : public ThreadTask {
-    public:
-        explicit Simple(std::atomic<int> &steps) : m_steps(steps) {}
-        bool process(float) override
-        {
-            ++m_steps;
-            return true;
-        }
-
-    private:
-        std::atomic<int> &m_steps;
-    };
-    std::atomic<int> steps{0};
-    for (int round = 0; round < 200; ++round) {
-        Simple simple(steps);
-        simple.setThreadSleep(0, false);
-        simple.isThreadFinished();
-        int const before = steps;
-        ASSERT_TRUE(test::waitUntil([&] { return steps > before; }));
-    }
 }

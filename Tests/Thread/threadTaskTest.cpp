@@ -49,7 +49,7 @@ TEST(ThreadTask, AStopWakesTheSleeperAndNoStepFollows)
             ++steps;
             return true;
         },
-        60'000);
+        60'000u);
     ASSERT_TRUE(test::waitUntil([&] { return steps == 1; }));
     auto const start = std::chrono::steady_clock::now();
     task.waitThreadFinish();
@@ -87,15 +87,14 @@ TEST(ThreadTask, SuspendHoldsItBeforeTheNextStepAndCounts)
     EXPECT_EQ(task.resume(), 0u);
     EXPECT_EQ(task.suspend(), 0u);
     EXPECT_EQ(task.suspend(), 1u);
-    test::pause(5); // lets a step in progress go
-    int const held = steps;
+    int const mostHeld = steps + 1; // one more may have been on its way
     test::pause(10);
-    EXPECT_EQ(steps, held);
+    EXPECT_LE(steps, mostHeld);
     EXPECT_EQ(task.resume(), 2u);
     test::pause(5);
-    EXPECT_EQ(steps, held);
+    EXPECT_LE(steps, mostHeld);
     EXPECT_EQ(task.resume(), 1u);
-    EXPECT_TRUE(test::waitUntil([&] { return steps > held; }));
+    EXPECT_TRUE(test::waitUntil([&] { return steps > mostHeld; }));
 
     for (std::uint32_t count = 0; count < 127; ++count) {
         EXPECT_EQ(task.suspend(), count);

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <functional>
 #include <string>
 
@@ -42,6 +43,14 @@ private:
 };
 
 using Threaded = tThreaded<Worker>;
+
+// Processor time of the calling thread.
+double threadSeconds()
+{
+    timespec used{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &used);
+    return static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) * 1e-9;
+}
 
 } // namespace
 
@@ -95,11 +104,17 @@ TEST(Thread, IsNamedForDebuggersAndTakesPriorityAndAffinity)
 TEST(Thread, SamplesItsLoadOnceInAPeriod)
 {
     std::atomic<bool> entered{false};
-    std::atomic<bool> work{true};
+    std::atomic<bool> sampled{false};
+    std::atomic<bool> burnt{false};
+    std::atomic<bool> done{false};
     Threaded worker([&] {
         entered = true;
-        while (work) {
+        sampled.wait(false);
+        double const start = threadSeconds();
+        while (threadSeconds() - start < 0.0101) {
         }
+        burnt = true;
+        done.wait(false);
         return THREAD_DONE;
     });
     ASSERT_TRUE(test::waitUntil([&] { return entered.load(); }));
@@ -108,21 +123,24 @@ TEST(Thread, SamplesItsLoadOnceInAPeriod)
     os::ClockScope const steered(clock);
 
     EXPECT_EQ(worker.getThreadLoad(0.1f), 0.0f);
-    test::pause(20);
+    sampled = true;
+    sampled.notify_all();
+    ASSERT_TRUE(test::waitUntil([&] { return burnt.load(); }));
     clock.advanceMs(100);
     EXPECT_EQ(worker.getThreadLoad(0.1f), 0.0f); // not yet more than the period
     clock.advanceMs(1);
     float const load = worker.getThreadLoad(0.1f);
-    EXPECT_GT(load, 0.0f);
-    test::pause(5);
+    EXPECT_GE(load, 9.99f); // 10.1 ms of 101 ms, and a little to begin and end with
+    EXPECT_LT(load, 30.0f);
     EXPECT_EQ(worker.getThreadLoad(0.1f), load);
     EXPECT_EQ(worker.getThreadLoad(-1.0f), load); // no time has gone by: nothing to divide by
 
     // It stays measurable after its end.
-    work = false;
+    done = true;
+    done.notify_all();
     ASSERT_TRUE(test::waitUntil([&] { return worker.m_told.load(); }));
     clock.advanceMs(200);
-    EXPECT_GE(worker.getThreadLoad(0.1f), 0.0f);
+    EXPECT_LT(worker.getThreadLoad(0.1f), 30.0f);
 }
 
 TEST(Thread, WithoutAThreadFromTheSystemNothingWaits)

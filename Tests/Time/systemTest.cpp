@@ -15,7 +15,7 @@ TEST(System, MemcmpAsksWhetherAllBytesAreOneValue)
     EXPECT_TRUE(cSystem::memcmp(block.data(), 8, 0));
     EXPECT_TRUE(cSystem::memcmp(nullptr, 8, 0));
     EXPECT_TRUE(cSystem::memcmp(block.data(), 7, 1));
-    for (std::size_t at : {0, 1, 50, 99}) {
+    for (std::size_t const at : {0u, 1u, 50u, 99u}) {
         std::vector<unsigned char> odd = block;
         odd[at] = 6;
         EXPECT_FALSE(cSystem::memcmp(odd.data(), 7, 100)) << at;

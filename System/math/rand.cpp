@@ -1,0 +1,7 @@
+#include "System/math/rand.h"
+
+namespace Qel {
+
+constinit cMersenneTwister cRand::mt;
+
+} // namespace Qel

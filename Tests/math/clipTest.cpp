@@ -1,0 +1,215 @@
+#include "System/System/exception.h"
+#include "System/math/3D/Frustum.h"
+#include "System/math/3D/polygonObject.h"
+#include "System/math/math.h"
+
+#include "Tests/math/near.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <random>
+
+namespace Qel {
+namespace {
+
+Frustum onePlane(D3DXPLANE const &inward)
+{
+    Frustum frustum;
+    frustum.planes = {inward};
+    frustum.setActiveCount(1);
+    return frustum;
+}
+
+// Six times the volume; each face counts by its outward winding, so a body with a hole or a wrong face shows.
+float volumeOf(PolygonObject const &body)
+{
+    float sum = 0;
+    for (auto const &polygon : body.polygons) {
+        for (std::size_t i = 2; i < polygon.size(); ++i) {
+            D3DXVECTOR3 normal;
+            D3DXVec3Cross(&normal, &polygon[i - 1], &polygon[i]);
+            sum += D3DXVec3Dot(&polygon[0], &normal);
+        }
+    }
+    return sum / 6;
+}
+
+// Closed: each edge is passed once each way.
+bool isClosed(PolygonObject const &body)
+{
+    auto const key = [](D3DXVECTOR3 const &p) {
+        return std::array{std::lround(p.x * 100), std::lround(p.y * 100), std::lround(p.z * 100)};
+    };
+    std::map<std::pair<std::array<long, 3>, std::array<long, 3>>, int> balance;
+    for (auto const &polygon : body.polygons) {
+        for (std::size_t i = 0; i < polygon.size(); ++i) {
+            auto const a = key(polygon[i]);
+            auto const b = key(polygon[(i + 1) % polygon.size()]);
+            balance[std::minmax(a, b)] += a < b ? 1 : a == b ? 0 : -1;
+        }
+    }
+    return std::all_of(balance.begin(), balance.end(), [](auto const &edge) { return edge.second == 0; });
+}
+
+TEST(Clip, CutsACubeInTheMiddleAndClosesIt)
+{
+    PolygonObject cube(cBoundingBoxAA({-1, -1, -1}, {1, 1, 1}));
+    ASSERT_FLOAT_EQ(volumeOf(cube), 8);
+    cMath::clip(onePlane({0, -1, 0, 0.5f}), cube); // keeps y up to 0.5
+    ASSERT_EQ(cube.polygons.size(), 6u);
+    EXPECT_FLOAT_EQ(volumeOf(cube), 6);
+    EXPECT_TRUE(isClosed(cube));
+    auto const &lid = cube.polygons.back();
+    ASSERT_EQ(lid.size(), 4u);
+    D3DXPLANE faced;
+    D3DXPlaneFromPoints(&faced, &lid[0], &lid[1], &lid[2]);
+    expectNear(D3DXVECTOR3(faced.a, faced.b, faced.c), D3DXVECTOR3(0, 1, 0), 1e-5f);
+}
+
+TEST(Clip, KeepsOrRemovesAWholeBody)
+{
+    PolygonObject const cube(cBoundingBoxAA({-1, -1, -1}, {1, 1, 1}));
+    PolygonObject body = cube;
+    cMath::clip(onePlane({0, -1, 0, 5}), body);
+    ASSERT_EQ(body.polygons.size(), 7u) << "one empty closing polygon";
+    EXPECT_TRUE(body.polygons.back().empty());
+    EXPECT_FLOAT_EQ(volumeOf(body), 8);
+    cMath::clip(onePlane({0, -1, 0, -5}), body);
+    EXPECT_TRUE(body.polygons.empty());
+    cMath::clip(onePlane({0, -1, 0, -5}), body);
+    EXPECT_TRUE(body.isEmpty());
+
+    body = cube;
+    body.polygons = {{{0, 0, 0}, {1, 0, 0}}};
+    cMath::clip(onePlane({0, -1, 0, 5}), body);
+    EXPECT_TRUE(body.polygons.empty()) << "two points are no face";
+}
+
+TEST(Clip, LeavesWhatTwoBoxesShare)
+{
+    std::mt19937 random(31);
+    std::uniform_real_distribution<float> at(-4, 4);
+    int cut = 0;
+    for (int round = 0; round < 300; ++round) {
+        cBoundingBoxAA const a({at(random), at(random), at(random)}, {at(random), at(random), at(random)});
+        cBoundingBoxAA const b({at(random), at(random), at(random)}, {at(random), at(random), at(random)});
+        PolygonObject body(a);
+        cMath::clip(b, body);
+        float expected = 1;
+        for (int axis = 0; axis < 3; ++axis) {
+            expected *=
+                std::max(0.0f, std::min(a.max[axis], b.max[axis]) - std::max(a.min[axis], b.min[axis]));
+        }
+        if (expected > 0 && expected < 0.05f) {
+            continue; // slivers fall under the tolerance that joins cut points
+        }
+        ASSERT_NEAR(volumeOf(body), expected, 1e-3f * (1 + expected)) << round;
+        cBoundingBoxAA bounds;
+        if (body.getBounds(bounds)) {
+            ++cut;
+            ASSERT_TRUE(isClosed(body)) << round;
+            for (int axis = 0; axis < 3; ++axis) {
+                ASSERT_GE(bounds.min[axis], b.min[axis] - 1e-4f);
+                ASSERT_LE(bounds.max[axis], b.max[axis] + 1e-4f);
+            }
+        }
+    }
+    EXPECT_GT(cut, 50);
+}
+
+TEST(Clip, StaysClosedUnderSlantedPlanes)
+{
+    std::mt19937 random(32);
+    std::uniform_real_distribution<float> at(-1, 1);
+    for (int round = 0; round < 300; ++round) {
+        PolygonObject body(cBoundingBoxAA({-2, -2, -2}, {2, 2, 2}));
+        float before = volumeOf(body);
+        for (int cuts = 0; cuts < 3; ++cuts) {
+            D3DXPLANE plane(at(random), at(random), at(random), at(random));
+            D3DXPlaneNormalize(&plane, &plane);
+            cMath::clip(onePlane(plane), body);
+            for (auto const &polygon : body.polygons) {
+                for (D3DXVECTOR3 const &p : polygon) {
+                    ASSERT_GT(D3DXPlaneDotCoord(&plane, &p), -1e-4f);
+                }
+            }
+            float const volume = volumeOf(body);
+            ASSERT_LE(volume, before + 1e-3f);
+            ASSERT_GE(volume, -1e-3f);
+            before = volume;
+        }
+    }
+}
+
+D3DXMATRIX projection(float nearZ, float farZ)
+{
+    // A view of 90 degrees both ways along negative z, depth 0 to 1.
+    float const range = farZ / (nearZ - farZ);
+    return {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, range, -1, 0, 0, range * nearZ, 0};
+}
+
+TEST(Frustum, HoldsWhatTheProjectionShows)
+{
+    Frustum frustum;
+    EXPECT_TRUE(frustum.contains({9, 9, 9})) << "no planes";
+    D3DXMATRIX const m = projection(1, 100);
+    frustum.setFromMatrix(m);
+    EXPECT_EQ(frustum.activeMask, 0x3Fu);
+    std::mt19937 random(33);
+    std::uniform_real_distribution<float> at(-120, 120);
+    int seen = 0;
+    for (int round = 0; round < 4000; ++round) {
+        D3DXVECTOR3 const p(at(random), at(random), at(random));
+        D3DXVECTOR4 clip(p, 1);
+        D3DXVec4Transform(&clip, &clip, &m);
+        bool const expected =
+            std::fabs(clip.x) <= clip.w && std::fabs(clip.y) <= clip.w && 0 <= clip.z && clip.z <= clip.w;
+        seen += expected ? 1 : 0;
+        ASSERT_EQ(frustum.contains(p), expected);
+        cBoundingBoxAA const box(p - D3DXVECTOR3(5, 5, 5), p + D3DXVECTOR3(5, 5, 5));
+        PlaneSide const side = frustum.getSide(box);
+        ASSERT_EQ(frustum.intersects(box), side != PLANE_NEGATIVE);
+        ASSERT_TRUE(!expected || frustum.intersects(box));
+        if (side == PLANE_POSITIVE) {
+            for (unsigned i = 0; i < 8; ++i) {
+                ASSERT_TRUE(frustum.contains(box.getCorner(i)));
+            }
+        }
+    }
+    EXPECT_GT(seen, 100);
+    EXPECT_TRUE(frustum.intersects(cBoundingSphere({0, 0, 2}, 3.0f)));
+    EXPECT_FALSE(frustum.intersects(cBoundingSphere({0, 0, 2}, 2.9f)));
+}
+
+TEST(Frustum, UsesAsManyPlanesAsTheMaskHasBits)
+{
+    Frustum frustum;
+    frustum.planes = {{1, 0, 0, 0}, {0, 1, 0, 0}};
+    frustum.activeMask = 0x80000000u;
+    EXPECT_TRUE(frustum.isActive(0));
+    EXPECT_FALSE(frustum.isActive(1));
+    EXPECT_TRUE(frustum.contains({1, -1, 0}));
+
+    frustum.activeMask = 7;
+    PolygonObject body(cBoundingBoxAA({-1, -1, -1}, {1, 1, 1}));
+    try {
+        cMath::clip(frustum, body);
+        FAIL() << "the third plane is missing";
+    } catch (Exception const &e) {
+        EXPECT_EQ(e.getNumber(), 0);
+        EXPECT_EQ(e.line, 83);
+        std::string const text(e.getFullDescription().c_str());
+        EXPECT_NE(text.find("Invalid Plane"), std::string::npos) << text;
+        EXPECT_NE(text.find("Frustum::isActive"), std::string::npos) << text;
+        EXPECT_NE(text.find("system\\math\\3D/Frustum"), std::string::npos) << text;
+    }
+    EXPECT_FLOAT_EQ(volumeOf(body), 2) << "the two that there are have cut";
+    EXPECT_THROW(frustum.getPlane(2), Exception);
+    EXPECT_THROW(frustum.contains({1, 1, 1}), Exception);
+}
+
+} // namespace
+} // namespace Qel
