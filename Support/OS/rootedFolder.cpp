@@ -95,18 +95,6 @@ int openStepByStep(int root, std::string_view path, int flags)
 
 } // namespace
 
-bool listNames(char const *path, std::vector<std::string> &names)
-{
-    names.clear();
-    return readNames(::open(systemPath(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC), names);
-}
-
-bool pathExists(char const *path)
-{
-    struct stat status {};
-    return ::stat(systemPath(path).c_str(), &status) == 0;
-}
-
 RootedFolder::~RootedFolder()
 {
     if (m_handle >= 0) {

@@ -9,12 +9,6 @@
 
 namespace os {
 
-/// The names in a folder but for "." and "..", in byte order.
-/// @return false if it cannot be read
-QEL_API bool listNames(char const *path, std::vector<std::string> &names);
-
-QEL_API bool pathExists(char const *path); ///< anything of that name, a link that leads nowhere not
-
 /// A folder that no name and no link leads out of, and the plain files in it.
 ///
 /// Paths are relative to it and separated by slashes. Links are followed as far as they stay inside; where

@@ -6,6 +6,7 @@
 #include "System/File/fileInfo.h"
 #include "System/System/logManager.h"
 #include "System/System/memtrackAllocator.h"
+#include "System/System/pluginMgr.h"
 
 #include "Support/PoolHeap/poolBlk.h"
 
@@ -187,6 +188,21 @@ void cArchiveContainer::cleanupArchives()
     m_files.clear();
     m_index.clear();
     m_names.clear();
+}
+
+void cArchiveContainer::setStreamingMgr(iArchiveStreaming *manager)
+{
+    if (streamer != nullptr && streamer != manager) {
+        PluginMgr::unregistered(streamer);
+    }
+    streamer = manager;
+    if (manager != nullptr) {
+        PluginMgr::registered(manager, [manager] {
+            if (streamer == manager) {
+                streamer = nullptr;
+            }
+        });
+    }
 }
 
 void cArchiveContainer::_forgetArchive(iArchive &archive)

@@ -104,8 +104,8 @@ public:
     void setArchiveExternals(bool externals) { m_archiveExternals = externals; } ///< looked at by nobody
 
     /// Installs the background loader of all managers, or none.
-    /// @param manager  not owned
-    static void setStreamingMgr(iArchiveStreaming *manager) { streamer = manager; }
+    /// @param manager  not owned; one that a plugin installs is taken out when the plugin goes
+    static void setStreamingMgr(iArchiveStreaming *manager);
     static void setStreamingEnabled(bool enabled) { mEnableStreaming = enabled; } ///< for hosts to ask
     static bool getStreamingEnabled() { return mEnableStreaming; }
 

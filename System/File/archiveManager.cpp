@@ -5,6 +5,7 @@
 #include "System/File/archiveStreaming.h"
 #include "System/Patterns/tSingletonImpl.h"
 #include "System/System/logManager.h"
+#include "System/System/pluginMgr.h"
 
 #include <memory>
 
@@ -28,7 +29,13 @@ void ArchiveManager::addArchiveFactory(ArchiveFactory *factory)
         return;
     }
     String const type = factory->getType();
-    m_factories.emplace(type, factory);
+    if (m_factories.emplace(type, factory).second) {
+        PluginMgr::registered(factory, [factory] {
+            if (ArchiveManager *const manager = InstancePtr()) {
+                manager->removeArchiveFactory(factory);
+            }
+        });
+    }
     if (LogManager *const log = LogManager::InstancePtr()) {
         log->logMessage("ArchiveFactory type '" + type + "' registered.\n", 2);
     }
@@ -40,6 +47,7 @@ void ArchiveManager::removeArchiveFactory(ArchiveFactory *factory)
         if (place->second == factory) {
             String const type = place->first;
             m_factories.erase(place);
+            PluginMgr::unregistered(factory);
             destroyIf([&](cResource const &archive) { return archive.getFactoryName() == type; });
             return;
         }

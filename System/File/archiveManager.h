@@ -30,7 +30,8 @@ public:
     /// @param factory  not owned; null does nothing
     void addArchiveFactory(ArchiveFactory *factory);
 
-    /// Forgets a factory, and destroys what it has made. For a plugin that goes while the manager lives.
+    /// Forgets a factory, and destroys what it has made. That of a plugin that goes is removed by itself.
+    /// @param factory  only its address is used; one that is not known does nothing
     void removeArchiveFactory(ArchiveFactory *factory);
 
     /// The types that are known, in the order of their names.

@@ -2,7 +2,7 @@
 
 #include "System/System/stringTools.h"
 
-#include "Support/OS/rootedFolder.h"
+#include "Support/OS/folder.h"
 
 #include <string>
 #include <string_view>
@@ -19,6 +19,12 @@ String normalForm(std::string const &text)
     return normal;
 }
 
+bool exists(char const *path)
+{
+    os::FileStatus status;
+    return os::fileStatus(path, status);
+}
+
 // Goes on from `found`, which is a folder with a separator behind, or empty for the working folder.
 bool findRest(std::string &found, std::string_view rest)
 {
@@ -33,18 +39,17 @@ bool findRest(std::string &found, std::string_view rest)
     std::size_t const length = found.size();
 
     std::vector<std::string> candidates{element};
-    std::vector<std::string> names;
-    if (os::listNames(found.empty() ? "." : found.c_str(), names)) {
-        String const wanted = normalForm(element);
-        for (std::string const &name : names) {
-            if (name != element && normalForm(name) == wanted) {
-                candidates.push_back(name);
-            }
+    std::vector<os::FolderEntry> entries;
+    os::listFolder(found.c_str(), entries);
+    String const wanted = normalForm(element);
+    for (os::FolderEntry const &entry : entries) {
+        if (entry.name != element && normalForm(entry.name) == wanted) {
+            candidates.push_back(entry.name);
         }
     }
     for (std::string const &candidate : candidates) {
         found += candidate;
-        if (os::pathExists(found.c_str())) {
+        if (exists(found.c_str())) {
             if (!behind.empty()) {
                 found += '/';
             }
@@ -63,7 +68,7 @@ String findDiskName(char const *name)
 {
     String path(name);
     path.replaceAll("\\", "/");
-    if (path.empty() || os::pathExists(path.c_str())) {
+    if (path.empty() || exists(path.c_str())) {
         return path;
     }
     std::string found(path[0] == '/' ? "/" : "");

@@ -1,5 +1,6 @@
 #include "System/System/rootManagers.h"
 
+#include "System/File/archiveManager.h"
 #include "System/Platform/platformManager.h"
 #include "System/System/exception.h"
 #include "System/System/logManager.h"
@@ -29,6 +30,7 @@ RootManagers::~RootManagers()
 void RootManagers::takeDown()
 {
     m_timer.reset();
+    m_archiveManager.reset();
     m_platformManager.reset();
     m_logManager.reset();
     stopPlugins();

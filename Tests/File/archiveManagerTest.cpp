@@ -2,6 +2,7 @@
 
 #include "System/File/archiveFactory.h"
 #include "System/File/archiveStreaming.h"
+#include "System/System/pluginMgr.h"
 
 #include "Tests/Tools/logLines.h"
 #include "Tests/Tools/memoryArchive.h"
@@ -172,6 +173,32 @@ TEST_F(ArchiveManagerTest, DestroysWhatAFactoryMadeWhenItGoes)
     manager.unloadAndDestroyAll();
     EXPECT_EQ(other.alive, 0);
     cArchiveContainer::setStreamingMgr(nullptr);
+}
+
+// A plugin that fails to start, or goes without cleaning up, leaves nothing that would call into it.
+TEST_F(ArchiveManagerTest, TakesBackWhatAPluginHasRegistered)
+{
+    struct Streamer : iArchiveStreaming {
+        void flushRequests() override {}
+        void requestFile(FileInfo *, StreamCallback, void *, unsigned int, ePriority) override {}
+        void abortFile(char const *) override {}
+    } streamer;
+    Factory host("HOST");
+    PluginMgr plugins;
+    Plugin plugin("some plugin");
+    manager.addArchiveFactory(&host);
+    plugins._beginStart(&plugin);
+    manager.addArchiveFactory(&pack);
+    cArchiveContainer::setStreamingMgr(&streamer);
+    plugins._endStart();
+    manager.load("one", "PACK");
+    manager.load("two", "HOST");
+
+    plugins._takeBack(&plugin);
+    EXPECT_EQ(pack.alive, 0);
+    EXPECT_EQ(host.alive, 1);
+    EXPECT_EQ(cArchiveContainer::streamer, nullptr);
+    EXPECT_EQ(manager.getArchiveFactories().size(), 1u);
 }
 
 // Plugins are built against the places.

@@ -345,6 +345,7 @@ TEST(StreamerPlugin, IsPumpedByTheFrames)
     {
         Root root("plugins.cfg", "debug.log", false);
         ASSERT_NE(cArchiveContainer::streamer, nullptr);
+        EXPECT_TRUE(ArchiveManager::InstanceActive());
         StreamedMgr streamed;
         streamed.addArchive(gate);
         streamed.streamResourceByName("a", PRIORITY_DEFAULT, nullptr);
@@ -355,7 +356,23 @@ TEST(StreamerPlugin, IsPumpedByTheFrames)
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
         EXPECT_TRUE(streamed.isResourceLoaded("a"));
+
+        // The clock of the resources has moved before a listener is told of the frame's end.
+        struct Listener final : FrameListener {
+            bool frameEnded(FrameEvent const &) override
+            {
+                tick = cResourceManager::getResourceMgrTick();
+                return false;
+            }
+            unsigned int tick = 0;
+        } listener;
+        root.addFrameListener(&listener);
+        unsigned int const before = cResourceManager::getResourceMgrTick();
+        EXPECT_FALSE(root._fireFrameEnded(event));
+        EXPECT_EQ(listener.tick, before + 1);
+        root.removeFrameListener(&listener);
     }
+    EXPECT_FALSE(ArchiveManager::InstanceActive());
     EXPECT_EQ(cArchiveContainer::streamer, nullptr);
     testing::internal::GetCapturedStderr();
 }
