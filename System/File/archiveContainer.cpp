@@ -28,6 +28,40 @@ constexpr std::uint32_t tailFilled = 0x00100000; // bytes that a file may come s
 constinit cArchiveContainer *firstContainer = nullptr;
 constinit thread_local char threadMark = 0;
 
+// A name in normal form. Only names that are not looked up by users can be longer than the room.
+class NormalName {
+public:
+    explicit NormalName(char const *name)
+    {
+        char *normal = m_short;
+        if (strnlen(name, nameRoom) == nameRoom) {
+            m_long = name;
+            normal = m_long.data();
+        }
+        StringTools::remap(normal, name, StringTools::getMapTable(MAP_PATH));
+        m_text = normal;
+    }
+
+    NormalName(NormalName const &) = delete;
+    NormalName &operator=(NormalName const &) = delete;
+
+    char const *text() const { return m_text; }
+
+private:
+    char m_short[nameRoom];
+    String m_long;
+    char const *m_text;
+};
+
+bool askArchive(iArchive &archive, HashConstCharPtr const &file, FileInfo &info)
+{
+    if (!archive.findFile(file.text, &info, file.hash)) {
+        return false;
+    }
+    info.name[sizeof info.name - 1] = '\0';
+    return true;
+}
+
 iArchive *loadArchive(String const &name, String const &type)
 {
     ArchiveManager *const manager = ArchiveManager::InstancePtr();
@@ -104,14 +138,11 @@ void cArchiveContainer::addArchive(iArchive &archive)
         }
         nameless = 0;
         iArchive *const owner = mExternals != nullptr && mExternals->exists(file) ? mExternals : &archive;
-        sFileEntry key{file.text, file.hash, owner};
-        if (sFileEntry *const known = findFileEntry(key)) {
+        std::size_t const length = std::strlen(file.text);
+        if (sFileEntry *const known = findFileEntry({file.text, file.hash, length, true})) {
             known->archive = owner;
-        } else {
-            key.text = m_names.str_add(file.text);
-            if (key.text != nullptr) {
-                fresh.push_back(key);
-            }
+        } else if (char const *const text = m_names.str_add(file.text)) {
+            fresh.push_back({text, file.hash, static_cast<std::uint32_t>(length), owner});
         }
     }
 
@@ -228,61 +259,75 @@ void cArchiveContainer::forget(iArchive &archive)
     }
 }
 
-// Names that were made to have one hash would make a long way through them, so there it halves.
-cArchiveContainer::sFileEntry *cArchiveContainer::findFileEntry(sFileEntry const &key)
+// A name as it was written is compared as it stands: to bring it to normal form first would make each search
+// wait for what it has just stored. And how much is compared is the name's own length, so that the processor
+// can begin the next search while the entry and its text still come from memory.
+bool cArchiveContainer::Wanted::operator==(sFileEntry const &entry) const
 {
-    HashIndex::Range const range = m_index.find(key.hash);
+    if (entry.length != length) {
+        return false;
+    }
+    if (isNormal) {
+        return std::memcmp(entry.text, text, length) == 0;
+    }
+    unsigned char const *const map = StringTools::getMapTable(MAP_PATH);
+    unsigned different = 0;
+    for (std::size_t i = 0; i < length; ++i) {
+        different |= map[static_cast<unsigned char>(text[i])] ^ static_cast<unsigned char>(entry.text[i]);
+    }
+    return different == 0;
+}
+
+cArchiveContainer::sFileEntry *cArchiveContainer::findFileEntry(Wanted const &wanted)
+{
+    HashIndex::Range const range = m_index.find(wanted.hash);
     sFileEntry *const first = m_files.data() + range.first;
     sFileEntry *const last = m_files.data() + range.last;
     if (last - first > 8) {
+        // Names that were made to have one hash would make a long way through them, so it halves.
+        NormalName const normal(wanted.text);
+        sFileEntry const key{normal.text(), wanted.hash, 0, nullptr};
         sFileEntry *const place = std::lower_bound(first, last, key);
         return place != last && !(key < *place) ? place : nullptr;
     }
-    for (sFileEntry *entry = first; entry != last; ++entry) {
-        if (std::strcmp(entry->text, key.text) == 0) {
-            return entry;
-        }
-    }
-    return nullptr;
+    sFileEntry *const found =
+        std::find_if(first, last, [&](sFileEntry const &entry) { return wanted == entry; });
+    return found != last ? found : nullptr;
 }
 
 bool cArchiveContainer::_findResource(char const *name, FileInfo *info)
 {
-    if (name == nullptr || strnlen(name, nameRoom) == nameRoom) {
+    std::size_t const length = name == nullptr ? nameRoom : strnlen(name, nameRoom);
+    if (length == nameRoom) {
         return false;
     }
-    char normal[nameRoom];
-    StringTools::remap(normal, name, StringTools::getMapTable(MAP_PATH));
-    return _findResource(HashConstCharPtr(normal), info);
+    std::uint32_t const hash = StringTools::calcHash(name, StringTools::getMapTable(MAP_PATH));
+    return findWanted({name, hash, length, false}, info);
 }
 
 bool cArchiveContainer::_findResource(HashConstCharPtr const &file, FileInfo *info)
 {
-    if (file.text == nullptr) {
-        return false;
-    }
-    if (this != &mCommonArchives && mCommonArchives._findResource(file, info)) {
+    return file.text != nullptr && findWanted({file.text, file.hash, std::strlen(file.text), true}, info);
+}
+
+bool cArchiveContainer::findWanted(Wanted const &wanted, FileInfo *info)
+{
+    if (this != &mCommonArchives && mCommonArchives.findWanted(wanted, info)) {
         return true;
     }
     checkNotChanging();
-    iArchive *archive = mInternals;
-    if (sFileEntry const *const entry = findFileEntry({file.text, file.hash, nullptr})) {
-        if (info == nullptr) {
-            return true;
-        }
-        archive = entry->archive;
-    } else if (archive == nullptr) {
-        return false;
-    } else if (info == nullptr && archive->exists(file)) {
-        return true;
+    if (sFileEntry const *const entry = findFileEntry(wanted)) {
+        return info == nullptr || askArchive(*entry->archive, {entry->text, entry->hash}, *info);
     }
-    if (!archive->findFile(file.text, info, file.hash)) {
+    if (mInternals == nullptr) {
         return false;
     }
-    if (info != nullptr) {
-        info->name[sizeof info->name - 1] = '\0';
+    NormalName const normal(wanted.text);
+    HashConstCharPtr const file(normal.text(), wanted.hash);
+    if (info == nullptr) {
+        return mInternals->exists(file) || mInternals->findFile(file.text, nullptr, file.hash);
     }
-    return true;
+    return askArchive(*mInternals, file, *info);
 }
 
 bool cArchiveContainer::_findResourceData(char const *name, PoolBlk &block, unsigned int memoryContext,

@@ -124,12 +124,24 @@ private:
     struct sFileEntry {
         char const *text; // in m_names
         std::uint32_t hash;
+        std::uint32_t length; // of the text
         iArchive *archive;
 
         bool operator<(sFileEntry const &other) const;
     };
 
-    sFileEntry *findFileEntry(sFileEntry const &key);
+    // A name that is looked for: in normal form, or as it was written.
+    struct Wanted {
+        char const *text;
+        std::uint32_t hash; // of its normal form
+        std::size_t length;
+        bool isNormal;
+
+        bool operator==(sFileEntry const &entry) const;
+    };
+
+    sFileEntry *findFileEntry(Wanted const &wanted);
+    bool findWanted(Wanted const &wanted, FileInfo *info);
     void forget(iArchive &archive);
     void indexFiles();
     void checkNotChanging() const;
