@@ -2,18 +2,21 @@
 #include "System/Codec/codecs/codec_lz77.h"
 #include "System/Codec/codecs/codec_lzw.h"
 #include "System/Codec/codecs/codec_mtf.h"
+#include "System/Codec/codecs/codec_zip.h"
 #include "System/File/fileBit.h"
 #include "System/File/fileBitOld.h"
-#include "System/math/kernelLevel.h"
 #include "Tests/Codec/plainCodecs.h"
 #include "Tests/Codec/testData.h"
 #include "Tests/Tools/vectorFile.h"
+
+#include "Support/OS/processorLevel.h"
 
 #include <gtest/gtest.h>
 #include <zlib.h>
 
 #include <memory>
 #include <random>
+#include <thread>
 
 namespace Qel {
 namespace {
@@ -237,6 +240,24 @@ TEST_F(CodecStream, AnOutputThatTakesNoMoreIsTold)
     }
 }
 
+TEST_F(CodecStream, ThreadsWorkAtTheSameTimeWithObjectsOfTheirOwn)
+{
+    std::string const data = test::makeData("text", 30'000, 6);
+    auto const work = [&data] {
+        cCodecHuffman huffman;
+        cCodecLZ77 lz77;
+        cCodecLZW lzw;
+        cCodecMTF mtf;
+        cCodecZIP zip;
+        for (iCodec *const codec : std::initializer_list<iCodec *>{&huffman, &lz77, &lzw, &mtf, &zip}) {
+            EXPECT_TRUE(test::decoded(*codec, test::encoded(*codec, data)) == data);
+        }
+    };
+    std::thread second(work);
+    work();
+    second.join();
+}
+
 TEST(CodecMtf, EveryLevelOfTheProcessorGivesTheSameBytes)
 {
     std::string data;
@@ -245,9 +266,9 @@ TEST(CodecMtf, EveryLevelOfTheProcessorGivesTheSameBytes)
     }
     std::string const stream = plain::encodeMtf(data);
     cCodecMTF codec;
-    for (std::uint32_t level = 0; level <= kernelLevelMax(); ++level) {
+    for (std::uint32_t level = 0; level <= os::processorLevelMax(); ++level) {
         SCOPED_TRACE(level);
-        ASSERT_TRUE(setKernelLevel(static_cast<eKernelLevel>(level)));
+        ASSERT_TRUE(os::setProcessorLevel(static_cast<os::eProcessorLevel>(level)));
         EXPECT_TRUE(test::encoded(codec, data) == stream);
         EXPECT_TRUE(test::decoded(codec, stream) == data);
     }
