@@ -2,6 +2,7 @@
 
 #include "System/System/rootManagers.h"
 
+#include "System/Codec/codecManager.h"
 #include "System/File/archiveManager.h"
 #include "System/Patterns/tSingletonImpl.h"
 #include "System/Platform/configDialog.h"
@@ -73,6 +74,7 @@ void Root::bringUp(String const &pluginFileName, String const &logFileName, bool
     made.m_pluginMgr = std::make_unique<PluginMgr>();
     made.m_archiveManager = std::make_unique<ArchiveManager>();
     made.m_platformManager = std::make_unique<PlatformManager>();
+    made.m_codecManager = std::make_unique<CodecManager>();
     made.m_timer = std::make_unique<Timer>();
     m_initTime = made.m_timer->getDurationInProgress();
     loadPlugins(pluginFileName);

@@ -9,6 +9,7 @@
 namespace Qel {
 
 class ArchiveManager;
+class CodecManager;
 class LogManager;
 class PlatformManager;
 class Plugin;
@@ -25,6 +26,7 @@ struct RootManagers {
     std::unique_ptr<PluginMgr> m_pluginMgr;
     std::unique_ptr<ArchiveManager> m_archiveManager;
     std::unique_ptr<PlatformManager> m_platformManager;
+    std::unique_ptr<CodecManager> m_codecManager;
     std::unique_ptr<Timer> m_timer;
     std::vector<Plugin *> m_plugins; // started, in that order
 

@@ -1,6 +1,7 @@
 #include "System/System/stringTools.h"
+
+#include "Support/OS/processorLevel.h"
 #include "System/math/crc32.h"
-#include "System/math/kernelLevel.h"
 #include "System/math/md5.h"
 #include "Tests/math/mathNumbersReference.h"
 
@@ -35,9 +36,9 @@ std::string text(MD5Hash const &hash)
 template <class Check>
 void atEveryLevel(Check check)
 {
-    for (std::uint32_t level = 0; level <= kernelLevelMax(); ++level) {
+    for (std::uint32_t level = 0; level <= os::processorLevelMax(); ++level) {
         SCOPED_TRACE(level);
-        ASSERT_TRUE(setKernelLevel(static_cast<eKernelLevel>(level)));
+        ASSERT_TRUE(os::setProcessorLevel(static_cast<os::eProcessorLevel>(level)));
         check();
     }
 }

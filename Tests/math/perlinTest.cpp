@@ -1,7 +1,7 @@
 #include "System/math/perlin.h"
 
+#include "Support/OS/processorLevel.h"
 #include "Support/PoolHeap/poolHeap.h"
-#include "System/math/kernelLevel.h"
 #include "System/math/mersenneTwister.h"
 #include "Tests/math/mathNumbersReference.h"
 
@@ -81,9 +81,9 @@ unsigned char byteOf(float noise)
 template <class Check>
 void atEveryLevel(Check check)
 {
-    for (std::uint32_t level = 0; level <= kernelLevelMax(); ++level) {
+    for (std::uint32_t level = 0; level <= os::processorLevelMax(); ++level) {
         SCOPED_TRACE(level);
-        ASSERT_TRUE(setKernelLevel(static_cast<eKernelLevel>(level)));
+        ASSERT_TRUE(os::setProcessorLevel(static_cast<os::eProcessorLevel>(level)));
         check();
     }
 }

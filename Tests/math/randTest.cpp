@@ -1,5 +1,6 @@
 #include "System/math/rand.h"
-#include "System/math/kernelLevel.h"
+
+#include "Support/OS/processorLevel.h"
 #include "System/math/randMsvc.h"
 #include "System/math/randPseudo.h"
 #include "System/math/randPseudoOld.h"
@@ -47,9 +48,9 @@ Image publishedStart()
 
 TEST(MersenneTwister, DrawsThePublishedSequenceFromThePublishedStateAtEveryLevel)
 {
-    for (std::uint32_t level = 0; level <= kernelLevelMax(); ++level) {
+    for (std::uint32_t level = 0; level <= os::processorLevelMax(); ++level) {
         SCOPED_TRACE(level);
-        ASSERT_TRUE(setKernelLevel(static_cast<eKernelLevel>(level)));
+        ASSERT_TRUE(os::setProcessorLevel(static_cast<os::eProcessorLevel>(level)));
         cMersenneTwister twister = fromImage(publishedStart());
         std::mt19937 published;
         for (int i = 1; i < 10000; ++i) {
@@ -81,9 +82,9 @@ TEST(MersenneTwister, SeedsWithPowersOf69069AndAnOddSeed)
 
 TEST(MersenneTwister, ManyAtOnceAreTheSingleDrawsAtEveryLevel)
 {
-    for (std::uint32_t level = 0; level <= kernelLevelMax(); ++level) {
+    for (std::uint32_t level = 0; level <= os::processorLevelMax(); ++level) {
         SCOPED_TRACE(level);
-        ASSERT_TRUE(setKernelLevel(static_cast<eKernelLevel>(level)));
+        ASSERT_TRUE(os::setProcessorLevel(static_cast<os::eProcessorLevel>(level)));
         cMersenneTwister one(99);
         cMersenneTwister many(99);
         for (std::size_t const count : {0U, 1U, 3U, 620U, 1U, 17U, 2000U, 624U, 5U}) {
