@@ -23,8 +23,6 @@
 #include "Support/OS/text.h"
 #include "Support/OS/thread.h"
 #include "Support/OS/threadWatch.h"
-#include "Support/PoolHeap/centralLists.h"
-#include "Support/PoolHeap/contexts.h"
 #include "Support/PoolHeap/internPool.h"
 #include "Support/PoolHeap/poolBlk.h"
 #include "Support/PoolHeap/poolHeap.h"
