@@ -259,6 +259,24 @@ void BM_ReadFile_FILESYSTEM(benchmark::State &state)
 }
 BENCHMARK(BM_ReadFile_FILESYSTEM);
 
+// With the record at hand, as a streamer's worker reads.
+void BM_ReadFile_FILESYSTEM_record(benchmark::State &state)
+{
+    Qel::iArchive &archive = (media(), media().archive("media", "FILESYSTEM"));
+    std::vector<FileInfo> records(media().members.size());
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        HashConstCharPtr const file(media().members[i].c_str());
+        archive.findFile(file.text, &records[i], file.hash);
+    }
+    std::size_t at = 0;
+    readAll(state, media().members, [&](char const *, char *buffer) -> std::size_t {
+        FileInfo &info = records[at];
+        at = at + 1 < records.size() ? at + 1 : 0;
+        return archive.readFile(&info, buffer, info.size, info.handle);
+    });
+}
+BENCHMARK(BM_ReadFile_FILESYSTEM_record);
+
 void BM_ReadFile_fopen(benchmark::State &state)
 {
     readAll(state, media().paths, [](char const *path, char *buffer) {

@@ -62,6 +62,15 @@ bool askArchive(iArchive &archive, HashConstCharPtr const &file, FileInfo &info)
     return true;
 }
 
+// The archive of last resort is asked though it may not list the file.
+bool askInternals(iArchive &archive, HashConstCharPtr const &file, FileInfo *info)
+{
+    if (info != nullptr) {
+        return askArchive(archive, file, *info);
+    }
+    return archive.exists(file) || archive.findFile(file.text, nullptr, file.hash);
+}
+
 iArchive *loadArchive(String const &name, String const &type)
 {
     ArchiveManager *const manager = ArchiveManager::InstancePtr();
@@ -286,7 +295,7 @@ cArchiveContainer::sFileEntry *cArchiveContainer::findFileEntry(Wanted const &wa
     if (last - first > 8) {
         // Names that were made to have one hash would make a long way through them, so it halves.
         NormalName const normal(wanted.text);
-        sFileEntry const key{normal.text(), wanted.hash, 0, nullptr};
+        sFileEntry const key{wanted.isNormal ? wanted.text : normal.text(), wanted.hash, 0, nullptr};
         sFileEntry *const place = std::lower_bound(first, last, key);
         return place != last && !(key < *place) ? place : nullptr;
     }
@@ -322,12 +331,11 @@ bool cArchiveContainer::findWanted(Wanted const &wanted, FileInfo *info)
     if (mInternals == nullptr) {
         return false;
     }
-    NormalName const normal(wanted.text);
-    HashConstCharPtr const file(normal.text(), wanted.hash);
-    if (info == nullptr) {
-        return mInternals->exists(file) || mInternals->findFile(file.text, nullptr, file.hash);
+    if (wanted.isNormal) {
+        return askInternals(*mInternals, {wanted.text, wanted.hash}, info);
     }
-    return askArchive(*mInternals, file, *info);
+    NormalName const normal(wanted.text);
+    return askInternals(*mInternals, {normal.text(), wanted.hash}, info);
 }
 
 bool cArchiveContainer::_findResourceData(char const *name, PoolBlk &block, unsigned int memoryContext,

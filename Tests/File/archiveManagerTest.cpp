@@ -199,6 +199,7 @@ TEST_F(ArchiveManagerTest, TakesBackWhatAPluginHasRegistered)
     EXPECT_EQ(host.alive, 1);
     EXPECT_EQ(cArchiveContainer::streamer, nullptr);
     EXPECT_EQ(manager.getArchiveFactories().size(), 1u);
+    manager.unloadAndDestroyAll();
 }
 
 // Plugins are built against the places.
