@@ -69,7 +69,19 @@ protected:
             m_hits += total;
         }
     }
-
+    void expectSameDistances(cRay const &ray)
+    {
+        std::array<std::uint32_t, 7> hits;
+        std::array<float, boxCount + 1> t;
+        t.fill(-77);
+        cBoxBatch::intersects(ray, boxes.data(), boxCount, hits.data(), t.data());
+        for (std::size_t i = 0; i < boxCount; ++i) {
+            sIntersection hit;
+            cMath::intersects(ray, boxes[i], &hit);
+            ASSERT_EQ(t[i], hit.t) << i;
+        }
+        ASSERT_EQ(t[boxCount], -77.0f);
+    }
     std::vector<cBoundingBoxAA> boxes;
     std::size_t m_hits = 0;
 
@@ -98,6 +110,7 @@ TEST_P(BoxBatch, GivesTheAnswersOfTheSingleTests)
         SCOPED_TRACE(round);
         cRay const ray(vector(round), vector(round));
         expectSameAs(ray, [&](auto const &box) { return cMath::intersects(ray, box); });
+        expectSameDistances(ray);
         cBoundingSphere const sphere(vector(round), size(random));
         expectSameAs(sphere, [&](auto const &box) { return cMath::intersects(sphere, box); });
         cBoundingBoxAA const other(vector(round), vector(round));
@@ -122,38 +135,11 @@ TEST_P(BoxBatch, GivesTheAnswersOfTheSingleTests)
     broken.setActiveCount(1);
     std::uint32_t word;
     EXPECT_THROW(cBoxBatch::intersects(broken, boxes.data(), 1, &word), Exception);
-}
-
-TEST_P(BoxBatch, TellsHowFarTheRayGoes)
-{
-    if (!cBoxBatch::setLevel(static_cast<eSimdLevel>(GetParam()))) {
-        GTEST_SKIP() << "this processor lacks the level";
-    }
-    std::mt19937 random(43);
-    std::uniform_real_distribution<float> at(-8, 8);
-    for (int round = 0; round < 40; ++round) {
-        cRay const ray({at(random), at(random), at(random)}, {at(random), at(random), at(random)});
-        std::array<std::uint32_t, 7> hits;
-        std::array<float, boxCount + 1> t;
-        t.fill(-77);
-        cBoxBatch::intersects(ray, boxes.data(), boxCount, hits.data(), t.data());
-        for (std::size_t i = 0; i < boxCount; ++i) {
-            sIntersection hit;
-            cMath::intersects(ray, boxes[i], &hit);
-            ASSERT_EQ(t[i], hit.t) << i;
-        }
-        ASSERT_EQ(t[boxCount], -77.0f);
-    }
+    EXPECT_FALSE(cBoxBatch::setLevel(static_cast<eSimdLevel>(99)));
+    EXPECT_EQ(cBoxBatch::getLevel(), GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(Levels, BoxBatch, testing::Values(SIMD_BASE, SIMD_AVX2, SIMD_AVX512));
-
-TEST(BoxBatchLevel, RefusesWhatIsNotThere)
-{
-    eSimdLevel const before = cBoxBatch::getLevel();
-    EXPECT_FALSE(cBoxBatch::setLevel(static_cast<eSimdLevel>(99)));
-    EXPECT_EQ(cBoxBatch::getLevel(), before);
-}
 
 // The plain form stands in on other processors, so it must give the same bits, NaN and signed zero included.
 TEST(Lanes, ThePlainFormIsTheSameToTheBit)
