@@ -3,14 +3,13 @@
 #include "System/System/timerHelper.h"
 #include "System/Time/timerInit.h"
 
+#include "Tests/Tools/inThreads.h"
 #include "Tests/Tools/steeredClock.h"
 #include "Tests/Tools/tempFolder.h"
 
 #include <gtest/gtest.h>
 
-#include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace Qel {
@@ -36,7 +35,6 @@ protected:
 
     test::TempFolder m_folder;
     test::SteeredClock m_clock;
-    os::ClockScope m_clockScope{m_clock};
     LogManager m_manager;
 };
 
@@ -51,7 +49,6 @@ TEST_F(LogManagerTest, AMessagePassesWhenDetailPlusLevelIsFour)
     for (auto const &row : rows) {
         SCOPED_TRACE(row.detail);
         m_manager.setLogDetail(row.detail);
-        EXPECT_EQ(m_manager.getLogDetail(), row.detail);
         std::string passed;
         for (int level = 0; level <= 4; ++level) {
             if (log->isWithinThreshold(level)) {
@@ -159,14 +156,16 @@ TEST_F(LogManagerTest, WhatACallbackLogsIsNotToldToCallbacks)
     EXPECT_EQ(file(), "from the callback\none\nfrom the callback\ntwo\n");
 }
 
-TEST_F(LogManagerTest, AFullDiskIsSilentAndLaterTextsAreTriedAnew)
+TEST_F(LogManagerTest, WhatCannotBeWrittenIsSilentAndLaterTextsAreTriedAnew)
 {
-    Log *const log = m_manager.createLog("/dev/full", true, false, true);
-    log->setCallback(&tell);
-    for (int i = 0; i < 3; ++i) {
+    for (char const *const name : {"/dev/full", "no/such/folder/x.log"}) {
+        SCOPED_TRACE(name);
+        told.clear();
+        m_manager.createLog(name, true, false, true)->setCallback(&tell);
         m_manager.logMessage("lost", 4);
+        m_manager.logMessage("lost", 4);
+        EXPECT_EQ(told.size(), 2u);
     }
-    EXPECT_EQ(told.size(), 3u);
 }
 
 TEST_F(LogManagerTest, TheErrorStreamIsToldWithoutStampAndWithoutFile)
@@ -193,14 +192,6 @@ TEST_F(LogManagerTest, FormattedTextsAreCutAt4095Bytes)
     EXPECT_EQ(file().size(), 4u * 4095 + 15 + 5000) << "a text that needs no format is whole";
 }
 
-TEST_F(LogManagerTest, AFileThatCannotBeOpenedIsSilent)
-{
-    Log *const log = m_manager.createLog("no/such/folder/x.log", true, false, true);
-    log->setCallback(&tell);
-    m_manager.logMessage("still told", 2);
-    EXPECT_EQ(told, std::vector<std::string>{"still told"});
-}
-
 TEST_F(LogManagerTest, ThreadsLogAtOnceWithoutTornTexts)
 {
     m_manager.createLog("a.log", true, false, true);
@@ -211,9 +202,7 @@ TEST_F(LogManagerTest, ThreadsLogAtOnceWithoutTornTexts)
             logMessage(2, "%s", line.c_str());
         }
     };
-    std::thread other(work, 'b');
-    work('a');
-    other.join();
+    test::inThreads(2, [&](int index) { work(index == 0 ? 'a' : 'b'); });
 
     std::string const all = file();
     std::size_t lines = 0;

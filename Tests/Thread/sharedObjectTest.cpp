@@ -1,5 +1,6 @@
 #include "System/Thread/mutex.h"
 #include "System/Thread/signal.h"
+#include "Tests/Tools/inThreads.h"
 #include "Tests/Tools/waitUntil.h"
 
 #include <gtest/gtest.h>
@@ -29,10 +30,9 @@ int leftovers()
 {
     int count = 0;
     for (auto const &entry : std::filesystem::directory_iterator("/dev/shm")) {
-        count += entry.path().filename().string().find("qel_20test") != std::string::npos &&
-                         entry.path().filename().string().ends_with(std::to_string(getpid()))
-                     ? 1
-                     : 0;
+        std::string const name = entry.path().filename().string();
+        bool const ours = name.find("qel_20test") != std::string::npos;
+        count += ours && name.ends_with(std::to_string(getpid())) ? 1 : 0;
     }
     return count;
 }
@@ -48,20 +48,16 @@ public:
             _exit(0);
         }
     }
-    ~Child()
-    {
-        if (m_process > 0) {
-            kill(m_process, SIGKILL);
-            wait();
-        }
-    }
+    ~Child() { killAndWait(); }
     Child(Child const &) = delete;
     Child &operator=(Child const &) = delete;
 
     void killAndWait()
     {
-        kill(m_process, SIGKILL);
-        wait();
+        if (m_process > 0) {
+            kill(m_process, SIGKILL);
+            wait();
+        }
     }
     int wait()
     {
@@ -92,6 +88,22 @@ public:
 
 private:
     std::atomic<int> *m_flag;
+};
+
+// A child that holds a lock, taken twice, until it is killed.
+class Holder : public Child {
+public:
+    Holder(std::string const &name, SharedFlag &held)
+        : Child([&] {
+              cMutex mine(name.c_str());
+              mine.on();
+              mine.on();
+              held.set(1);
+              pause();
+          })
+    {
+        EXPECT_TRUE(test::waitUntil([&] { return held.get() == 1; }));
+    }
 };
 
 } // namespace
@@ -135,14 +147,7 @@ TEST(Mutex, IsFreeAgainWhenItsOwnerIsKilled)
     {
         cMutex mutex(name.c_str());
         SharedFlag held;
-        Child child([&] {
-            cMutex mine(name.c_str());
-            mine.on();
-            mine.on();
-            held.set(1);
-            pause();
-        });
-        ASSERT_TRUE(test::waitUntil([&] { return held.get() == 1; }));
+        Holder child(name, held);
 
         std::atomic<bool> entered{false};
         std::thread waiter([&] {
@@ -165,13 +170,7 @@ TEST(Mutex, WhatAKilledProcessLeftAloneBehindIsClearedByTheNextUser)
 {
     std::string const name = uniqueName("left");
     SharedFlag held;
-    Child child([&] {
-        cMutex mine(name.c_str());
-        mine.on();
-        held.set(1);
-        pause();
-    });
-    ASSERT_TRUE(test::waitUntil([&] { return held.get() == 1; }));
+    Holder child(name, held);
     child.killAndWait();
     EXPECT_EQ(leftovers(), 1);
     {
@@ -220,14 +219,9 @@ TEST(Signal, IsNotLostOnAWaiterThatIsKilled)
     ASSERT_TRUE(test::waitUntil([&] { return waiting.get() == 1; }));
     test::pause(5);
     child.killAndWait();
-    std::atomic<int> through{0};
-    std::thread waiter([&] {
-        signal.wait_signal();
-        ++through;
-    });
+    std::thread waiter([&] { signal.wait_signal(); });
     signal.signal();
     waiter.join();
-    EXPECT_EQ(through, 1);
 }
 
 // Openers and closers meet; whoever holds the name shares one lock.
@@ -236,20 +230,14 @@ TEST(Mutex, IsOneLockForAllThatOpenAndCloseItAtOnce)
     std::string const name = uniqueName("crowd");
     std::atomic<int> inside{0};
     std::atomic<int> clashes{0};
-    std::vector<std::thread> threads;
-    for (int index = 0; index < 3; ++index) {
-        threads.emplace_back([&] {
-            for (int round = 0; round < 200; ++round) {
-                cMutex mutex(name.c_str());
-                cMutexHelper const guard(&mutex);
-                clashes += inside.fetch_add(1) != 0 ? 1 : 0;
-                --inside;
-            }
-        });
-    }
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
+    test::inThreads(3, [&](int) {
+        for (int round = 0; round < 200; ++round) {
+            cMutex mutex(name.c_str());
+            cMutexHelper const guard(&mutex);
+            clashes += inside.fetch_add(1) != 0 ? 1 : 0;
+            --inside;
+        }
+    });
     EXPECT_EQ(clashes, 0);
     EXPECT_EQ(leftovers(), 0);
 }

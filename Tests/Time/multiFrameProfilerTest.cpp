@@ -1,6 +1,7 @@
 #include "System/Time/multiFrameProfiler.h"
 #include "Support/OS/thread.h"
 #include "System/System/logManager.h"
+#include "Tests/Tools/inThreads.h"
 #include "Tests/Tools/steeredClock.h"
 #include "Tests/Tools/tempFolder.h"
 
@@ -10,7 +11,6 @@
 #include <deque>
 #include <string>
 #include <thread>
-#include <vector>
 
 using namespace Qel;
 using P = cMultiFrameProfiler;
@@ -54,7 +54,6 @@ protected:
 
     test::TempFolder folder;
     test::SteeredClock clock; // 10 ticks are a microsecond
-    os::ClockScope steered{clock};
     std::string const self = std::to_string(os::currentThreadId());
 };
 
@@ -235,18 +234,12 @@ TEST_F(MultiFrameProfiler, TakesEventsOfManyThreads)
 {
     P::capture("report.txt", 1);
     beginFrame(0);
-    std::vector<std::thread> threads;
-    for (int index = 0; index < 4; ++index) {
-        threads.emplace_back([] {
-            for (int round = 0; round < 500; ++round) {
-                P::beginEvent(0, "work");
-                P::endEvent("work");
-            }
-        });
-    }
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
+    test::inThreads(4, [](int) {
+        for (int round = 0; round < 500; ++round) {
+            P::beginEvent(0, "work");
+            P::endEvent("work");
+        }
+    });
     std::string const report = fullPart(endFrame(10));
     std::size_t found = 0;
     for (std::size_t at = report.find("work"); at != std::string::npos; at = report.find("work", at + 1)) {

@@ -10,7 +10,7 @@
 
 namespace test {
 
-/// Notes who is bound where instead of doing it.
+/// While it lives, notes who is bound where instead of doing it.
 class NotedAffinity final : public os::Affinity {
 public:
     bool processMask(std::uint64_t &mask) override
@@ -40,6 +40,7 @@ public:
 
 private:
     std::mutex m_lock;
+    os::AffinityScope m_scope{*this};
 };
 
 } // namespace test

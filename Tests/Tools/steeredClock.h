@@ -7,7 +7,8 @@
 
 namespace test {
 
-/// A clock that stands still until it is told otherwise. Sleeping moves it on.
+/// The clock of the program while it lives, which stands still until it is told otherwise. Sleeping moves it
+/// on.
 class SteeredClock final : public os::Clock {
 public:
     std::uint32_t milliseconds() override
@@ -34,6 +35,9 @@ public:
     std::int64_t ticksPerMillisecondRead = 0; ///< moves on after each read of the milliseconds
     std::vector<std::uint32_t> sleeps;        ///< every sleep that was asked for
     os::LocalTime wallClock{9, 5, 7, 42};
+
+private:
+    os::ClockScope m_scope{*this};
 };
 
 } // namespace test
