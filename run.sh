@@ -8,6 +8,6 @@ scripts/setup.sh
 scripts/build.sh release
 
 if [ $# -eq 0 ]; then
-    set -- --frames 300 --fps 100 --log build/release/debug.log
+    set -- --frames 300 --fps 100 --log build/release/debug.log --profile build/release/profile.txt
 fi
 exec build/release/bin/qelHost "$@"

@@ -9,9 +9,19 @@ packages=(
     clang-14 libclang-rt-14-dev               # fuzzers
     libgtest-dev                              # tests
     libbenchmark-dev                          # benchmarks, and the peers in them:
-    libbullet-dev libeigen3-dev libglm-dev
-    libgoogle-perftools-dev libmimalloc-dev libspdlog-dev libtbb-dev
-    libfftw3-dev libkissfft-dev libstb-dev libdeflate-dev libssl-dev
+    libbullet-dev
+    libdeflate-dev
+    libeigen3-dev
+    libfftw3-dev
+    libglm-dev
+    libgoogle-perftools-dev
+    libkissfft-dev
+    libmimalloc-dev
+    libspdlog-dev
+    libssl-dev
+    libstb-dev
+    libtbb-dev
+    re2c
 )
 
 missing=()

@@ -4,6 +4,7 @@
 #include "report.h"
 #include "settings.h"
 #include "terminalConsole.h"
+#include "workload.h"
 
 #include "System/System/Root.h"
 #include "System/System/configFile.h"
@@ -51,6 +52,8 @@ int runEngine(Options const &options)
     Qel::logMessage(mark, 2);
     FrameClock clock;
     root.addFrameListener(&clock);
+    Workload workload(options.profileFile);
+    root.addFrameListener(&workload);
     bool left = false; // by the user, before the last frame
     if (options.console) {
         TerminalConsole terminal;
@@ -61,8 +64,14 @@ int runEngine(Options const &options)
     } else {
         root.run();
     }
+    root.removeFrameListener(&workload);
     root.removeFrameListener(&clock);
-    printReport(options, root, clock);
+    workload.finish();
+    printReport(options, root, clock, workload);
+
+    if (workload.primes() != Workload::primesThatThereAre()) {
+        return fail("the tasks have counted wrongly");
+    }
 
     if (!left && clock.frames() < settings::frames) {
         return fail("the loop has ended early");

@@ -42,6 +42,9 @@ std::optional<Options> readOptions(int argc, char **argv, int &exitCode)
     app.add_option("--log", options.logFile, "Log file, replaced at each start")
         ->type_name("FILE")
         ->capture_default_str();
+    app.add_option("--profile", options.profileFile, "Where the timeline of a few frames is written")
+        ->type_name("FILE")
+        ->capture_default_str();
     app.add_option("--set", assignments, "Set a console variable, as often as wished")
         ->type_name("NAME=VALUE")
         ->allow_extra_args(false);

@@ -9,6 +9,7 @@ struct Options {
     bool console = false;   ///< a console on the terminal while frames run
     std::string pluginFile; ///< plugins.cfg of the working folder, else the one beside the program
     std::string logFile = "debug.log";
+    std::string profileFile = "profile.txt";
 };
 
 /// Reads the command line into the options and the settings, and answers --help and mistakes by itself.

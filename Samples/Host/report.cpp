@@ -3,6 +3,8 @@
 #include "settings.h"
 
 #include "System/System/plugin.h"
+#include "System/Time/osInfo.h"
+#include "System/Time/processorInfo.h"
 #include "System/Time/timer.h"
 
 #include "Support/PoolHeap/poolHeap.h"
@@ -11,6 +13,8 @@
 #include <cinttypes>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <string>
 #include <vector>
 
 namespace {
@@ -28,9 +32,41 @@ void printMemory()
     }
 }
 
+void printMachine()
+{
+    Qel::ProcessorInfo const &processor = Qel::ProcessorInfo::Instance();
+    std::printf("processor     %s, %d logical in %d package(s)%s%s%s\n", processor.getCpuName(),
+                processor.getLogicalCPUs(), processor.getPhysicalCPUs(), processor.hasSSE() ? ", SSE" : "",
+                processor.hasSSE2() ? ", SSE2" : "", processor.hasSSE3() ? ", SSE3" : "");
+    std::printf("counter       %.3f MHz, system %s\n", static_cast<double>(processor.getMHZ()),
+                Qel::OsInfo::os_getString());
+}
+
+void printWork(Workload &workload)
+{
+    std::printf("tasks         %zu on %u workers, %u primes below 100000\n", workload.tasks(),
+                workload.workers(), workload.primes());
+    for (unsigned i = 0; i < workload.workers(); ++i) {
+        std::printf("              worker %u, load %.0f %%\n", i, static_cast<double>(workload.load(i)));
+    }
+    std::printf("profile       %-22s %12s %12s\n", "scope", "calls", "ms in all");
+    for (Qel::ProfileNode const *node = workload.profile().getRoot()->getChild(); node != nullptr;
+         node = node->getSibling()) {
+        std::printf("              %-22s %12d %12.3f\n", node->getName(), node->getTotalCalls(),
+                    static_cast<double>(node->getTotalTime()));
+    }
+
+    std::printf("timeline      %s\n", std::filesystem::absolute(workload.profileFile()).string().c_str());
+    std::ifstream file(workload.profileFile());
+    std::string line;
+    for (int lines = 0; lines < 8 && std::getline(file, line); ++lines) {
+        std::printf("              %s\n", line.c_str());
+    }
+}
+
 } // namespace
 
-void printReport(Options const &options, Qel::Root &root, FrameClock const &clock)
+void printReport(Options const &options, Qel::Root &root, FrameClock const &clock, Workload &workload)
 {
     Qel::BuildVersion const &version = root.getVersion();
     Qel::BuildDate const &built = root.getBuildDate();
@@ -49,6 +85,8 @@ void printReport(Options const &options, Qel::Root &root, FrameClock const &cloc
                 times.mean, times.percentile95, times.longest);
     std::printf("rate          %.1f a second over %.2f s\n", times.mean > 0.0 ? 1000.0 / times.mean : 0.0,
                 root.getTimeSinceInit().getSeconds());
+    printMachine();
+    printWork(workload);
     printMemory();
     std::printf("log           %s\n", std::filesystem::absolute(options.logFile).string().c_str());
 }

@@ -2,8 +2,9 @@
 
 #include "frameClock.h"
 #include "options.h"
+#include "workload.h"
 
 #include "System/System/Root.h"
 
 /// Prints, for a person, what the engine is and how the run went.
-void printReport(Options const &options, Qel::Root &root, FrameClock const &clock);
+void printReport(Options const &options, Qel::Root &root, FrameClock const &clock, Workload &workload);

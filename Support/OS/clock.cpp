@@ -112,6 +112,13 @@ LocalTime localTime()
     return active([](auto &clock) { return clock.localTime(); });
 }
 
+bool hasLocalTime(std::int64_t seconds)
+{
+    std::time_t const time = seconds;
+    std::tm parts{};
+    return localtime_r(&time, &parts) != nullptr;
+}
+
 ClockScope::ClockScope(Clock &clock) : m_before(activeClock.exchange(&clock))
 {
 }

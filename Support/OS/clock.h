@@ -32,6 +32,9 @@ QEL_API std::int64_t performanceFrequency(); ///< 10 000 000 unless replaced
 QEL_API void sleepMs(std::uint32_t ms);      ///< at least @p ms milliseconds; 0 yields
 QEL_API LocalTime localTime();
 
+/// Is there a date and a local time for these seconds since 1970?
+QEL_API bool hasLocalTime(std::int64_t seconds);
+
 /// Replaces the clock for a scope, on every thread. Scopes nest; they end in reverse order.
 class QEL_API ClockScope {
 public:

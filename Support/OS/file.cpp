@@ -55,7 +55,7 @@ std::string systemPath(char const *path)
 
 std::string lastErrorText()
 {
-    return std::strerror(errno);
+    return errno == 0 ? std::string() : std::strerror(errno);
 }
 
 FilePtr openFile(char const *path, char const *mode)

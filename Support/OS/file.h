@@ -17,7 +17,7 @@ inline constexpr char pathSeparator = '/'; ///< what the library joins disk path
 /// A path as the system wants it: every backslash becomes a slash. Nothing else changes.
 QEL_API std::string systemPath(char const *path);
 
-/// The text of the last system error of the calling thread.
+/// The text of the last system error of the calling thread; empty if there was none.
 QEL_API std::string lastErrorText();
 
 struct FileCloser {

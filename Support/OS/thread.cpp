@@ -175,6 +175,11 @@ bool setThreadName(std::uint32_t threadId, char const *name)
     return written;
 }
 
+void acceptCompletions()
+{
+    ownMailbox.events();
+}
+
 bool queueCompletion(std::uint32_t threadId, std::function<void()> call)
 {
     std::shared_ptr<ThreadEvents> events;

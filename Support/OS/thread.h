@@ -51,8 +51,12 @@ struct ThreadEvents {
     std::deque<std::function<void()>> completions; ///< under the lock
 };
 
+/// From now on queueCompletion() reaches the calling thread, also before its first alertable sleep.
+QEL_API void acceptCompletions();
+
 /// Queues a call for a thread, to be made there during its next alertable sleep.
-/// @return false if that thread has ended, or is none of Thread's and has never slept alertably
+/// @return false if that thread has ended, or is none of Thread's and has never slept alertably or
+///         called acceptCompletions()
 QEL_API bool queueCompletion(std::uint32_t threadId, std::function<void()> call);
 
 /// Sleeps, and makes the calls that are queued for this thread.

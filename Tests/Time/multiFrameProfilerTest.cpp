@@ -152,6 +152,7 @@ TEST_F(MultiFrameProfiler, ARecursionEndsTheReport)
 TEST_F(MultiFrameProfiler, TellsErrorsToTheLogAsWell)
 {
     static std::string caught;
+    caught.clear();
     LogManager logs;
     logs.createLog("none", true, false, false);
     logs.setDefaultCallback([](String const &text) { caught += text.c_str(); });
