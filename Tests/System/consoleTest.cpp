@@ -41,6 +41,7 @@ TEST_F(Console, AnswersWhatIsTyped)
         {"  con.player.health\t =  14 = 15 \n", "con.player.health = 14"},
         {"con.player.health=", "con.player.health = 0"},
         {"con.fly = On", "con.fly = 1"},
+        {"con.fly false", "con.fly = 0"},
         {"con.player.height = 2.5e3", "con.player.height = 2500"},
         {"con.player.health nonsense", "con.player.health = 0"},
         {"list con.f", "con.fly = 0"},
