@@ -45,6 +45,12 @@ protected:
         at(tick);
         P::beginFrame();
     }
+    // One frame, from 0 on.
+    void record()
+    {
+        P::capture("report.txt", 1);
+        beginFrame(0);
+    }
     std::string endFrame(std::int64_t tick)
     {
         at(tick);
@@ -137,8 +143,7 @@ TEST_F(MultiFrameProfiler, ARecursionEndsTheReport)
 {
     static char const sameText[] = "again"; // at another address
     P::capture(nullptr, 1);
-    P::capture("report.txt", 1);
-    beginFrame(0);
+    record();
     begin(1, "lonely");
     begin(2, "again");
     begin(3, sameText);
@@ -156,8 +161,7 @@ TEST_F(MultiFrameProfiler, TellsErrorsToTheLogAsWell)
     LogManager logs;
     logs.createLog("none", true, false, false);
     logs.setDefaultCallback([](String const &text) { caught += text.c_str(); });
-    P::capture("report.txt", 1);
-    beginFrame(0);
+    record();
     begin(1, "lonely 100%s");
     endFrame(2);
     EXPECT_EQ(caught, "*** Profiling error: end event not found for lonely 100%s\n");
@@ -166,8 +170,7 @@ TEST_F(MultiFrameProfiler, TellsErrorsToTheLogAsWell)
 // Events that overlap without one containing the other go where the first one leaves room.
 TEST_F(MultiFrameProfiler, PlacesEventsThatOverlap)
 {
-    P::capture("report.txt", 1);
-    beginFrame(0);
+    record();
     begin(10, "a");
     begin(20, "b");
     end(30, "a");
@@ -186,8 +189,7 @@ TEST_F(MultiFrameProfiler, DeepLinesKeepTheirColumnsAndTheStack)
 {
     constexpr std::size_t depth = 10'000;
     std::deque<std::string> names;
-    P::capture("report.txt", 1);
-    beginFrame(0);
+    record();
     for (std::size_t index = 0; index < depth; ++index) {
         names.push_back(std::string("e").append(std::to_string(index)));
         begin(static_cast<std::int64_t>(index) + 1, names.back().c_str());
@@ -205,8 +207,7 @@ TEST_F(MultiFrameProfiler, DeepLinesKeepTheirColumnsAndTheStack)
 
 TEST_F(MultiFrameProfiler, AFullTableGivesAReportAsFarAsItGoes)
 {
-    P::capture("report.txt", 1);
-    beginFrame(0);
+    record();
     for (int index = 0; index < 130'000; ++index) {
         begin(index, "e");
         end(index, "e");
@@ -226,15 +227,13 @@ TEST_F(MultiFrameProfiler, AFileThatCanNotBeWrittenOnlyCostsTheReport)
         beginFrame(0);
         endFrame(10);
     }
-    P::capture("report.txt", 1);
-    beginFrame(0);
+    record();
     EXPECT_NE(endFrame(10), "");
 }
 
 TEST_F(MultiFrameProfiler, TakesEventsOfManyThreads)
 {
-    P::capture("report.txt", 1);
-    beginFrame(0);
+    record();
     test::inThreads(4, [](int) {
         for (int round = 0; round < 500; ++round) {
             P::beginEvent(0, "work");

@@ -17,7 +17,10 @@
 namespace Qel {
 namespace {
 
-constexpr float untouched = -77;
+// A result that tells whether it was written.
+struct Hit : sIntersection {
+    Hit() { t = -77; }
+};
 
 TEST(Intersect, ARayMeetsAPlaneAheadOfItOnly)
 {
@@ -32,8 +35,7 @@ TEST(Intersect, ARayMeetsAPlaneAheadOfItOnly)
                       {{3, 0, 2}, true, 2.5f},
                       {{0, 0, 1e-7f}, false, 0}};
     for (auto const &row : rows) {
-        sIntersection hit;
-        hit.t = untouched;
+        Hit hit;
         EXPECT_EQ(cMath::intersects(cRay({0, 0, -5}, row.direction), plane, &hit), row.hit);
         EXPECT_EQ(hit.t, row.t);
     }
@@ -45,8 +47,7 @@ TEST(Intersect, RaysAgreeWithTheReference)
         SCOPED_TRACE(testing::Message() << "box row " << (&row - reference::rayBoxRows));
         cRay const ray(row, row + 3);
         cBoundingBoxAA const box(D3DXVECTOR3(row + 6), D3DXVECTOR3(row + 9));
-        sIntersection hit;
-        hit.t = untouched;
+        Hit hit;
         EXPECT_EQ(cMath::intersects(ray, box, &hit), row[12] != 0);
         EXPECT_FLOAT_EQ(hit.t, row[13]);
     }
@@ -54,8 +55,7 @@ TEST(Intersect, RaysAgreeWithTheReference)
     cMath::sqrt = cMath::sqrt_sse;
     for (auto const &row : reference::raySphereRows) {
         SCOPED_TRACE(testing::Message() << "sphere row " << (&row - reference::raySphereRows));
-        sIntersection hit;
-        hit.t = untouched;
+        Hit hit;
         EXPECT_EQ(cMath::intersects(cRay(row, row + 3), cBoundingSphere(row + 6, row[9]), &hit),
                   row[10] != 0);
         EXPECT_NEAR(hit.t, row[11], 1e-4f);
@@ -97,8 +97,7 @@ TEST(Intersect, ARayEntersABoxFromOutsideOnly)
     };
     for (auto const &row : rows) {
         SCOPED_TRACE(row.what);
-        sIntersection hit;
-        hit.t = untouched;
+        Hit hit;
         EXPECT_EQ(cMath::intersects(row.ray, box, &hit), row.hit);
         EXPECT_EQ(hit.t, row.t);
     }
@@ -198,8 +197,7 @@ TEST(Intersect, BoxesAgainstBoxesAndPlanes)
     cBoundingBox const shifted({0.5f, 0.5f, 0.5f}, {2, 2, 2});
     cBoundingBoxAA const shiftedAA({0.5f, 0.5f, 0.5f}, {2, 2, 2});
     cBoundingBoxAA const around({-9, -9, -9}, {9, 9, 9});
-    sIntersection hit;
-    hit.t = untouched;
+    Hit hit;
     EXPECT_TRUE(cMath::intersects(planes, shifted, &hit));
     EXPECT_EQ(hit.corners, 1 << 6);
     EXPECT_EQ(hit.t, 0.0f);
