@@ -71,38 +71,27 @@ private:
     pid_t m_process;
 };
 
-// A flag that a child and its parent see.
-class SharedFlag {
-public:
-    SharedFlag()
-        : m_flag(static_cast<std::atomic<int> *>(mmap(
-              nullptr, sizeof(std::atomic<int>), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0)))
-    {
-    }
-    ~SharedFlag() { munmap(m_flag, sizeof *m_flag); }
-    SharedFlag(SharedFlag const &) = delete;
-    SharedFlag &operator=(SharedFlag const &) = delete;
-
-    void set(int value) { m_flag->store(value); }
-    int get() const { return m_flag->load(); }
-
-private:
-    std::atomic<int> *m_flag;
-};
+// A flag that a child and its parent see; it stays for the life of the process.
+std::atomic<int> &sharedFlag()
+{
+    void *const page =
+        mmap(nullptr, sizeof(std::atomic<int>), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    return *static_cast<std::atomic<int> *>(page);
+}
 
 // A child that holds a lock, taken twice, until it is killed.
 class Holder : public Child {
 public:
-    Holder(std::string const &name, SharedFlag &held)
+    explicit Holder(std::string const &name, std::atomic<int> &held = sharedFlag())
         : Child([&] {
               cMutex mine(name.c_str());
               mine.on();
               mine.on();
-              held.set(1);
+              held = 1;
               pause();
           })
     {
-        EXPECT_TRUE(test::waitUntil([&] { return held.get() == 1; }));
+        EXPECT_TRUE(test::waitUntil([&] { return held == 1; }));
     }
 };
 
@@ -146,8 +135,7 @@ TEST(Mutex, IsFreeAgainWhenItsOwnerIsKilled)
     std::string const name = uniqueName("killed");
     {
         cMutex mutex(name.c_str());
-        SharedFlag held;
-        Holder child(name, held);
+        Holder child(name);
 
         std::atomic<bool> entered{false};
         std::thread waiter([&] {
@@ -169,8 +157,7 @@ TEST(Mutex, IsFreeAgainWhenItsOwnerIsKilled)
 TEST(Mutex, WhatAKilledProcessLeftAloneBehindIsClearedByTheNextUser)
 {
     std::string const name = uniqueName("left");
-    SharedFlag held;
-    Holder child(name, held);
+    Holder child(name);
     child.killAndWait();
     EXPECT_EQ(leftovers(), 1);
     {
@@ -209,14 +196,14 @@ TEST(Signal, IsNotLostOnAWaiterThatIsKilled)
 {
     std::string name = uniqueName("waiter");
     cSignal signal(name.data());
-    SharedFlag waiting;
+    std::atomic<int> &waiting = sharedFlag();
     Child child([&] {
         cSignal mine(name.data());
-        waiting.set(1);
+        waiting = 1;
         mine.wait_signal();
         _exit(1);
     });
-    ASSERT_TRUE(test::waitUntil([&] { return waiting.get() == 1; }));
+    ASSERT_TRUE(test::waitUntil([&] { return waiting == 1; }));
     test::pause(5);
     child.killAndWait();
     std::thread waiter([&] { signal.wait_signal(); });

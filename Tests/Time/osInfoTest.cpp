@@ -69,13 +69,7 @@ TEST(OsInfo, TellsTheSystemFromItsVersion)
     for (Row const &row : rows) {
         SCOPED_TRACE(testing::Message() << row.platform << ' ' << row.major << '.' << row.minor);
         forget();
-        answered = {};
-        answered.platform = row.platform;
-        answered.major = row.major;
-        answered.minor = row.minor;
-        answered.build = 2600;
-        answered.servicePackMajor = 2;
-        answered.servicePackMinor = 1;
+        answered = {row.platform, row.major, row.minor, 2600, 2, 1};
         std::strncpy(answered.servicePack, row.servicePack, sizeof answered.servicePack - 1);
         EXPECT_EQ(OsInfo::os_getVersion(), row.type);
         EXPECT_STREQ(OsInfo::os_getString(), row.text);

@@ -36,8 +36,7 @@ TEST(D3dxTypes, ComeFromArraysHalvesAndBaseRecords)
 
     D3DXMATRIX const m(f);
     EXPECT_EQ(m(1, 2), 7.0f);
-    EXPECT_EQ(m._23, 7.0f);
-    EXPECT_EQ(m.m[3][0], m._41);
+    EXPECT_EQ(m.m[1][2], m._23);
     EXPECT_EQ(static_cast<float const *>(m)[13], m._42);
     EXPECT_TRUE(D3DXMATRIX(static_cast<_D3DMATRIX const &>(m)) == m);
 }
