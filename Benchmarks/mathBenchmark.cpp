@@ -1,3 +1,4 @@
+#include "Support/OS/processorLevel.h"
 #include "System/math/3D/Frustum.h"
 #include "System/math/3D/boxBatch.h"
 #include "System/math/3D/rectRay.h"
@@ -110,8 +111,8 @@ void eachBox(benchmark::State &state, Test const &test)
 template <class Batch>
 void allBoxes(benchmark::State &state, Batch const &batch)
 {
-    eSimdLevel const before = cBoxBatch::getLevel();
-    if (!cBoxBatch::setLevel(static_cast<eSimdLevel>(state.range(0)))) {
+    os::eProcessorLevel const before = os::processorLevel();
+    if (!os::setProcessorLevel(static_cast<os::eProcessorLevel>(state.range(0)))) {
         state.SkipWithError("this processor lacks the level");
         return;
     }
@@ -122,11 +123,11 @@ void allBoxes(benchmark::State &state, Batch const &batch)
         query = (query + 1) % queryCount;
         benchmark::DoNotOptimize(batch(query, hits.data()));
     }
-    cBoxBatch::setLevel(before);
+    os::setProcessorLevel(before);
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(boxCount));
 }
 
-#define LEVELS ->Arg(SIMD_BASE)->Arg(SIMD_AVX2)->Arg(SIMD_AVX512)
+#define LEVELS ->Arg(os::PROCESSOR_PLAIN)->Arg(os::PROCESSOR_AVX2)->Arg(os::PROCESSOR_AVX512)
 
 // ---- a box against a box
 

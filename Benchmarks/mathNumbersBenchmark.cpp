@@ -1,8 +1,8 @@
+#include "Support/OS/processorLevel.h"
 #include "Support/PoolHeap/poolHeap.h"
 #include "System/System/stringTools.h"
 #include "System/math/crc32.h"
 #include "System/math/fft.h"
-#include "System/math/kernelLevel.h"
 #include "System/math/md5.h"
 #include "System/math/perlin.h"
 #include "System/math/rand.h"
@@ -76,15 +76,15 @@ private:
 
 void BM_Rand_reload(benchmark::State &state)
 {
-    setKernelLevel(static_cast<eKernelLevel>(state.range(0)));
+    os::setProcessorLevel(static_cast<os::eProcessorLevel>(state.range(0)));
     cMersenneTwister twister;
     for (auto _ : state) {
         benchmark::DoNotOptimize(twister.Reload());
     }
     state.SetItemsProcessed(state.iterations() * 624);
-    setKernelLevel(kernelLevelMax());
+    os::setProcessorLevel(os::processorLevelMax());
 }
-BENCHMARK(BM_Rand_reload)->DenseRange(KERNEL_PLAIN, KERNEL_AVX512);
+BENCHMARK(BM_Rand_reload)->DenseRange(os::PROCESSOR_PLAIN, os::PROCESSOR_AVX512);
 
 void BM_Rand_draw(benchmark::State &state)
 {
@@ -232,16 +232,17 @@ std::vector<unsigned char> randomBytes(std::size_t count)
 void BM_Crc32_bytes(benchmark::State &state)
 {
     std::vector<unsigned char> const bytes = randomBytes(static_cast<std::size_t>(state.range(0)));
-    setKernelLevel(static_cast<eKernelLevel>(state.range(1)));
+    os::setProcessorLevel(static_cast<os::eProcessorLevel>(state.range(1)));
     cCRC32 crc;
     for (auto _ : state) {
         benchmark::DoNotOptimize(crc.add(bytes.data(), static_cast<unsigned int>(bytes.size())));
     }
     state.SetBytesProcessed(state.iterations() * state.range(0));
-    setKernelLevel(kernelLevelMax());
+    os::setProcessorLevel(os::processorLevelMax());
 }
 BENCHMARK(BM_Crc32_bytes)
-    ->ArgsProduct({{64, 4096, 1 << 20}, benchmark::CreateDenseRange(KERNEL_PLAIN, KERNEL_AVX512, 1)});
+    ->ArgsProduct({{64, 4096, 1 << 20},
+                   benchmark::CreateDenseRange(os::PROCESSOR_PLAIN, os::PROCESSOR_AVX512, 1)});
 
 void BM_Crc32_bytesLibdeflate(benchmark::State &state)
 {
@@ -284,21 +285,21 @@ private:
 void BM_CalcHash_plain(benchmark::State &state)
 {
     Names const names;
-    setKernelLevel(static_cast<eKernelLevel>(state.range(0)));
+    os::setProcessorLevel(static_cast<os::eProcessorLevel>(state.range(0)));
     for (auto _ : state) {
         for (char const *const name : names) {
             benchmark::DoNotOptimize(StringTools::calcHash(name));
         }
     }
     state.SetItemsProcessed(state.iterations() * names.size());
-    setKernelLevel(kernelLevelMax());
+    os::setProcessorLevel(os::processorLevelMax());
 }
-BENCHMARK(BM_CalcHash_plain)->DenseRange(KERNEL_PLAIN, KERNEL_AVX512);
+BENCHMARK(BM_CalcHash_plain)->DenseRange(os::PROCESSOR_PLAIN, os::PROCESSOR_AVX512);
 
 void BM_CalcHash_path(benchmark::State &state)
 {
     Names const names;
-    setKernelLevel(static_cast<eKernelLevel>(state.range(0)));
+    os::setProcessorLevel(static_cast<os::eProcessorLevel>(state.range(0)));
     unsigned char const *const map = StringTools::getMapTable(MAP_PATH);
     for (auto _ : state) {
         for (char const *const name : names) {
@@ -306,9 +307,9 @@ void BM_CalcHash_path(benchmark::State &state)
         }
     }
     state.SetItemsProcessed(state.iterations() * names.size());
-    setKernelLevel(kernelLevelMax());
+    os::setProcessorLevel(os::processorLevelMax());
 }
-BENCHMARK(BM_CalcHash_path)->DenseRange(KERNEL_PLAIN, KERNEL_AVX512);
+BENCHMARK(BM_CalcHash_path)->DenseRange(os::PROCESSOR_PLAIN, os::PROCESSOR_AVX512);
 
 void BM_CalcHash_libdeflateAndStrlen(benchmark::State &state)
 {
@@ -388,15 +389,16 @@ struct Samples {
 void BM_Fft_double(benchmark::State &state)
 {
     Samples<double> s(static_cast<std::size_t>(state.range(0)));
-    setKernelLevel(static_cast<eKernelLevel>(state.range(1)));
+    os::setProcessorLevel(static_cast<os::eProcessorLevel>(state.range(1)));
     for (auto _ : state) {
         cFFT::fft_double(static_cast<unsigned int>(state.range(0)), 0, s.realIn.data(), s.imagIn.data(),
                          s.realOut.data(), s.imagOut.data());
         benchmark::ClobberMemory();
     }
-    setKernelLevel(kernelLevelMax());
+    os::setProcessorLevel(os::processorLevelMax());
 }
-BENCHMARK(BM_Fft_double)->ArgsProduct({{1024, 65536, 1 << 20}, {KERNEL_PLAIN, KERNEL_AVX2, KERNEL_AVX512}});
+BENCHMARK(BM_Fft_double)
+    ->ArgsProduct({{1024, 65536, 1 << 20}, {os::PROCESSOR_PLAIN, os::PROCESSOR_AVX2, os::PROCESSOR_AVX512}});
 
 void BM_Fft_doubleFftw(benchmark::State &state)
 {
@@ -416,15 +418,16 @@ BENCHMARK(BM_Fft_doubleFftw)->Arg(1024)->Arg(65536)->Arg(1 << 20);
 void BM_Fft_float(benchmark::State &state)
 {
     Samples<float> s(static_cast<std::size_t>(state.range(0)));
-    setKernelLevel(static_cast<eKernelLevel>(state.range(1)));
+    os::setProcessorLevel(static_cast<os::eProcessorLevel>(state.range(1)));
     for (auto _ : state) {
         cFFT::fft_float(static_cast<unsigned int>(state.range(0)), 0, s.realIn.data(), s.imagIn.data(),
                         s.realOut.data(), s.imagOut.data());
         benchmark::ClobberMemory();
     }
-    setKernelLevel(kernelLevelMax());
+    os::setProcessorLevel(os::processorLevelMax());
 }
-BENCHMARK(BM_Fft_float)->ArgsProduct({{1024, 65536}, {KERNEL_PLAIN, KERNEL_AVX2, KERNEL_AVX512}});
+BENCHMARK(BM_Fft_float)
+    ->ArgsProduct({{1024, 65536}, {os::PROCESSOR_PLAIN, os::PROCESSOR_AVX2, os::PROCESSOR_AVX512}});
 
 void BM_Fft_floatFftw(benchmark::State &state)
 {
@@ -475,7 +478,7 @@ struct Places {
 void BM_Perlin_space(benchmark::State &state)
 {
     Places const places;
-    setKernelLevel(static_cast<eKernelLevel>(state.range(0)));
+    os::setProcessorLevel(static_cast<os::eProcessorLevel>(state.range(0)));
     for (auto _ : state) {
         float sum = 0;
         for (std::size_t i = 0; i < places.x.size(); ++i) {
@@ -484,9 +487,9 @@ void BM_Perlin_space(benchmark::State &state)
         benchmark::DoNotOptimize(sum);
     }
     state.SetItemsProcessed(state.iterations() * 1000);
-    setKernelLevel(kernelLevelMax());
+    os::setProcessorLevel(os::processorLevelMax());
 }
-BENCHMARK(BM_Perlin_space)->DenseRange(KERNEL_PLAIN, KERNEL_AVX512);
+BENCHMARK(BM_Perlin_space)->DenseRange(os::PROCESSOR_PLAIN, os::PROCESSOR_AVX512);
 
 void BM_Perlin_spaceStb(benchmark::State &state)
 {
@@ -518,15 +521,15 @@ BENCHMARK(BM_Perlin_plane);
 
 void BM_Perlin_field(benchmark::State &state)
 {
-    setKernelLevel(static_cast<eKernelLevel>(state.range(1)));
+    os::setProcessorLevel(static_cast<os::eProcessorLevel>(state.range(1)));
     for (auto _ : state) {
         PoolHeap::std_free(Perlin::createField(512, 512, static_cast<unsigned int>(state.range(0))));
     }
     state.SetItemsProcessed(state.iterations() * 512 * 512);
-    setKernelLevel(kernelLevelMax());
+    os::setProcessorLevel(os::processorLevelMax());
 }
 BENCHMARK(BM_Perlin_field)
-    ->ArgsProduct({{8, 64, 256}, benchmark::CreateDenseRange(KERNEL_PLAIN, KERNEL_AVX512, 1)});
+    ->ArgsProduct({{8, 64, 256}, benchmark::CreateDenseRange(os::PROCESSOR_PLAIN, os::PROCESSOR_AVX512, 1)});
 
 // The bound on fields: a cell at a time, its four gradients as linear functions of the column, in vectors as
 // wide as the processor has them.

@@ -1,6 +1,7 @@
 #include "Support/D3DX/d3dx9math.h"
 
 #include "Support/D3DX/d3dx9kernels.h"
+#include "Support/OS/processorKernels.h"
 
 #include <bit>
 #include <cmath>
@@ -9,27 +10,13 @@
 
 namespace {
 
-// Null where the processor lacks the width.
-D3dxKernels const *kernelsOf(unsigned bits)
-{
-    switch (bits) {
-    case 128:
-        return &d3dxKernelsBase;
 #if defined(__x86_64__)
-    case 256:
-        return __builtin_cpu_supports("avx2") ? &d3dxKernelsAvx2 : nullptr;
-    case 512:
-        return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") ? &d3dxKernelsAvx512
-                                                                                       : nullptr;
+D3dxKernels const *const sets[] = {&d3dxKernelsBase, &d3dxKernelsBase, &d3dxKernelsAvx2, &d3dxKernelsAvx512};
+#else
+D3dxKernels const *const sets[] = {&d3dxKernelsBase};
 #endif
-    default:
-        return nullptr;
-    }
-}
 
-// Usable before the library is loaded, and as wide as the processor after that.
 constinit D3dxKernels const *kernels = &d3dxKernelsBase;
-constinit unsigned width = 128;
 
 float widened(std::uint16_t half)
 {
@@ -83,26 +70,12 @@ D3DXVECTOR4 product(float x, float y, float z, float w, D3DXMATRIX const &m)
 
 void (*d3dxMatrixMultiplyForm)(D3DXMATRIX *, D3DXMATRIX const *, D3DXMATRIX const *) = d3dxMultiplyBase;
 
-bool d3dxSetWidth(unsigned bits)
-{
-    D3dxKernels const *const table = kernelsOf(bits);
-    if (table == nullptr) {
-        return false;
-    }
-    kernels = table;
-    width = bits;
-    d3dxMatrixMultiplyForm = table->multiply;
-    return true;
-}
-
-unsigned d3dxWidth()
-{
-    return width;
-}
-
 namespace {
 
-[[maybe_unused]] bool const widest = d3dxSetWidth(512) || d3dxSetWidth(256);
+[[gnu::init_priority(101)]] os::ProcessorKernels const choice([](os::eProcessorLevel level) {
+    kernels = sets[level];
+    d3dxMatrixMultiplyForm = kernels->multiply;
+});
 
 } // namespace
 

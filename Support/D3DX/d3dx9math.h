@@ -202,13 +202,6 @@ struct QEL_SHARES_STORAGE D3DXMATRIX;
 /// for direct use.
 extern QEL_API void (*d3dxMatrixMultiplyForm)(D3DXMATRIX *out, D3DXMATRIX const *a, D3DXMATRIX const *b);
 
-/// For tests and measurements: how many bits D3DXMatrixMultiply() and D3DXVec3TransformArray() work on at a
-/// time. The library starts with the most that the processor has; every width gives the same bits.
-/// @param bits  128, 256 or 512
-/// @return false if the processor lacks the width; nothing changes then
-QEL_API bool d3dxSetWidth(unsigned bits);
-QEL_API unsigned d3dxWidth(); ///< in bits
-
 /// The product @p a @p b: the transformation @p a, followed by @p b.
 inline D3DXMATRIX *D3DXMatrixMultiply(D3DXMATRIX *out, D3DXMATRIX const *a, D3DXMATRIX const *b)
 {

@@ -153,6 +153,11 @@ bool replaceFile(char const *path, void const *data, std::size_t size)
     return false;
 }
 
+bool isTerminal(std::FILE *file)
+{
+    return isatty(fileno(file)) != 0;
+}
+
 TextFile::~TextFile()
 {
     if (m_handle >= 0) {

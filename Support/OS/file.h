@@ -48,6 +48,8 @@ QEL_API bool writeThrough(std::FILE *file, void const *data, std::size_t size);
 /// @return false if not everything reached the file; the old content is then kept wherever possible
 QEL_API bool replaceFile(char const *path, void const *data, std::size_t size);
 
+QEL_API bool isTerminal(std::FILE *file); ///< Does a person see what is written there?
+
 /// A file that texts are appended to by one system call each, with no buffer in between.
 class QEL_API TextFile {
 public:

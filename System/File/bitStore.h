@@ -101,6 +101,10 @@ public:
         return true;
     }
 
+    /// Makes room for @p count bytes of it in all, so that writes up to there can not fail.
+    /// @return false beyond maxBytes or without memory
+    bool reserve(std::uint64_t count) { return count + slack <= m_bytes.size() || growRoom(count); }
+
     /// Are these bytes of the store itself, which may move as it grows?
     bool holds(void const *address) const;
 

@@ -130,37 +130,37 @@ bool cFile::read_string(String &text)
     if (!read_32(count) || !holdsText(count)) {
         return false;
     }
-    if (count > shortText) {
-        return readWholeString(text, count);
-    }
-    char characters[shortText + 1];
-    if (count > 0 && read(characters, count) != count) {
+    try {
+        if (count > shortText) {
+            return readWholeString(text, count);
+        }
+        char characters[shortText + 1];
+        if (count > 0 && read(characters, count) != count) {
+            return false;
+        }
+        text.assign(characters, count);
+        return true;
+    } catch (std::bad_alloc const &) {
         return false;
     }
-    text.assign(characters, count);
-    return true;
 }
 
 bool cFile::readWholeString(String &text, std::uint32_t count)
 {
     // size() may be less than what a stream delivers, so it only says how much to take at once.
     std::uint64_t const expected = std::max<std::uint64_t>(bytesLeft(), blindChunk);
-    try {
-        String whole;
-        for (std::uint32_t done = 0; done < count;) {
-            auto const chunk = static_cast<std::uint32_t>(
-                std::min<std::uint64_t>(count - done, std::max<std::uint64_t>(expected, done)));
-            whole.resize(std::size_t{done} + chunk);
-            if (read(whole.data() + done, chunk) != chunk) {
-                return false;
-            }
-            done += chunk;
+    String whole;
+    for (std::uint32_t done = 0; done < count;) {
+        auto const chunk = static_cast<std::uint32_t>(
+            std::min<std::uint64_t>(count - done, std::max<std::uint64_t>(expected, done)));
+        whole.resize(std::size_t{done} + chunk);
+        if (read(whole.data() + done, chunk) != chunk) {
+            return false;
         }
-        text.swap(whole);
-        return true;
-    } catch (std::bad_alloc const &) {
-        return false;
+        done += chunk;
     }
+    text.swap(whole);
+    return true;
 }
 
 bool cFile::read_wstring(WString &text)

@@ -26,7 +26,8 @@ unsigned int cFileBit::write(void const *buffer, unsigned int size)
         std::vector<unsigned char> const moved(bytes, bytes + size);
         return write(moved.data(), size);
     }
-    if (!m_bits.grow((std::uint64_t{m_bits.position()} + 8 * std::uint64_t{size} + 7) / 8)) {
+    // Room only: a field that ends the stream is the faster one to write.
+    if (!m_bits.reserve((std::uint64_t{m_bits.position()} + 8 * std::uint64_t{size} + 7) / 8)) {
         return 0;
     }
     for (unsigned int i = 0; i < size; ++i) {

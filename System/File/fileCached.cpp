@@ -31,7 +31,8 @@ cFileCached::cFileCached(cFile *inner, unsigned int bufferSize, unsigned int pos
     : m_inner(inner),
       m_buffer(bufferSize == 0 ? nullptr : static_cast<unsigned char *>(PoolHeap::std_alloc(bufferSize))),
       m_bufferSize(m_buffer ? bufferSize : 0), m_windowStart(position), m_windowEnd(position),
-      m_position(position)
+      m_position(position), m_innerPosition(position),
+      m_innerPlaced(inner != nullptr && inner->tell() == position)
 {
 }
 
@@ -49,8 +50,19 @@ cFileCached::~cFileCached()
 // A stream that has no place at the position, such as memory behind its end, would take or give other bytes.
 bool cFileCached::placeInner(std::uint32_t position)
 {
-    m_inner->seek(position);
-    return m_inner->tell() == position;
+    if (!m_innerPlaced || m_innerPosition != position) {
+        m_inner->seek(position);
+        m_innerPosition = position;
+        m_innerPlaced = m_inner->tell() == position;
+    }
+    return m_innerPlaced;
+}
+
+// Streams differ in where a transfer leaves them that did not go as asked.
+void cFileCached::innerMoved(unsigned int done, unsigned int asked)
+{
+    m_innerPosition += done;
+    m_innerPlaced = m_innerPlaced && done <= asked;
 }
 
 bool cFileCached::flush()
@@ -59,7 +71,7 @@ bool cFileCached::flush()
         return true;
     }
     std::uint32_t const held = m_windowEnd - m_windowStart;
-    if (!placeInner(m_windowStart) || m_inner->write(m_buffer.get(), held) != held) {
+    if (!placeInner(m_windowStart) || writeInner(m_buffer.get(), held) != held) {
         return false;
     }
     m_dirty = false;
@@ -78,7 +90,18 @@ bool cFileCached::moveWindow()
 
 unsigned int cFileCached::readInner(void *buffer, unsigned int size)
 {
-    return std::min(size, m_inner->read(buffer, cutToStream(m_position, size)));
+    unsigned int const asked = cutToStream(m_position, size);
+    unsigned int const done = m_inner->read(buffer, asked);
+    innerMoved(done, asked);
+    return std::min(asked, done);
+}
+
+unsigned int cFileCached::writeInner(void const *buffer, unsigned int size)
+{
+    unsigned int const done = m_inner->write(buffer, size);
+    m_innerPosition += done;
+    m_innerPlaced = m_innerPlaced && done == size;
+    return done;
 }
 
 unsigned int cFileCached::read(void *buffer, unsigned int size)
@@ -129,7 +152,7 @@ unsigned int cFileCached::write(void const *buffer, unsigned int size)
                 break;
             }
             if (m_bufferSize == 0) {
-                unsigned int const count = std::min(size, m_inner->write(from, size));
+                unsigned int const count = std::min(size, writeInner(from, size));
                 m_position += count;
                 return count;
             }
@@ -180,7 +203,8 @@ bool cFileCached::async_read(void *buffer, unsigned int offset, unsigned int siz
 
     unsigned int const served = read(buffer, available);
     unsigned int const wanted = cutToStream(m_position, size - served);
-    m_inner->seek(m_position);
+    placeInner(m_position);
+    m_innerPlaced = false; // until then it is on its way
     sAsyncRequest &request = *std::find_if(std::begin(m_requests), std::end(m_requests),
                                            [](sAsyncRequest const &r) { return !r.inUse; });
     std::uint32_t const serial = request.serial + 1;

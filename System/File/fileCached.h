@@ -25,7 +25,8 @@ struct sAsyncRequest {
 ///
 /// Reads fill the window, writes collect in it. Written bytes reach the inner stream when the window is full
 /// or moves, on flush(), and on destruction; a window that was only read is never written back. Reads and
-/// writes may alternate at will. The inner stream is moved about and is not to be used beside this one.
+/// writes may alternate at will. The inner stream is moved about and is not to be used beside this one. It is
+/// seeked only to where it does not stand already: reads and writes in a row never do so.
 ///
 /// @par Ownership  Owns the inner stream, which was made with `new`, and destroys it. Cannot be copied.
 /// @par Threads    One thread for all cached streams that use async_read(), completions included: the table
@@ -40,7 +41,8 @@ public:
     /// taken
     /// @param bufferSize  bytes of the window; with 0, and without memory, everything goes to @p inner at
     /// once
-    /// @param position    of the first read or write
+    /// @param position    of the first read or write. @p inner is seeked there unless its tell() says so
+    /// already
     cFileCached(cFile *inner, unsigned int bufferSize, unsigned int position);
     cFileCached(cFileCached const &) = delete;
     cFileCached &operator=(cFileCached const &) = delete;
@@ -67,6 +69,9 @@ public:
     /// @param buffer    room for @p size bytes, which must live until the callback
     /// @param callback  called once, with at most @p size; it may start requests and may destroy the stream
     /// @return false if the inner stream refused; the callback is then not called
+    ///
+    /// The inner stream completes each request once. A completion too many does nothing while the place of
+    /// its request in the table is free; once that is another request's, it would end that one.
     virtual bool async_read(void *buffer, unsigned int offset, unsigned int size, AsyncCallback callback,
                             void *user);
 
@@ -81,8 +86,10 @@ private:
 
     bool inWindow() const { return m_position >= m_windowStart && m_position < m_windowEnd; }
     bool placeInner(std::uint32_t position);
+    void innerMoved(unsigned int done, unsigned int asked);
     bool moveWindow();
     unsigned int readInner(void *buffer, unsigned int size);
+    unsigned int writeInner(void const *buffer, unsigned int size);
     static void completed(unsigned int bytes, void *request);
 
     static sAsyncRequest m_requests[maxRequests];
@@ -94,6 +101,8 @@ private:
     std::uint32_t m_windowStart = 0; // stream position of the window's first byte
     std::uint32_t m_windowEnd = 0;   // stream position behind its last valid byte
     std::uint32_t m_position;        // of the next read or write
+    std::uint32_t m_innerPosition;   // where the inner stream stands
+    bool m_innerPlaced;              // m_innerPosition is known
     bool m_dirty = false;            // the window holds written bytes
 };
 

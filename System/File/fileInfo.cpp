@@ -8,7 +8,7 @@ namespace Qel {
 
 void FileInfo::reset()
 {
-    // The rest of the name is cleared too: records are written to files and compared as a whole.
+    // The name whole, so that no copy of the record carries bytes that nobody wrote.
     std::memset(name, 0, sizeof name);
     packedSize = 0;
     size = 0;

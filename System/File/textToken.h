@@ -50,6 +50,7 @@ enum token_type : std::uint32_t {
 class QEL_API TextToken {
 public:
     TextToken() = default;
+    // NOLINTNEXTLINE(google-explicit-constructor): a type alone stands for a punctuation token
     TextToken(token_type type) : m_type(type) {} ///< with an empty text
 
     token_type getType() const { return m_type; }

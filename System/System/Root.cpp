@@ -2,6 +2,8 @@
 
 #include "System/System/rootManagers.h"
 
+#include "System/Codec/codecManager.h"
+#include "System/File/archiveManager.h"
 #include "System/Patterns/tSingletonImpl.h"
 #include "System/Platform/configDialog.h"
 #include "System/Platform/platformManager.h"
@@ -70,7 +72,9 @@ void Root::bringUp(String const &pluginFileName, String const &logFileName, bool
     logMessage("Qel Initialising\n", 2);
     made.m_globalStrings = std::make_unique<GlobalStrings>();
     made.m_pluginMgr = std::make_unique<PluginMgr>();
+    made.m_archiveManager = std::make_unique<ArchiveManager>();
     made.m_platformManager = std::make_unique<PlatformManager>();
+    made.m_codecManager = std::make_unique<CodecManager>();
     made.m_timer = std::make_unique<Timer>();
     m_initTime = made.m_timer->getDurationInProgress();
     loadPlugins(pluginFileName);

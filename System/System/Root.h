@@ -112,7 +112,7 @@ public:
     void removeFrameListener(FrameListener *listener); ///< nothing happens if it is absent
 
     bool _fireFrameStarted(FrameEvent &event); ///< also writes the statistics; false if a listener said so
-    bool _fireFrameEnded(FrameEvent &event);   ///< false if a listener said so
+    bool _fireFrameEnded(FrameEvent &event);   ///< also moves the clock of the resources; false as above
     bool _fireFrameRender();                   ///< counts a frame; false if a listener said so
     bool _fireFrameIdle(FrameEvent &event);    ///< counts a frame; false if a listener said so
 

@@ -61,7 +61,8 @@ bool ConsoleVar::getConfigurable(String const &name, String &value, unsigned int
     if (at == m_table.end()) {
         return false;
     }
-    std::array<char, Storable_configurable::textSize> text;
+    // Zeroed, since a host's own to_string() may leave it alone.
+    std::array<char, Storable_configurable::textSize> text{};
     at->second->to_string(text.data());
     if (flags != nullptr) {
         *flags = at->second->getFlags();

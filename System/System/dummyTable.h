@@ -32,10 +32,11 @@ public:
 
     void Release() const override {}
     void AddRef() const override {}
-    void SendCommand(varType, NotifyCallback) override {}
-    void PostCommand(varType, NotifyCallback) override {}
-    void Set(varType, varType, NotifyCallback) override {}
-    varType Get(varType, varType) const override { return {}; } ///< nil, whatever the default
+    void SendCommand(varType, NotifyCallback = nullptr) override {}
+    void PostCommand(varType, NotifyCallback = nullptr) override {}
+    void Set(varType, varType, NotifyCallback = nullptr) override {}
+    /// Nil, whatever the default.
+    varType Get(varType, varType = varType()) const override { return {}; }
     IVarTable &CreateSubTable(varType) override { return *this; }
     ITableManager &GetManager() override { return DummyManager::Instance(); }
 

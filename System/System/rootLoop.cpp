@@ -2,6 +2,7 @@
 
 #include "System/System/rootManagers.h"
 
+#include "System/Patterns/resourceMgr.h"
 #include "System/System/pluginMgr.h"
 #include "System/Time/timer.h"
 #include "System/Time/timerInit.h"
@@ -224,6 +225,7 @@ bool Root::_fireFrameStarted(FrameEvent &event)
 
 bool Root::_fireFrameEnded(FrameEvent &event)
 {
+    cResourceManager::resourceMgrTick();
     return tellListeners([&](FrameListener &listener) { return listener.frameEnded(event); });
 }
 

@@ -1,5 +1,7 @@
 #include "System/System/rootManagers.h"
 
+#include "System/Codec/codecManager.h"
+#include "System/File/archiveManager.h"
 #include "System/Platform/platformManager.h"
 #include "System/System/exception.h"
 #include "System/System/logManager.h"
@@ -29,6 +31,8 @@ RootManagers::~RootManagers()
 void RootManagers::takeDown()
 {
     m_timer.reset();
+    m_codecManager.reset();
+    m_archiveManager.reset();
     m_platformManager.reset();
     m_logManager.reset();
     stopPlugins();

@@ -8,6 +8,8 @@
 
 namespace Qel {
 
+class ArchiveManager;
+class CodecManager;
 class LogManager;
 class PlatformManager;
 class Plugin;
@@ -22,7 +24,9 @@ struct RootManagers {
     std::unique_ptr<ProcessorInfo> m_processorInfo;
     std::unique_ptr<GlobalStrings> m_globalStrings;
     std::unique_ptr<PluginMgr> m_pluginMgr;
+    std::unique_ptr<ArchiveManager> m_archiveManager;
     std::unique_ptr<PlatformManager> m_platformManager;
+    std::unique_ptr<CodecManager> m_codecManager;
     std::unique_ptr<Timer> m_timer;
     std::vector<Plugin *> m_plugins; // started, in that order
 

@@ -297,12 +297,27 @@ void cTableManager::tell(sMsgNotify message, NotifyCallback callback)
     }
 }
 
+// Does discard() put it on the list?
+bool cTableManager::keeps(varType const &value) const
+{
+    return value.isTable() || (value.isString() && m_rounds != 0);
+}
+
+// So that discard() can not fail for as many values. Grows by doubling: a tree of small tables asks often.
+void cTableManager::reserveFreelist(std::size_t count)
+{
+    std::size_t const needed = m_freeList.size() + count;
+    if (needed > m_freeList.capacity()) {
+        m_freeList.reserve(std::max(needed, 2 * m_freeList.capacity()));
+    }
+}
+
 void cTableManager::discard(varType value)
 {
-    if (value.isString() && m_rounds == 0) {
-        UnregisterString(value.toStPtr());
-    } else if (ownsSomething(value)) {
+    if (keeps(value)) {
         m_freeList.push_back(value);
+    } else if (value.isString()) {
+        UnregisterString(value.toStPtr());
     }
 }
 

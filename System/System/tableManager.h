@@ -114,6 +114,8 @@ private:
     void tell(sMsgNotify message, NotifyCallback callback);
     template <typename Test>
     void dropClients(Test const &test);
+    bool keeps(varType const &value) const;
+    void reserveFreelist(std::size_t count);
     void discard(varType value);
     void FlushFreelist();
 

@@ -137,6 +137,11 @@ ITableManager &cVarTable::GetManager()
 void cVarTable::Clear()
 {
     cTableManager &manager = *m_manager;
+    std::size_t kept = 0;
+    for (KeyVal const &item : m_items) {
+        kept += (manager.keeps(item.key.name) ? 1u : 0u) + (manager.keeps(item.value) ? 1u : 0u);
+    }
+    manager.reserveFreelist(kept);
     for (KeyVal const &item : m_items) {
         manager.discard(item.key.name);
         manager.discard(item.value);

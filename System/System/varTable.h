@@ -53,6 +53,7 @@ public:
 
     /// Removes every item. No listener is told. While listeners are being told of a change, what they may
     /// still see stays valid until they all know.
+    /// @throws std::bad_alloc if there is no memory; nothing has changed then
     void Clear();
 
     char const *GetName() const { return m_name; } ///< as at creation; never null

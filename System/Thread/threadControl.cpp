@@ -10,6 +10,7 @@ namespace {
 
 // How long a worker object that nobody asks anything stays at the gate.
 constexpr std::chrono::milliseconds grace{100};
+constexpr std::chrono::milliseconds pollGate{5};
 
 // As often as a thread can be suspended on the system that this count comes from.
 constexpr std::uint32_t mostSuspends = 127;
@@ -21,6 +22,7 @@ bool ThreadControl::start(Body body, void *worker, std::size_t stackBytes)
 {
     m_body = body;
     m_worker = worker;
+    m_hold = GateHold::around(worker);
     m_thread = os::Thread::start(&ThreadControl::run, this, stackBytes, m_events);
     return m_thread != nullptr;
 }
@@ -80,8 +82,24 @@ std::uint32_t ThreadControl::resume()
 bool ThreadControl::waitAtGate()
 {
     std::unique_lock lock(m_events->lock);
-    m_events->changed.wait_for(lock, grace, [this] { return m_opened || m_stopped; });
-    return m_opened || m_stopped;
+    auto const open = [this] { return m_opened || m_stopped; };
+    if (m_hold != nullptr) {
+        // The worker that the hold is for is woken; one that lies deeper inside looks for itself.
+        while (!m_events->changed.wait_for(lock, pollGate, open) &&
+               !m_hold->load(std::memory_order_acquire)) {
+        }
+        return open();
+    }
+    if (m_events->changed.wait_for(lock, grace, open)) {
+        return true;
+    }
+    // On a busy machine the constructors may not have come to run yet.
+    while (!m_creator.hasGoneOn()) {
+        if (m_events->changed.wait_for(lock, pollGate, open)) {
+            return true;
+        }
+    }
+    return open();
 }
 
 bool ThreadControl::mayStep()

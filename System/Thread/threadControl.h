@@ -1,6 +1,8 @@
 #pragma once
 
 #include "Support/OS/thread.h"
+#include "Support/OS/threadWatch.h"
+#include "System/Thread/gateHold.h"
 
 #include <atomic>
 #include <cstdint>
@@ -44,8 +46,9 @@ public:
 
     // For the thread itself.
 
-    /// Waits until the gate opens, at most for the time of grace.
-    /// @return false if it is still closed
+    /// Waits until the gate opens. A worker that lies in an object under a GateHold waits for the hold's end
+    /// at least; another one for the time of grace, in which its creator must have had a turn.
+    /// @return false if it is still closed, and nothing is left to wait for
     bool waitAtGate();
     bool mayStep(); ///< waits while suspended; false once it has been stopped
     bool stopped() const { return m_stopped.load(std::memory_order_acquire); }
@@ -58,6 +61,8 @@ private:
 
     Body m_body = nullptr;
     void *m_worker = nullptr;
+    GateHold::Released m_hold;
+    os::ThreadWatch m_creator;
     std::shared_ptr<os::ThreadEvents> m_events = std::make_shared<os::ThreadEvents>();
     std::atomic<bool> m_opened{false};
     std::atomic<bool> m_stopped{false};

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "System/Thread/gateHold.h"
+
 #include <cstddef>
 #include <new>
 #include <utility>
@@ -24,9 +26,9 @@ template <class T>
 class tThreaded final : public T {
 public:
     template <class... Arguments>
-    explicit tThreaded(Arguments &&...arguments) : T(std::forward<Arguments>(arguments)...)
+    explicit tThreaded(Arguments &&...arguments)
+        : tThreaded(GateHold(this, sizeof(tThreaded)), Complete(), std::forward<Arguments>(arguments)...)
     {
-        this->_beginSteps();
     }
 
     ~tThreaded() override
@@ -54,6 +56,17 @@ public:
     [[gnu::noinline]] static void operator delete(void *block, std::align_val_t alignment)
     {
         T::operator delete(block, alignment);
+    }
+
+private:
+    struct Complete {};
+
+    // The hold lives as long as the call, so the gate cannot open by itself however long the constructors
+    // take.
+    template <class... Arguments>
+    tThreaded(GateHold const &, Complete, Arguments &&...arguments) : T(std::forward<Arguments>(arguments)...)
+    {
+        this->_beginSteps();
     }
 };
 

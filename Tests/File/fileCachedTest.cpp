@@ -1,5 +1,6 @@
 #include "System/File/fileCached.h"
 
+#include "System/File/fileBit.h"
 #include "System/File/fileMem.h"
 #include "Tests/Tools/vectorFile.h"
 
@@ -65,6 +66,52 @@ TEST(FileCached, ReadsThroughItsWindow)
     EXPECT_EQ(file.seek(1000), 1000u);
     EXPECT_EQ(readSome(file, 1), "");
     EXPECT_EQ(file.inner.writes, 0);
+}
+
+TEST(FileCached, SeeksOnlyToWhereTheInnerStreamDoesNotStand)
+{
+    Cached file(std::make_unique<VectorFile>("0123456789abcdef"), 4);
+    EXPECT_EQ(readSome(file, 10), "0123456789");
+    EXPECT_EQ(file.inner.seeks, 0) << "refills in a row";
+    file.seek(2);
+    EXPECT_EQ(readSome(file, 10), "23456789ab");
+    EXPECT_EQ(file.inner.seeks, 1);
+    file.seek(0);
+    EXPECT_EQ(file.write("abcdefghij", 10), 10u);
+    EXPECT_EQ(file.inner.seeks, 2) << "write-backs in a row";
+    EXPECT_EQ(readSome(file, 3), "abc");
+    EXPECT_EQ(file.inner.seeks, 2) << "the two bytes that waited went out on the way";
+
+    // After a write that came out short it is looked after again.
+    file.seek(0);
+    file.inner.writeLimit = 1;
+    EXPECT_EQ(file.write("xyz", 3), 3u);
+    EXPECT_FALSE(file.flush());
+    file.inner.writeLimit = SIZE_MAX;
+    EXPECT_TRUE(file.flush());
+    EXPECT_EQ(file.inner.content().substr(0, 5), "xyzde");
+}
+
+TEST(FileCached, WorksInARowOverABitStream)
+{
+    struct OverBits : cFileCached {
+        explicit OverBits(cFileBit *beneath) : cFileCached(beneath, 4, 0) {}
+        eFileClass getType() const override { return FILECLASS_BIT; }
+    };
+    auto beneath = std::make_unique<cFileBit>();
+    beneath->write("0123456789abcdef", 16);
+    beneath->seek(0);
+    OverBits file(beneath.release());
+    EXPECT_EQ(readSome(file, 7), "0123456");
+    EXPECT_EQ(readSome(file, 9), "789abcdef");
+
+    auto empty = std::make_unique<cFileBit>();
+    cFileBit &bits = *empty;
+    OverBits written(empty.release());
+    EXPECT_EQ(written.write("0123456789", 10), 10u);
+    EXPECT_TRUE(written.flush());
+    bits.seek(0);
+    EXPECT_EQ(readSome(bits, 10), "0123456789");
 }
 
 TEST(FileCached, WritesBackWhatWasWrittenAndNothingElse)

@@ -16,6 +16,7 @@
 
 #include <functional>
 #include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -236,6 +237,24 @@ TEST(File, ACountLargerThanTheStreamGivesFalseAtOnce)
         PoolHeap::ContextCounts after;
         ASSERT_TRUE(PoolHeap::context_counts(stringMemoryContext, after));
         EXPECT_LT(after.peakBytes, before.peakBytes + 1024 * 1024);
+    }
+}
+
+TEST(File, ATextThatFindsNoMemoryIsNotRead)
+{
+    struct Exhausted : VectorFile {
+        unsigned int read(void *buffer, unsigned int size) override
+        {
+            return reads == 0 ? VectorFile::read(buffer, size) : throw std::bad_alloc();
+        }
+    };
+    for (unsigned int const length : {20u, 5'000u}) {
+        Exhausted file;
+        file.write_string(String(length, 'x'));
+        file.seek(0);
+        String text = "kept";
+        EXPECT_FALSE(file.read_string(text)) << length;
+        EXPECT_EQ(text, "kept");
     }
 }
 

@@ -1,5 +1,6 @@
 // One plugin in several behaviours; see CMakeLists.txt.
 
+#include "System/Codec/codecManager.h"
 #include "System/System/Root.h"
 #include "System/System/exception.h"
 #include "System/System/export.h"
@@ -20,6 +21,20 @@ class Listener final : public Qel::FrameListener {};
 [[maybe_unused]] std::unique_ptr<test::EmptyRenderSystem> renderer;
 [[maybe_unused]] std::unique_ptr<Listener> listener;
 
+#ifdef MODULE_LOADS_OTHERS
+class Codec final : public Qel::iCodec {
+    bool encode(Qel::cFile &, Qel::cFile &, ...) override { return true; }
+    bool decode(Qel::cFile &, Qel::cFile &, ...) override { return true; }
+};
+
+class Factory final : public Qel::CodecFactory {
+    Qel::String getType() const override { return "CODEC_NESTED"; }
+    Qel::iCodec *createInstance(Qel::String const &) override { return std::make_unique<Codec>().release(); }
+};
+
+Factory factory;
+#endif
+
 } // namespace
 
 #ifdef MODULE_STARTS
@@ -31,6 +46,8 @@ extern "C" QEL_API void dllStartPlugin()
     Qel::Root::Instance().addRenderSystem(renderer.get());
     Qel::Root::Instance().addFrameListener(listener.get());
 #ifdef MODULE_LOADS_OTHERS
+    Qel::CodecManager::Instance().addFactory(&factory);
+    Qel::CodecManager::Instance().getCodec("CODEC_NESTED");
     Qel::Root::Instance().loadPlugins("others.cfg");
 #endif
 #ifdef MODULE_THROWS

@@ -46,6 +46,16 @@ String textOf(char const *name)
     return text;
 }
 
+TEST(ConsoleVar, ATextThatIsNotWrittenIsEmpty)
+{
+    struct Silent : Storable_configurable {
+        Silent() : Storable_configurable("test.silent", 0) {}
+        void to_string(char *) const override {}
+        void from_string(char const *) override {}
+    } const silent;
+    EXPECT_EQ(textOf("test.silent"), "");
+}
+
 TEST(ConsoleVar, ReadsAndSetsByNameWhatWasBuiltBeforeMain)
 {
     String text;

@@ -1,3 +1,4 @@
+#include "System/Codec/codecManager.h"
 #include "System/System/Root.h"
 #include "System/System/configFile.h"
 #include "System/System/exception.h"
@@ -20,6 +21,12 @@
 
 namespace Qel {
 namespace {
+
+// What is logged before the plugins are loaded.
+std::string const beginning = "Timer Initialising\nQel Initialising\n"
+                              "Codec type 'CODEC_MTF' registered.\nCodec type 'CODEC_HUFFMAN' registered.\n"
+                              "Codec type 'CODEC_LZ77' registered.\nCodec type 'CODEC_LZW' registered.\n"
+                              "Codec type 'CODEC_ZIP' registered.\n";
 
 // Works in a folder of its own, in which "m/" is the folder of the test modules.
 class RootPluginsTest : public testing::Test {
@@ -56,8 +63,8 @@ TEST_F(RootPluginsTest, PluginsStartInOrderAndStopInReverseWithoutALog)
 {
     m_clock.ticksPerMillisecondRead = 10'000 * 25;
     EXPECT_EQ(log("PluginFolder=m/\nPlugin=good_b\nPlugin=good_a\n"),
-              "Timer Initialising\nQel Initialising\nstart good_b\nstart good_a\n"
-              "Qel initialized in 0.05sec\nQel Shutdown\n");
+              beginning + "start good_b\nstart good_a\n"
+                          "Qel initialized in 0.05sec\nQel Shutdown\n");
     EXPECT_EQ(debug.text(), "stop good_a\nstop good_b\n");
     EXPECT_EQ(loaded, 2u);
     EXPECT_EQ(renderers, 2u);
@@ -100,8 +107,7 @@ TEST_F(RootPluginsTest, OnePluginsFaultLeavesTheOthersRunning)
         SCOPED_TRACE(row.what);
         std::string const before = debug.text();
         EXPECT_EQ(log(std::string("PluginFolder=m/\n") + row.config),
-                  std::string("Timer Initialising\nQel Initialising\n") + row.lines +
-                      "Qel initialized in 0sec\nQel Shutdown\n");
+                  beginning + row.lines + "Qel initialized in 0sec\nQel Shutdown\n");
         EXPECT_FALSE(thrown.has_value());
         EXPECT_EQ(loaded, row.loaded);
         EXPECT_EQ(renderers, row.renderers);
@@ -123,6 +129,8 @@ TEST_F(RootPluginsTest, WhatAPluginRegisteredGoesWithIt)
     ASSERT_EQ(root.getPlugins().size(), 2u);
     EXPECT_STREQ(root.getPlugins()[1]->getName().c_str(), "m/good_b.dll");
     EXPECT_EQ(root.getAvailableRenderers()->size(), 2u);
+    EXPECT_EQ(CodecManager::Instance().getCodec("CODEC_NESTED"), nullptr);
+    EXPECT_NE(CodecManager::Instance().getCodec("CODEC_LZW"), nullptr);
     root.setRenderSystem(root.getAvailableRenderers()->back());
 
     root.unloadPlugins();

@@ -65,6 +65,7 @@ TEST(VarType, ConvertsByAssignment)
 TEST(VarType, EndsEveryFailedChainInTheDummyTable)
 {
     EXPECT_TRUE(varType(5).toTable().Get("x", 7).isNil()) << "the default is ignored";
+    EXPECT_TRUE(DummyTable::Instance().Get("a").isNil());
     EXPECT_EQ(&varType(5).toTable().CreateSubTable("a").CreateSubTable("b"), &DummyTable::Instance());
     varType const null(static_cast<IVarTable *>(nullptr));
     EXPECT_TRUE(null.isTable());

@@ -132,6 +132,33 @@ TEST(Threaded, StepsOnlyBetweenTheLastConstructorAndTheFirstDestructor)
     EXPECT_EQ(findings.broken, 0);
 }
 
+// Longer than a plain object would wait.
+TEST(Threaded, NoGateOpensByTimeWhileConstructorsRun)
+{
+    struct Inner : ThreadTask {
+        explicit Inner(std::atomic<int> &steps) : m_steps(steps) {}
+        ~Inner() override { waitThreadFinish(); }
+        bool process(float) override { return ++m_steps < 3; }
+        std::atomic<int> &m_steps;
+    };
+    struct Outer : ThreadTask {
+        Outer(std::atomic<int> &steps, std::atomic<int> &innerSteps) : m_steps(steps), m_inner(innerSteps)
+        {
+            test::pause(150);
+            stepsWhileBuilding = steps + innerSteps;
+        }
+        bool process(float) override { return ++m_steps < 3; }
+        std::atomic<int> &m_steps;
+        Inner m_inner;
+        int stepsWhileBuilding = 0;
+    };
+    std::atomic<int> steps{0};
+    std::atomic<int> innerSteps{0};
+    tThreaded<Outer> const outer(steps, innerSteps);
+    EXPECT_EQ(outer.stepsWhileBuilding, 0);
+    EXPECT_TRUE(test::waitUntil([&] { return steps == 3 && innerSteps == 3; })) << "a member steps by itself";
+}
+
 TEST(Threaded, AnObjectThatIsGoneAtOnceMakesNoBrokenStep)
 {
     Findings findings;

@@ -46,6 +46,7 @@ public:
     }
     unsigned int seek(unsigned int to) override
     {
+        ++seeks;
         position = canPassTheEnd ? to : std::min<std::size_t>(to, bytes.size());
         return 0;
     }
@@ -87,6 +88,7 @@ public:
     unsigned int excess = 0; ///< what a late read claims too much
     int reads = 0;
     int writes = 0;
+    int seeks = 0;
     std::deque<std::function<void()>> waiting;
 };
 

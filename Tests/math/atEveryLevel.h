@@ -1,15 +1,17 @@
 #pragma once
 
-#include "System/math/kernelLevel.h"
+#include "Support/OS/processorLevel.h"
 
 #include <gtest/gtest.h>
+
+#include <cstdint>
 
 template <class Check>
 void atEveryLevel(Check check)
 {
-    for (std::uint32_t level = 0; level <= Qel::kernelLevelMax(); ++level) {
+    for (std::uint32_t level = 0; level <= os::processorLevelMax(); ++level) {
         SCOPED_TRACE(level);
-        ASSERT_TRUE(Qel::setKernelLevel(static_cast<Qel::eKernelLevel>(level)));
+        ASSERT_TRUE(os::setProcessorLevel(static_cast<os::eProcessorLevel>(level)));
         check();
     }
 }

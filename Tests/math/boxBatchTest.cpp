@@ -1,4 +1,6 @@
 #include "System/math/3D/boxBatch.h"
+
+#include "Support/OS/processorLevel.h"
 #include "System/System/exception.h"
 #include "System/math/3D/Frustum.h"
 #include "System/math/3D/boxRay.h"
@@ -20,9 +22,9 @@ namespace {
 
 constexpr std::size_t boxCount = 203; // whole words and a rest that is no multiple of any width
 
-class BoxBatch : public testing::TestWithParam<int> {
+class BoxBatch : public testing::TestWithParam<os::eProcessorLevel> {
 protected:
-    BoxBatch() : m_before(cBoxBatch::getLevel())
+    BoxBatch() : m_before(os::processorLevel())
     {
         std::mt19937 random(41);
         std::uniform_real_distribution<float> at(-6, 6), size(0.1f, 3);
@@ -45,7 +47,7 @@ protected:
         boxes[61].max.x = boxes[61].min.x - 1;
         boxes[202].max.y = HUGE_VALF;
     }
-    ~BoxBatch() override { cBoxBatch::setLevel(m_before); }
+    ~BoxBatch() override { os::setProcessorLevel(m_before); }
 
     template <class Volume, class Single>
     void expectSameAs(Volume const &volume, Single const &single)
@@ -86,12 +88,12 @@ protected:
     std::size_t m_hits = 0;
 
 private:
-    eSimdLevel m_before;
+    os::eProcessorLevel m_before;
 };
 
 TEST_P(BoxBatch, GivesTheAnswersOfTheSingleTests)
 {
-    if (!cBoxBatch::setLevel(static_cast<eSimdLevel>(GetParam()))) {
+    if (!os::setProcessorLevel(GetParam())) {
         GTEST_SKIP() << "this processor lacks the level";
     }
     std::mt19937 random(42);
@@ -135,11 +137,10 @@ TEST_P(BoxBatch, GivesTheAnswersOfTheSingleTests)
     broken.setActiveCount(1);
     std::uint32_t word;
     EXPECT_THROW(cBoxBatch::intersects(broken, boxes.data(), 1, &word), Exception);
-    EXPECT_FALSE(cBoxBatch::setLevel(static_cast<eSimdLevel>(99)));
-    EXPECT_EQ(cBoxBatch::getLevel(), GetParam());
 }
 
-INSTANTIATE_TEST_SUITE_P(Levels, BoxBatch, testing::Values(SIMD_BASE, SIMD_AVX2, SIMD_AVX512));
+INSTANTIATE_TEST_SUITE_P(Levels, BoxBatch,
+                         testing::Values(os::PROCESSOR_PLAIN, os::PROCESSOR_AVX2, os::PROCESSOR_AVX512));
 
 // All that lanes can do with two groups of four, as bits; a NaN is any NaN.
 template <class L>

@@ -1,5 +1,6 @@
 #include "System/math/fft.h"
-#include "System/math/kernelLevel.h"
+
+#include "Support/OS/processorLevel.h"
 #include "System/math/mersenneTwister.h"
 #include "System/math/splineCR.h"
 #include "Tests/Tools/inThreads.h"
@@ -103,8 +104,8 @@ void checkEveryLevelAndSize()
                  {static_cast<T const *>(in.imag.data() + 1), static_cast<T const *>(nullptr)}) {
                 Signal<T> expected(size);
                 plainly(size, inverse, in.real.data() + 1, imag, expected);
-                for (std::uint32_t level = 0; level <= kernelLevelMax(); ++level) {
-                    ASSERT_TRUE(setKernelLevel(static_cast<eKernelLevel>(level)));
+                for (std::uint32_t level = 0; level <= os::processorLevelMax(); ++level) {
+                    ASSERT_TRUE(os::setProcessorLevel(static_cast<os::eProcessorLevel>(level)));
                     Signal<T> out(size);
                     run(size, inverse, in.real.data() + 1, imag, out);
                     ASSERT_EQ(out, expected)

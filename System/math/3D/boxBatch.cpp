@@ -1,5 +1,6 @@
 #include "System/math/3D/boxBatch.h"
 
+#include "Support/OS/processorKernels.h"
 #include "System/math/3D/Frustum.h"
 #include "System/math/3D/beamView.h"
 #include "System/math/3D/boundingSphere.h"
@@ -9,7 +10,6 @@
 #include "System/math/3D/rectRay.h"
 #include "System/math/3D/rectRayHitTest.h"
 
-#include <atomic>
 #include <cstring>
 
 namespace Qel {
@@ -18,34 +18,17 @@ namespace {
 
 static_assert(sizeof(cBoundingBoxAA) == 8 * sizeof(float) && sizeof(D3DXPLANE) == 4 * sizeof(float));
 
-// Null where the processor lacks the level.
-BoxKernels const *kernelsOf(eSimdLevel level)
-{
-    switch (level) {
-    case SIMD_BASE:
-        return &boxKernelsBase;
 #if defined(__x86_64__)
-    case SIMD_AVX2:
-        return __builtin_cpu_supports("avx2") ? &boxKernelsAvx2 : nullptr;
-    case SIMD_AVX512:
-        return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") ? &boxKernelsAvx512
-                                                                                       : nullptr;
+BoxKernels const *const sets[] = {&boxKernelsBase, &boxKernelsBase, &boxKernelsAvx2, &boxKernelsAvx512};
+#else
+BoxKernels const *const sets[] = {&boxKernelsBase};
 #endif
-    default:
-        return nullptr;
-    }
-}
 
-// Usable from the start, and as wide as the processor once the library is loaded.
-constinit std::atomic<eSimdLevel> currentLevel{SIMD_BASE};
-constinit std::atomic<BoxKernels const *> current{&boxKernelsBase};
+constinit BoxKernels const *boxKernels = &boxKernelsBase;
 
-[[maybe_unused]] bool const widest = cBoxBatch::setLevel(SIMD_AVX512) || cBoxBatch::setLevel(SIMD_AVX2);
-
-BoxKernels const &kernels()
-{
-    return *current.load(std::memory_order_relaxed);
-}
+[[gnu::init_priority(101)]] os::ProcessorKernels const choice([](os::eProcessorLevel level) {
+    boxKernels = sets[level];
+});
 
 float const *floatsOf(cBoundingBoxAA const *boxes)
 {
@@ -80,7 +63,7 @@ std::size_t beamAgainst(BeamView const &beam, cBoundingBoxAA const *boxes, std::
     query.limited = beam.limited;
     query.single = singleBeam;
     query.beam = &beam;
-    return kernels().beam(query, floatsOf(boxes), count, hits);
+    return boxKernels->beam(query, floatsOf(boxes), count, hits);
 }
 
 } // namespace
@@ -92,7 +75,7 @@ std::size_t cBoxBatch::intersects(cRay const &ray, cBoundingBoxAA const *boxes, 
     copy(query.origin, ray.origin);
     copy(query.direction, ray.direction);
     query.t = t;
-    return kernels().ray(query, floatsOf(boxes), count, hits);
+    return boxKernels->ray(query, floatsOf(boxes), count, hits);
 }
 
 std::size_t cBoxBatch::intersects(cBoundingSphere const &sphere, cBoundingBoxAA const *boxes,
@@ -101,7 +84,7 @@ std::size_t cBoxBatch::intersects(cBoundingSphere const &sphere, cBoundingBoxAA 
     SphereQuery query;
     copy(query.center, sphere.center);
     query.radiusSq = sphere.radius * sphere.radius;
-    return kernels().sphere(query, floatsOf(boxes), count, hits);
+    return boxKernels->sphere(query, floatsOf(boxes), count, hits);
 }
 
 std::size_t cBoxBatch::intersects(cBoundingBoxAA const &box, cBoundingBoxAA const *boxes, std::size_t count,
@@ -110,7 +93,7 @@ std::size_t cBoxBatch::intersects(cBoundingBoxAA const &box, cBoundingBoxAA cons
     BoxQuery query;
     copy(query.center, box.center3());
     copy(query.half, box.size3() * 0.5f);
-    return kernels().box(query, floatsOf(boxes), count, hits);
+    return boxKernels->box(query, floatsOf(boxes), count, hits);
 }
 
 std::size_t cBoxBatch::intersects(cBoxRay const &beam, cBoundingBoxAA const *boxes, std::size_t count,
@@ -133,7 +116,7 @@ std::size_t cBoxBatch::intersects(cRectRayHitTest const &beam, cBoundingBoxAA co
     copy(query.negLimit, beam.negLimit);
     query.posLimit[0] = beam.posLimit.x;
     query.posLimit[1] = beam.posLimit.y;
-    return kernels().view(query, floatsOf(boxes), count, hits);
+    return boxKernels->view(query, floatsOf(boxes), count, hits);
 }
 
 std::size_t cBoxBatch::intersects(Frustum const &frustum, cBoundingBoxAA const *boxes, std::size_t count,
@@ -144,23 +127,7 @@ std::size_t cBoxBatch::intersects(Frustum const &frustum, cBoundingBoxAA const *
         frustum.getPlane(static_cast<unsigned>(query.count) - 1);
         query.planes = frustum.planes.front();
     }
-    return kernels().frustum(query, floatsOf(boxes), count, hits);
-}
-
-eSimdLevel cBoxBatch::getLevel()
-{
-    return currentLevel.load(std::memory_order_relaxed);
-}
-
-bool cBoxBatch::setLevel(eSimdLevel level)
-{
-    BoxKernels const *const table = kernelsOf(level);
-    if (table == nullptr) {
-        return false;
-    }
-    current.store(table, std::memory_order_relaxed);
-    currentLevel.store(level, std::memory_order_relaxed);
-    return true;
+    return boxKernels->frustum(query, floatsOf(boxes), count, hits);
 }
 
 } // namespace Qel

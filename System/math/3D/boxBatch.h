@@ -15,13 +15,6 @@ class cRectRay;
 class cRectRayHitTest;
 class Frustum;
 
-/// How wide the processor works. Every level gives the same bits.
-enum eSimdLevel : int {
-    SIMD_BASE = 0,   ///< 128 bits, on any processor
-    SIMD_AVX2 = 1,   ///< 256 bits
-    SIMD_AVX512 = 2, ///< 512 bits
-};
-
 /// Tests of one volume against many axis-aligned boxes: the answers of the single tests, several boxes at a
 /// time.
 ///
@@ -65,11 +58,6 @@ public:
     /// @throws Exception 0, "Invalid Plane", if there are fewer planes than are in use
     static std::size_t intersects(Frustum const &frustum, cBoundingBoxAA const *boxes, std::size_t count,
                                   std::uint32_t *hits);
-
-    static eSimdLevel getLevel(); ///< the widest that the processor has, unless setLevel() changed it
-    /// For tests and measurements.
-    /// @return false if the processor lacks the level; nothing changes then
-    static bool setLevel(eSimdLevel level);
 };
 
 } // namespace Qel

@@ -1,5 +1,6 @@
 #include "Support/D3DX/d3dx9math.h"
 
+#include "Support/OS/processorLevel.h"
 #include "Tests/math/near.h"
 #include "Tests/math/referenceTable.inc"
 
@@ -268,11 +269,10 @@ TEST(D3dxPlanes, FollowPointsThroughTheInverseTranspose)
     }
 }
 
-TEST(D3dxWidths, AllGiveTheSameBits)
+TEST(D3dxLevels, AllGiveTheSameBits)
 {
     std::mt19937 random(13);
-    unsigned const before = d3dxWidth();
-    EXPECT_FALSE(d3dxSetWidth(100));
+    os::eProcessorLevel const before = os::processorLevel();
     constexpr unsigned n = 23;
     std::vector<D3DXMATRIX> matrices;
     for (unsigned i = 0; i < n; ++i) {
@@ -285,12 +285,9 @@ TEST(D3dxWidths, AllGiveTheSameBits)
     for (float &f : points) {
         f = matrices[1][static_cast<unsigned>(&f - points.data()) % 16] * 3;
     }
-    for (unsigned const bits : {128u, 256u, 512u}) {
-        if (!d3dxSetWidth(bits)) {
-            continue;
-        }
-        SCOPED_TRACE(bits);
-        EXPECT_EQ(d3dxWidth(), bits);
+    for (std::uint32_t level = 0; level <= os::processorLevelMax(); ++level) {
+        SCOPED_TRACE(level);
+        ASSERT_TRUE(os::setProcessorLevel(static_cast<os::eProcessorLevel>(level)));
         std::vector<D3DXMATRIX> products(n);
         for (unsigned i = 0; i < n; ++i) {
             D3DXMatrixMultiply(&products[i], &matrices[i], &matrices[n - 1 - i]);
@@ -301,14 +298,27 @@ TEST(D3dxWidths, AllGiveTheSameBits)
                                    reinterpret_cast<D3DXVECTOR3 const *>(points.data()),
                                    outStride == 16 ? 12 : 28, matrices.data(), n);
         }
-        if (bits == 128) {
+        if (level == os::PROCESSOR_PLAIN) {
             expected = products;
             expectedPoints = results;
         }
         EXPECT_EQ(std::memcmp(products.data(), expected.data(), n * sizeof(D3DXMATRIX)), 0);
         EXPECT_EQ(std::memcmp(results.data(), expectedPoints.data(), n * 9 * sizeof(float)), 0);
     }
-    d3dxSetWidth(before);
+    os::setProcessorLevel(before);
+}
+
+TEST(ProcessorLevel, ChangesTheKernelsInUseAndRefusesWhatIsNotThere)
+{
+    EXPECT_EQ(os::processorLevel(), os::processorLevelMax()) << "the widest after loading";
+    auto *const widest = d3dxMatrixMultiplyForm;
+    ASSERT_TRUE(os::setProcessorLevel(os::PROCESSOR_PLAIN));
+    EXPECT_EQ(os::processorLevel(), os::PROCESSOR_PLAIN);
+    EXPECT_EQ(d3dxMatrixMultiplyForm == widest, os::processorLevelMax() < os::PROCESSOR_AVX2);
+    EXPECT_FALSE(os::setProcessorLevel(static_cast<os::eProcessorLevel>(os::processorLevelMax() + 1)));
+    EXPECT_EQ(os::processorLevel(), os::PROCESSOR_PLAIN);
+    ASSERT_TRUE(os::setProcessorLevel(os::processorLevelMax()));
+    EXPECT_EQ(d3dxMatrixMultiplyForm, widest);
 }
 
 } // namespace

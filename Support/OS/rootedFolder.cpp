@@ -1,0 +1,232 @@
+#include "Support/OS/rootedFolder.h"
+
+#include "Support/OS/file.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <linux/openat2.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+#include <memory>
+#include <set>
+#include <string_view>
+#include <utility>
+
+namespace os {
+
+namespace {
+
+constexpr unsigned deepest = 64; // folders below the root
+
+std::atomic<bool> beneathWorks{true};
+
+class Handle {
+public:
+    explicit Handle(int handle) : m_handle(handle) {}
+    ~Handle() { reset(-1); }
+    Handle(Handle const &) = delete;
+    Handle &operator=(Handle const &) = delete;
+
+    int get() const { return m_handle; }
+    int release() { return std::exchange(m_handle, -1); }
+    void reset(int handle)
+    {
+        if (m_handle >= 0) {
+            ::close(m_handle);
+        }
+        m_handle = handle;
+    }
+
+private:
+    int m_handle;
+};
+
+struct FolderCloser {
+    void operator()(DIR *folder) const { closedir(folder); }
+};
+
+// Takes the handle over.
+bool readNames(int handle, std::vector<std::string> &names)
+{
+    std::unique_ptr<DIR, FolderCloser> const folder(handle < 0 ? nullptr : fdopendir(handle));
+    if (!folder) {
+        if (handle >= 0) {
+            ::close(handle);
+        }
+        return false;
+    }
+    while (dirent const *const entry = readdir(folder.get())) {
+        if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0) {
+            names.emplace_back(entry->d_name);
+        }
+    }
+    std::sort(names.begin(), names.end());
+    return true;
+}
+
+// Element by element, through no link.
+int openStepByStep(int root, std::string_view path, int flags)
+{
+    Handle folder(-1);
+    for (;;) {
+        std::size_t const slash = path.find('/');
+        std::string const element(path.substr(0, slash));
+        if (element.empty() || element == "..") {
+            errno = EINVAL;
+            return -1;
+        }
+        bool const last = slash == std::string_view::npos;
+        int const from = folder.get() >= 0 ? folder.get() : root;
+        int const next =
+            ::openat(from, element.c_str(), O_NOFOLLOW | O_CLOEXEC | (last ? flags : O_RDONLY | O_DIRECTORY));
+        if (last || next < 0) {
+            return next;
+        }
+        folder.reset(next);
+        path.remove_prefix(slash + 1);
+    }
+}
+
+} // namespace
+
+RootedFolder::~RootedFolder()
+{
+    if (m_handle >= 0) {
+        ::close(m_handle);
+    }
+}
+
+bool RootedFolder::open(char const *path)
+{
+    int const handle = ::open(systemPath(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (handle < 0) {
+        return false;
+    }
+    if (m_handle >= 0) {
+        ::close(m_handle);
+    }
+    m_handle = handle;
+    return true;
+}
+
+int RootedFolder::openInside(char const *path, int flags) const
+{
+    if (beneathWorks.load(std::memory_order_relaxed)) {
+        open_how how{};
+        how.flags = static_cast<std::uint64_t>(flags | O_CLOEXEC);
+        how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
+        long const handle = ::syscall(SYS_openat2, m_handle, path, &how, sizeof how);
+        // A sandbox that does not know the call says that it is not allowed.
+        if (handle >= 0 || (errno != ENOSYS && errno != EPERM)) {
+            return static_cast<int>(handle);
+        }
+    }
+    return openStepByStep(m_handle, path, flags);
+}
+
+struct RootedFolder::Listing {
+    std::vector<File> files;
+    std::set<std::pair<dev_t, ino_t>> entered;
+};
+
+std::vector<RootedFolder::File> RootedFolder::list() const
+{
+    Listing listing;
+    listInto(listing, std::string(), 0);
+    std::sort(listing.files.begin(), listing.files.end(),
+              [](File const &a, File const &b) { return a.path < b.path; });
+    return std::move(listing.files);
+}
+
+// The folder is read and closed before those below it are opened: one handle, however deep.
+void RootedFolder::listInto(Listing &listing, std::string const &folder, unsigned depth) const
+{
+    Handle handle(openInside(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY));
+    struct stat own {};
+    if (handle.get() < 0 || fstat(handle.get(), &own) != 0 ||
+        !listing.entered.insert({own.st_dev, own.st_ino}).second) {
+        return;
+    }
+    std::vector<std::string> names;
+    if (!readNames(handle.release(), names)) {
+        return;
+    }
+    for (std::string const &name : names) {
+        std::string path = folder.empty() ? name : folder + '/' + name;
+        struct stat status {};
+        if (fstatat(m_handle, path.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+            continue;
+        }
+        if (S_ISLNK(status.st_mode)) {
+            Handle const target(openInside(path.c_str(), O_RDONLY | O_NONBLOCK));
+            if (target.get() < 0 || fstat(target.get(), &status) != 0) {
+                continue;
+            }
+        }
+        if (S_ISREG(status.st_mode)) {
+            listing.files.push_back(
+                {std::move(path), static_cast<std::uint64_t>(status.st_size), status.st_mtim.tv_sec});
+        } else if (S_ISDIR(status.st_mode) && depth < deepest) {
+            listInto(listing, path, depth + 1);
+        }
+    }
+}
+
+bool RootedFolder::stat(char const *path, std::uint64_t &size, std::int64_t &modTime) const
+{
+    struct stat status {};
+    if (fstatat(m_handle, path, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        return false;
+    }
+    if (S_ISLNK(status.st_mode)) {
+        Handle const target(openInside(path, O_RDONLY | O_NONBLOCK));
+        if (target.get() < 0 || fstat(target.get(), &status) != 0) {
+            return false;
+        }
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return false;
+    }
+    size = static_cast<std::uint64_t>(status.st_size);
+    modTime = status.st_mtim.tv_sec;
+    return true;
+}
+
+std::size_t RootedFolder::read(char const *path, void *buffer, std::size_t size) const
+{
+    // Without waiting: a pipe may have come in the file's place.
+    Handle const handle(openInside(path, O_RDONLY | O_NONBLOCK));
+    if (handle.get() < 0) {
+        return 0;
+    }
+    std::size_t done = 0;
+    while (done < size) {
+        ssize_t const got = ::read(handle.get(), static_cast<char *>(buffer) + done, size - done);
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got <= 0) {
+            break;
+        }
+        done += static_cast<std::size_t>(got);
+    }
+    return done;
+}
+
+NoBeneathScope::NoBeneathScope()
+{
+    beneathWorks = false;
+}
+
+NoBeneathScope::~NoBeneathScope()
+{
+    beneathWorks = true;
+}
+
+} // namespace os

@@ -1,0 +1,191 @@
+#include "System/Codec/codecs/huffmanDecoder.h"
+
+#include "System/Codec/codecs/bitOrder.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace Qel {
+
+namespace {
+
+constexpr std::uint32_t largestTable = 14; // bits: 64 KiB, which stays in the first cache
+constexpr std::uint32_t smallestTable = 8;
+
+constexpr std::uint32_t bitsOf(std::uint32_t entry)
+{
+    return entry & 63;
+}
+
+constexpr std::uint32_t symbolsOf(std::uint32_t entry)
+{
+    return entry >> 6 & 3;
+}
+
+constexpr std::uint32_t entryOf(std::uint32_t bits, std::uint32_t symbols, std::uint32_t values)
+{
+    return bits | symbols << 6 | values << 8;
+}
+
+} // namespace
+
+HuffmanDecoder::HuffmanDecoder(HuffmanTree const &tree, std::uint64_t expected)
+    : m_tree(tree), m_tableBits(expected >= 32 * 1024 ? largestTable
+                                : expected >= 2048    ? 10
+                                                      : smallestTable)
+{
+    if (m_tree.isLeaf(m_tree.root())) {
+        return;
+    }
+    m_table.resize(std::size_t{1} << m_tableBits);
+    fillSingle();
+    fillMultiple();
+}
+
+void HuffmanDecoder::fillSingle()
+{
+    struct Open {
+        int node;
+        std::uint32_t code;
+        std::uint32_t length;
+    };
+    std::array<Open, HuffmanTree::symbolCount> open{{{m_tree.root(), 0, 0}}};
+    std::size_t depth = 1;
+    while (depth > 0) {
+        Open const top = open[--depth];
+        HuffmanTree::sHuffman const &node = m_tree[top.node];
+        if (node.symbol < 0 && top.length < m_tableBits) {
+            open[depth++] = {node.child[1], top.code | 1u << top.length, top.length + 1};
+            open[depth++] = {node.child[0], top.code, top.length + 1};
+            continue;
+        }
+        std::uint32_t const entry = node.symbol < 0
+                                        ? entryOf(top.length, 0, static_cast<std::uint32_t>(top.node))
+                                        : entryOf(top.length, 1, static_cast<std::uint32_t>(node.symbol));
+        for (std::size_t at = top.code; at < m_table.size(); at += std::size_t{1} << top.length) {
+            m_table[at] = entry;
+        }
+    }
+}
+
+// What is left of an index behind a first code is looked up in turn: downwards, so that the entries met there
+// still hold one symbol each.
+void HuffmanDecoder::fillMultiple()
+{
+    std::vector<std::uint32_t> const single = m_table;
+    for (std::size_t at = 0; at < m_table.size(); ++at) {
+        std::uint32_t bits = bitsOf(single[at]);
+        std::uint32_t symbols = symbolsOf(single[at]);
+        std::uint32_t values = single[at] >> 8;
+        while (symbols > 0 && symbols < 3) {
+            std::uint32_t const next = single[at >> bits];
+            if (symbolsOf(next) == 0 || bits + bitsOf(next) > m_tableBits) {
+                break;
+            }
+            values |= next >> 8 << (8 * symbols);
+            bits += bitsOf(next);
+            ++symbols;
+        }
+        m_table[at] = entryOf(bits, symbols, values);
+    }
+}
+
+int HuffmanDecoder::walk(int node, Bits &bits) const
+{
+    while (!m_tree.isLeaf(node)) {
+        std::uint64_t const byte = bits.position / 8;
+        unsigned bit = 0;
+        if (byte < bits.size) {
+            bit = bits.bytes[byte] >> bits.position % 8 & 1;
+            ++bits.position;
+            if (bits.around && bits.position == std::uint64_t{bits.size} * 8) {
+                bits.position = 0;
+            }
+        }
+        node = m_tree[node].child[bit];
+    }
+    return node;
+}
+
+unsigned char HuffmanDecoder::decodeOne(Bits &bits) const
+{
+    return static_cast<unsigned char>(m_tree[walk(m_tree.root(), bits)].symbol);
+}
+
+// The entry for the next bits is looked up before more bits are taken in, so that the load of those is not
+// waited for: 56 bits are held at the least, and four entries can take 4 times 13 of them.
+unsigned char *HuffmanDecoder::decodeFast(unsigned char *to, unsigned char *end, Bits &bits) const
+{
+    constexpr std::ptrdiff_t roomOfTurn = 16; // three stores of 4 bytes, each 3 at most behind the last one
+    static_assert(4 * largestTable <= 56);
+    if (end - to < roomOfTurn || bits.position / 8 + 16 > bits.size) {
+        return to;
+    }
+    std::uint64_t const mask = m_table.size() - 1;
+    std::uint32_t const *const table = m_table.data();
+    unsigned char const *from = bits.bytes + bits.position / 8;
+    unsigned char const *const lastLoad = bits.bytes + bits.size - 8;
+    std::uint64_t held = load64(from) >> bits.position % 8;
+    std::uint32_t count =
+        56 - static_cast<std::uint32_t>(bits.position % 8); // of held; those above are right, too
+    from += 7;
+    auto const take = [&](std::uint32_t entry) {
+        std::uint32_t const symbols = entry >> 8;
+        std::memcpy(to, &symbols, sizeof(symbols));
+        to += symbolsOf(entry);
+        held >>= bitsOf(entry);
+        count -= bitsOf(entry);
+    };
+    auto const refill = [&] {
+        held |= load64(from) << count;
+        from += (63 - count) / 8;
+        count |= 56;
+    };
+    refill();
+    std::uint32_t entry = table[held & mask];
+    while (end - to >= roomOfTurn && from <= lastLoad) {
+        if (symbolsOf(entry) != 0) [[likely]] {
+            take(entry);
+            entry = table[held & mask];
+        }
+        if (symbolsOf(entry) != 0) [[likely]] {
+            take(entry);
+            entry = table[held & mask];
+        }
+        if (symbolsOf(entry) != 0) [[likely]] {
+            take(entry);
+            entry = table[held & mask];
+            refill();
+            continue;
+        }
+        // Longer than the table: from the node on that it leads to, one bit at a time.
+        std::uint64_t const position = static_cast<std::uint64_t>(from - bits.bytes) * 8 - count;
+        bits.position = position + bitsOf(entry);
+        int const leaf = walk(static_cast<int>(entry >> 8), bits);
+        *to++ = static_cast<unsigned char>(m_tree[leaf].symbol);
+        return to;
+    }
+    bits.position = static_cast<std::uint64_t>(from - bits.bytes) * 8 - count;
+    return to;
+}
+
+void HuffmanDecoder::decode(unsigned char *to, std::size_t count, Bits &bits) const
+{
+    unsigned char *const end = to + count;
+    if (m_table.empty()) {
+        std::memset(to, m_tree[m_tree.root()].symbol, count);
+        return;
+    }
+    while (to < end) {
+        to = decodeFast(to, end, bits);
+        if (to < end && !bits.around && bits.position / 8 >= bits.size) {
+            std::memset(to, decodeOne(bits), static_cast<std::size_t>(end - to));
+            return;
+        }
+        if (to < end) {
+            *to++ = decodeOne(bits);
+        }
+    }
+}
+
+} // namespace Qel

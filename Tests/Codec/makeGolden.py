@@ -1,0 +1,238 @@
+#!/usr/bin/env python3
+"""Writes golden.inc: length and CRC-32 of the streams of all codecs over fixed data.
+
+Works from the formats alone and shares nothing with the library: strings are compared as strings, bits are
+lists of bits. Run it as `makeGolden.py > golden.inc`; Python's own modules are all it needs.
+"""
+import zlib
+
+WORDS = [b"the ", b"engine ", b"of ", b"a ", b"game ", b"loads ", b"and ", b"frames ", b"sound ", b"light ",
+         b"\n", b"particle ", b"mesh ", b"to ", b"in ", b"x = 0;", b"return ", b"// "]
+
+
+def make_data(kind, size, seed):
+    data = bytearray()
+    if kind == "skewed":
+        a, b = 1, 1
+        symbol = 27
+        while len(data) < size and symbol >= 0:
+            data += bytes([symbol]) * a
+            a, b = b, a + b
+            symbol -= 1
+    while len(data) < size:
+        seed = (seed * 1664525 + 1013904223) & 0xFFFFFFFF
+        if kind == "random":
+            data.append(seed >> 24)
+        elif kind == "text":
+            i = seed >> 24
+            data += WORDS[i * i * 18 // 65536]
+        elif kind == "runs":
+            data += bytes([seed >> 28]) * ((seed >> 16 & 63) + 1)
+        elif kind == "ramp":
+            data.append(len(data) & 255)
+        else:
+            data.append(0)
+    return bytes(data[:size])
+
+
+class Bits:
+    """A stream of bits; the first one is the lowest of its byte."""
+
+    def __init__(self):
+        self.bits = []
+
+    def field(self, value, width):
+        self.bits += [value >> (width - 1 - i) & 1 for i in range(width)]
+
+    def aligned_byte(self, byte):
+        while len(self.bits) % 8:
+            self.bits.append(0)
+        self.bits += [byte >> i & 1 for i in range(8)]
+
+    def to_bytes(self):
+        padded = self.bits + [0] * (-len(self.bits) % 8)
+        return bytes(sum(padded[i + k] << k for k in range(8)) for i in range(0, len(padded), 8))
+
+
+def huffman(data):
+    counts = [0] * 256
+    for byte in data:
+        counts[byte] += 1
+    while len(counts) > 1 and counts[-1] == 0:
+        counts.pop()
+    # A tree is a byte or a pair of trees.
+    table = [(count, byte) for byte, count in enumerate(counts)]
+    while len(table) > 1:
+        zero_side, one_side = table.pop(), table.pop()
+        count = zero_side[0] + one_side[0]
+        at = next((i for i, other in enumerate(table) if other[0] < count), len(table))
+        table.insert(at, (count, (zero_side[1], one_side[1])))
+    bits, codes = Bits(), {}
+
+    def visit(tree, code):
+        if isinstance(tree, tuple):
+            bits.field(1, 1)
+            visit(tree[0], code + [0])
+            visit(tree[1], code + [1])
+        else:
+            bits.field(0, 1)
+            bits.aligned_byte(tree)
+            codes[tree] = code
+
+    visit(table[0][1], [])
+    for byte in data:
+        bits.bits += codes[byte]
+    return len(data).to_bytes(4, "little") + bits.to_bytes()
+
+
+class Node:
+    def __init__(self, position, parent):
+        self.position, self.parent, self.below = position, parent, [None, None]
+
+
+class Lz77:
+    """The window's strings in a binary search tree of objects."""
+
+    def __init__(self):
+        self.window = bytearray(4096)
+        self.nodes = {}
+        self.top = None
+
+    def string(self, position):
+        text = self.window[position:position + 17]
+        return bytes(text + self.window[:17 - len(text)])
+
+    def hang(self, parent, node, old):
+        if parent is None:
+            self.top = node
+        else:
+            parent.below[parent.below[1] is old] = node
+        if node is not None:
+            node.parent = parent
+
+    def remove(self, position):
+        node = self.nodes.pop(position, None)
+        if node is None:
+            return
+        if None in node.below:
+            self.hang(node.parent, node.below[node.below[0] is None], node)
+            return
+        largest = node.below[0]
+        while largest.below[1]:
+            largest = largest.below[1]
+        self.remove(largest.position)
+        self.nodes[largest.position] = largest
+        self.take_place(node, largest)
+
+    def take_place(self, old, new):
+        self.hang(old.parent, new, old)
+        new.below = list(old.below)
+        for child in new.below:
+            if child:
+                child.parent = new
+
+    def add(self, position):
+        """Gives the length of the best match and its place."""
+        if position == 0:
+            return 0, None
+        mine, best, where, node = self.string(position), 0, None, self.top
+        while True:
+            other = self.string(node.position)
+            equal = next((i for i in range(17) if mine[i] != other[i]), 17)
+            if equal >= best:
+                best, where = equal, node.position
+            if equal == 17:
+                fresh = Node(position, None)
+                del self.nodes[node.position]
+                self.nodes[position] = fresh
+                self.take_place(node, fresh)
+                return best, where
+            side = mine > other
+            if node.below[side] is None:
+                self.nodes[position] = node.below[side] = Node(position, node)
+                return best, where
+            node = node.below[side]
+
+    def encode(self, data):
+        bits = Bits()
+        ahead = min(17, len(data))
+        self.window[1:1 + ahead] = data[:ahead]
+        read, current, length, where = ahead, 1, 0, None
+        self.top = self.nodes[1] = Node(1, None)
+        while ahead:
+            length = min(length, ahead)
+            if length < 2:
+                bits.field(1, 1)
+                bits.field(self.window[current], 8)
+            else:
+                bits.field(0, 1)
+                bits.field(where, 12)
+                bits.field(length - 2, 4)
+            for _ in range(max(length, 1)):
+                behind = (current + 17) % 4096
+                self.remove(behind)
+                if read < len(data):
+                    self.window[behind] = data[read]
+                    read += 1
+                else:
+                    ahead -= 1
+                current = (current + 1) % 4096
+                if ahead:
+                    length, where = self.add(current)
+        bits.field(0, 13)
+        return bits.to_bytes()
+
+
+def lzw(data):
+    bits, known, width, bump = Bits(), {}, 9, 511
+    if not data:
+        bits.field(256, 9)
+    text = data[:1]
+
+    def code(string):
+        return string[0] if len(string) == 1 else known[string]
+
+    for i in range(1, len(data)):
+        longer = text + data[i:i + 1]
+        if longer in known:
+            text = longer
+            continue
+        bits.field(code(text), width)
+        known[longer] = 259 + len(known)
+        text = data[i:i + 1]
+        count = 259 + len(known)
+        if count == 32768:
+            bits.field(258, width)
+            known, width, bump = {}, 9, 511
+        elif count > bump:
+            bits.field(257, width)
+            width, bump = width + 1, 2 * bump + 1
+    if data:
+        bits.field(code(text), width)
+    bits.field(256, width)
+    return bits.to_bytes()
+
+
+def mtf(data):
+    table, result = list(range(256)), bytearray()
+    for byte in data:
+        place = table.index(byte)
+        result.append(place)
+        table.insert(0, table.pop(place))
+    return bytes(result)
+
+
+CASES = [("random", 1, 1), ("random", 2, 2), ("random", 3, 3), ("random", 300, 4), ("random", 40000, 5),
+         ("text", 17, 6), ("text", 18, 7), ("text", 4096, 8), ("text", 60000, 9), ("runs", 5000, 10),
+         ("runs", 60000, 11), ("ramp", 256, 0), ("ramp", 9000, 0), ("zeros", 17, 0), ("zeros", 20000, 0),
+         ("skewed", 832039, 0)]
+
+if __name__ == "__main__":
+    print("// Made by makeGolden.py: data, size and seed; then length and CRC-32 of the stream of each codec.")
+    for kind, size, seed in CASES:
+        data = make_data(kind, size, seed)
+        streams = [huffman(data), mtf(data)]
+        # The slow ones get a part of the longest data.
+        streams += [Lz77().encode(data[:60000]), lzw(data)]
+        text = ", ".join("{%d, 0x%08X}" % (len(s), zlib.crc32(s)) for s in streams)
+        print('{"%s", %d, %d, {%s}},' % (kind, size, seed, text))

@@ -1,0 +1,329 @@
+#include "Tests/Patterns/resourceFixture.h"
+
+#include <limits>
+
+namespace Qel {
+namespace {
+
+using Resource = TestMgr::Resource;
+
+std::string named(int number)
+{
+    return "r" + std::to_string(number);
+}
+
+// Registers and loads that many resources of the same size, one a tick.
+void fill(TestMgr &manager, int count, unsigned int bytes)
+{
+    for (int i = 0; i < count; ++i) {
+        manager.add(named(i).c_str(), bytes, PRIORITY_MOST_URGENT);
+        cResourceManager::resourceMgrTick();
+    }
+}
+
+std::string loadedOnes(TestMgr &manager, int count)
+{
+    std::string result;
+    for (int i = 0; i < count; ++i) {
+        unsigned int const id = manager.nameToID(named(i).c_str());
+        result += id == 0 ? '-' : static_cast<Resource *>(manager.getByID(id, false))->isLoaded() ? 'x' : '.';
+    }
+    return result;
+}
+
+TEST_F(ResourceMgr, EvictsTheOldestDownToThreeQuarters)
+{
+    struct {
+        char const *what;
+        unsigned int budget, flags;
+        int referenced; // or -1
+        unsigned int usage;
+        char const *left;
+    } const rows[] = {
+        {"below", 1000, 0, -1, 1000, "xxxxxxxxxx"},
+        {"down to below 675", 900, 0, -1, 600, "----xxxxxx"},
+        {"exactly three quarters is not enough", 800, 0, -1, 500, "-----xxxxx"},
+        {"no limit", 0, 0, -1, 1000, "xxxxxxxxxx"},
+        {"all but what was just used", 1, 0, -1, 200, "--------xx"},
+        {"not what is referenced", 900, 0, 0, 600, "x----xxxxx"},
+        {"unloads the referenced too and destroys none", 900, 2, 0, 600, "....xxxxxx"},
+    };
+    for (auto const &row : rows) {
+        SCOPED_TRACE(row.what);
+        TestMgr manager(0, row.flags);
+        fill(manager, 10, 100);
+        if (row.referenced >= 0) {
+            manager.at(manager.nameToID(named(row.referenced).c_str()))->incRefCount();
+            manager.at(manager.nameToID(named(row.referenced).c_str()))->m_lastAccess = 1;
+        }
+        manager.at(10)->m_lastAccess = cResourceManager::getResourceMgrTick();
+        manager.setMemoryBudget(row.budget);
+        EXPECT_EQ(manager.getMemoryBudget(), row.budget);
+        EXPECT_EQ(manager.getMemoryUsage(), row.usage);
+        EXPECT_EQ(loadedOnes(manager, 10), row.left);
+    }
+}
+
+TEST_F(ResourceMgr, TakesNothingThatWasUsedInTheLastThreeTicks)
+{
+    for (int age = 0; age < 5; ++age) {
+        TestMgr manager;
+        manager.add("r0", 100, PRIORITY_MOST_URGENT);
+        ticks(age);
+        manager.setMemoryBudget(10);
+        EXPECT_EQ(manager.getMemoryUsage(), age < 3 ? 100u : 0u) << age;
+    }
+    // The tick comes round: of what was used before that nothing is old, so nothing goes.
+    cResourceManager::mResourceMgrTick = 0xFFFFFFFD;
+    TestMgr manager;
+    fill(manager, 4, 100);
+    ticks(2);
+    manager.setMemoryBudget(10);
+    EXPECT_EQ(manager.getMemoryUsage(), 300u);
+    EXPECT_EQ(loadedOnes(manager, 4), "xxx-") << "the last one is of the new count";
+}
+
+TEST_F(ResourceMgr, EvictsBatchByBatchUntilTheTargetIsMet)
+{
+    struct {
+        unsigned int budget;
+        unsigned int usage;
+    } const rows[] = {{2000, 1499}, {1000, 749}, {4, 2}, {1, 0}};
+    for (auto const &row : rows) {
+        TestMgr manager;
+        for (int i = 0; i < 2500; ++i) {
+            manager.add(named(i).c_str(), 1, PRIORITY_MOST_URGENT);
+        }
+        ticks(3);
+        manager.setMemoryBudget(row.budget);
+        EXPECT_EQ(manager.getMemoryUsage(), row.usage) << row.budget;
+        StringVector left;
+        EXPECT_EQ(manager.getAllResources(left), row.usage);
+    }
+}
+
+TEST_F(ResourceMgr, KeepsItsAccountsWhateverAResourceSays)
+{
+    TestMgr manager;
+    Resource &a = manager.add("a", 100, PRIORITY_MOST_URGENT);
+    Resource &b = manager.add("b", 50, PRIORITY_MOST_URGENT);
+    a.m_size = 100000;
+    b.m_size = 0;
+    manager.unloadResource(1);
+    EXPECT_EQ(manager.getMemoryUsage(), 50u);
+    manager.unloadResource(2);
+    EXPECT_EQ(manager.getMemoryUsage(), 0u);
+
+    Resource &born = manager.add("born loaded", 10);
+    born.m_loaded = true;
+    born.m_size = 10;
+    manager.unloadResource(3);
+    EXPECT_EQ(manager.getMemoryUsage(), 0u) << "what was never added is not taken off";
+
+    Resource copy = a;
+    copy.m_loaded = true;
+    copy.m_size = 7;
+    manager.unloadResource(copy);
+    EXPECT_EQ(manager.getMemoryUsage(), 0u);
+    EXPECT_FALSE(copy.isLoaded());
+    manager.takeCalls();
+    manager.unloadAndDestroyResource(&copy);
+    EXPECT_EQ(manager.takeCalls(), "") << "it is none of the manager's";
+
+    a.decRefCount();
+    a.decRefCount();
+    EXPECT_EQ(a.getRefCount(), 0u);
+
+    for (unsigned int const bytes : {0xFFFFFFF0u, 0x20u}) {
+        manager.add(named(static_cast<int>(bytes % 7)).c_str(), bytes, PRIORITY_MOST_URGENT);
+    }
+    EXPECT_EQ(manager.getMemoryUsage(), 0xFFFFFFFFu) << "does not come round";
+    ticks(3);
+    manager.setMemoryBudget(0x100);
+    EXPECT_LE(manager.getMemoryUsage(), 0x20u);
+}
+
+// Above a third of 4 GiB three quarters are worked out modulo 2^32: 0x80000000 gives 0x20000000.
+TEST_F(ResourceMgr, WorksTheTargetOutIn32Bits)
+{
+    TestMgr manager;
+    fill(manager, 5, 0x20000000);
+    ticks(3);
+    manager.setMemoryBudget(0x80000000);
+    EXPECT_EQ(manager.getMemoryUsage(), 0u);
+}
+
+// Everything that is called may do as it likes with the manager. The sanitizers are the judge of much of it.
+TEST_F(ResourceMgr, BearsWhatItsResourcesDo)
+{
+    struct Setting {
+        TestMgr &manager;
+        Resource &a, &b;
+    };
+    struct {
+        char const *what;
+        std::function<void(Setting &)> prepare;
+        std::function<void(Setting &)> act;
+    } const rows[] = {
+        {"load registers until the tables move",
+         [](Setting &s) { s.a.onLoad = [&manager = s.manager] { fill(manager, 1000, 1); }; },
+         [](Setting &s) { EXPECT_TRUE(s.manager.getByID(1, true) == &s.a && s.a.isLoaded()); }},
+        {"load destroys another",
+         [](Setting &s) {
+             s.b.m_loaded = true;
+             s.a.onLoad = [&manager = s.manager] { manager.Unregister(2, true); };
+         },
+         [](Setting &s) {
+             EXPECT_EQ(s.manager.getByID(1, true), &s.a);
+             EXPECT_EQ(s.manager.getByID(2, true), nullptr);
+         }},
+        {"a callback that unregisters its own",
+         [](Setting &s) {
+             s.a.loadsItself = false;
+             s.a.onStream = [&manager = s.manager] {
+                 manager.Unregister(1, true);
+                 manager.Unregister(1, true);
+                 EXPECT_EQ(manager.takeCalls(), "load forced unload ");
+             };
+         },
+         [](Setting &s) {
+             EXPECT_EQ(s.manager.getByID(1, true), &s.a);
+             EXPECT_FALSE(s.a.isLoaded());
+             EXPECT_EQ(s.a.getRefCount(), 0u);
+         }},
+        {"load asks for itself, and for what asks for it",
+         [](Setting &s) {
+             s.a.onLoad = [&manager = s.manager] {
+                 EXPECT_NE(manager.getByID(1, true), nullptr);
+                 EXPECT_NE(manager.getByID(2, true), nullptr);
+             };
+             s.b.onLoad = [&manager = s.manager] { EXPECT_NE(manager.getByID(1, true), nullptr); };
+         },
+         [](Setting &s) {
+             s.manager.getByID(1, true);
+             EXPECT_TRUE(s.a.isLoaded() && s.b.isLoaded());
+             EXPECT_EQ(s.manager.takeCalls(), "load load ");
+             EXPECT_EQ(s.manager.getMemoryUsage(), 200u);
+         }},
+        {"a callback that asks for itself and sets the budget",
+         [](Setting &s) {
+             s.a.loadsItself = false;
+             s.a.takesData = false;
+             s.a.onStream = [&manager = s.manager] {
+                 manager.getByID(1, true);
+                 manager.setMemoryBudget(1);
+                 manager.setMemoryBudget(0);
+             };
+         },
+         [](Setting &s) {
+             s.manager.getByID(1, true);
+             EXPECT_EQ(s.manager.takeCalls(), "load forced ");
+         }},
+        {"a callback that destroys all but its own",
+         [](Setting &s) {
+             s.a.loadsItself = false;
+             s.a.onStream = [&manager = s.manager] {
+                 manager.at(2)->m_loaded = true;
+                 manager.Unregister(2, true);
+                 manager.Unregister(1, false);
+             };
+         },
+         [](Setting &s) {
+             s.manager.getByID(1, true);
+             EXPECT_EQ(s.manager.getByID(2, false), nullptr);
+         }},
+        {"unload unloads itself, loads and evicts",
+         [](Setting &s) {
+             s.manager.getByID(1, true);
+             s.a.onUnload = [&manager = s.manager] {
+                 manager.unloadResource(1);
+                 manager.getByID(1, true);
+                 manager.getByID(2, true);
+                 manager.setMemoryBudget(1);
+             };
+         },
+         [](Setting &s) {
+             s.manager.unloadResource(1);
+             EXPECT_FALSE(s.a.isLoaded());
+             EXPECT_EQ(s.manager.getMemoryUsage(), 100u);
+         }},
+        {"eviction in which each one takes the next along",
+         [](Setting &s) {
+             fill(s.manager, 800, 1);
+             for (unsigned int i = 3; i < 800; ++i) {
+                 s.manager.at(i)->onUnload = [&manager = s.manager, i] {
+                     manager.Unregister(i % 2 == 0 ? i - 1 : i + 1, true);
+                     manager.checkUsage();
+                 };
+             }
+             ticks(3);
+         },
+         [](Setting &s) {
+             s.manager.setMemoryBudget(100);
+             EXPECT_LT(s.manager.getMemoryUsage(), 76u);
+         }},
+        {"eviction that is called off half-way",
+         [](Setting &s) {
+             fill(s.manager, 800, 1);
+             s.manager.at(3)->onUnload = [&manager = s.manager] { manager.setMemoryBudget(0); };
+             s.manager.at(3)->m_lastAccess = 1;
+             ticks(3);
+         },
+         [](Setting &s) {
+             s.manager.setMemoryBudget(100);
+             EXPECT_GE(s.manager.getMemoryUsage(), 700u);
+         }},
+        {"unload that makes somebody refer to it",
+         [](Setting &s) {
+             s.manager.getByID(1, true);
+             s.a.onUnload = [&a = s.a] { a.incRefCount(); };
+         },
+         [](Setting &s) {
+             s.manager.unloadAndDestroyResource(&s.a);
+             EXPECT_EQ(s.manager.getByID(1, false), &s.a);
+         }},
+        {"destroy that unregisters it again, registers and ends all",
+         [](Setting &s) {
+             s.manager.getByID(1, true);
+             s.manager.onDestroy = [&manager = s.manager] {
+                 manager.onDestroy = nullptr;
+                 manager.Unregister(1, true);
+                 manager.add("late", 1, PRIORITY_MOST_URGENT);
+                 manager.unloadAndDestroyAll();
+                 manager.add("later", 1);
+             };
+         },
+         [](Setting &s) {
+             s.manager.Unregister(1, true);
+             EXPECT_EQ(s.manager.nameToID("later"), 1u);
+             EXPECT_EQ(s.manager.getMemoryUsage(), 0u);
+         }},
+        {"destroy that registers while all is ended",
+         [](Setting &s) {
+             s.manager.onDestroy = [&manager = s.manager] {
+                 manager.onDestroy = nullptr;
+                 manager.add("a late one", 1, PRIORITY_MOST_URGENT);
+                 manager.add("b", 1, PRIORITY_MOST_URGENT);
+             };
+         },
+         [](Setting &s) {
+             s.manager.unloadAndDestroyAll();
+             StringVector left;
+             EXPECT_EQ(s.manager.getAllResources(left), 0u);
+             EXPECT_EQ(s.manager.getMemoryUsage(), 0u);
+         }},
+    };
+    for (auto const &row : rows) {
+        SCOPED_TRACE(row.what);
+        TestMgr manager(0, 0);
+        manager.addArchive(archive);
+        Setting setting{manager, manager.add("a", 100), manager.add("b", 100)};
+        row.prepare(setting);
+        manager.takeCalls();
+        row.act(setting);
+        manager.onDestroy = nullptr;
+    }
+}
+
+} // namespace
+} // namespace Qel
