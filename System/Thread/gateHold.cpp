@@ -10,8 +10,8 @@ constinit thread_local GateHold *innermost = nullptr;
 
 } // namespace
 
-GateHold::GateHold(void const *object, std::size_t bytes)
-    : m_begin(static_cast<char const *>(object)), m_end(m_begin + bytes), m_outer(innermost)
+GateHold::GateHold(void *object, std::size_t bytes)
+    : m_begin(static_cast<char *>(object)), m_end(m_begin + bytes), m_outer(innermost)
 {
     innermost = this;
 }

@@ -14,7 +14,7 @@ namespace Qel {
 /// @par Threads  Made and destroyed on the thread that builds the object, in the order of a stack.
 class QEL_API GateHold {
 public:
-    GateHold(void const *object, std::size_t bytes);
+    GateHold(void *object, std::size_t bytes);
     ~GateHold(); ///< the object is complete, or its constructors have thrown and it is gone
 
     GateHold(GateHold const &) = delete;
