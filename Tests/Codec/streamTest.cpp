@@ -4,10 +4,11 @@
 #include "System/Codec/codecs/codec_mtf.h"
 #include "System/File/fileBit.h"
 #include "System/File/fileBitOld.h"
-#include "System/math/kernelLevel.h"
 #include "Tests/Codec/plainCodecs.h"
 #include "Tests/Codec/testData.h"
 #include "Tests/Tools/vectorFile.h"
+
+#include "Support/OS/processorLevel.h"
 
 #include <gtest/gtest.h>
 #include <zlib.h>
@@ -245,9 +246,9 @@ TEST(CodecMtf, EveryLevelOfTheProcessorGivesTheSameBytes)
     }
     std::string const stream = plain::encodeMtf(data);
     cCodecMTF codec;
-    for (std::uint32_t level = 0; level <= kernelLevelMax(); ++level) {
+    for (std::uint32_t level = 0; level <= os::processorLevelMax(); ++level) {
         SCOPED_TRACE(level);
-        ASSERT_TRUE(setKernelLevel(static_cast<eKernelLevel>(level)));
+        ASSERT_TRUE(os::setProcessorLevel(static_cast<os::eProcessorLevel>(level)));
         EXPECT_TRUE(test::encoded(codec, data) == stream);
         EXPECT_TRUE(test::decoded(codec, stream) == data);
     }

@@ -1,6 +1,6 @@
 #include "System/Codec/codecs/moveToFront.h"
 
-#include "System/math/kernelLevel.h"
+#include "Support/OS/processorLevel.h"
 
 #include <algorithm>
 #include <cstring>
@@ -16,10 +16,10 @@ MoveToFront::MoveToFront()
 void MoveToFront::encode(unsigned char const *from, unsigned char *to, std::size_t count)
 {
 #if defined(__x86_64__)
-    if (kernelLevel() >= KERNEL_AVX512) {
+    if (os::processorLevel() >= os::PROCESSOR_AVX512) {
         return encodeAvx512(from, to, count);
     }
-    if (kernelLevel() >= KERNEL_SSE42) {
+    if (os::processorLevel() >= os::PROCESSOR_SSE42) {
         return encodeSse42(from, to, count);
     }
 #endif
@@ -29,10 +29,10 @@ void MoveToFront::encode(unsigned char const *from, unsigned char *to, std::size
 void MoveToFront::decode(unsigned char const *from, unsigned char *to, std::size_t count)
 {
 #if defined(__x86_64__)
-    if (kernelLevel() >= KERNEL_AVX512) {
+    if (os::processorLevel() >= os::PROCESSOR_AVX512) {
         return decodeAvx512(from, to, count);
     }
-    if (kernelLevel() >= KERNEL_SSE42) {
+    if (os::processorLevel() >= os::PROCESSOR_SSE42) {
         return decodeSse42(from, to, count);
     }
 #endif
