@@ -20,3 +20,10 @@ std::size_t virtualSlot(Result (Class::*operation)(Arguments...) const)
 {
     return virtualSlot(reinterpret_cast<Result (Class::*)(Arguments...)>(operation));
 }
+
+/// Whether these operations stand one behind the other from place @p first on.
+template <class... Operations>
+bool standInOrder(std::size_t first, Operations... operations)
+{
+    return ((virtualSlot(operations) == first++) && ...);
+}

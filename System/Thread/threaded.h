@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <new>
+#include <type_traits>
 #include <utility>
 
 namespace Qel {
@@ -26,8 +27,9 @@ template <class T>
 class tThreaded final : public T {
 public:
     template <class... Arguments>
-    explicit tThreaded(Arguments &&...arguments)
-        : tThreaded(GateHold(this, sizeof(tThreaded)), Complete(), std::forward<Arguments>(arguments)...)
+    requires(!(std::is_same_v<std::remove_cvref_t<Arguments>, GateHold> ||
+               ...)) explicit tThreaded(Arguments &&...arguments)
+        : tThreaded(GateHold(this, sizeof(tThreaded)), std::forward<Arguments>(arguments)...)
     {
     }
 
@@ -59,12 +61,10 @@ public:
     }
 
 private:
-    struct Complete {};
-
     // The hold lives as long as the call, so the gate cannot open by itself however long the constructors
     // take.
     template <class... Arguments>
-    tThreaded(GateHold const &, Complete, Arguments &&...arguments) : T(std::forward<Arguments>(arguments)...)
+    explicit tThreaded(GateHold const &, Arguments &&...arguments) : T(std::forward<Arguments>(arguments)...)
     {
         this->_beginSteps();
     }

@@ -2,6 +2,7 @@
 #include "System/Codec/codecs/codec_lz77.h"
 #include "System/Codec/codecs/codec_lzw.h"
 #include "System/Codec/codecs/codec_mtf.h"
+#include "System/Codec/codecs/codec_zip.h"
 #include "System/File/fileBit.h"
 #include "System/File/fileBitOld.h"
 #include "Tests/Codec/plainCodecs.h"
@@ -15,6 +16,7 @@
 
 #include <memory>
 #include <random>
+#include <thread>
 
 namespace Qel {
 namespace {
@@ -236,6 +238,24 @@ TEST_F(CodecStream, AnOutputThatTakesNoMoreIsTold)
         EXPECT_FALSE(coder.codec->decode(in, back));
         EXPECT_TRUE(data.compare(0, back.bytes.size(), back.content()) == 0);
     }
+}
+
+TEST_F(CodecStream, ThreadsWorkAtTheSameTimeWithObjectsOfTheirOwn)
+{
+    std::string const data = test::makeData("text", 30'000, 6);
+    auto const work = [&data] {
+        cCodecHuffman huffman;
+        cCodecLZ77 lz77;
+        cCodecLZW lzw;
+        cCodecMTF mtf;
+        cCodecZIP zip;
+        for (iCodec *const codec : std::initializer_list<iCodec *>{&huffman, &lz77, &lzw, &mtf, &zip}) {
+            EXPECT_TRUE(test::decoded(*codec, test::encoded(*codec, data)) == data);
+        }
+    };
+    std::thread second(work);
+    work();
+    second.join();
 }
 
 TEST(CodecMtf, EveryLevelOfTheProcessorGivesTheSameBytes)

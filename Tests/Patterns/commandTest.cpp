@@ -7,7 +7,6 @@
 #include <functional>
 #include <limits>
 #include <string>
-#include <vector>
 
 namespace Qel {
 namespace {
@@ -77,7 +76,6 @@ TEST_F(MacroCommand, RunsASingleCommandAlsoWhenItIsTakenOutFirst)
     macro.executeSingle(3, 1);
     macro.executeSingle(-1, 1);
     EXPECT_EQ(trace, "bb");
-    EXPECT_EQ(macro.numSubCommands(), 3);
 }
 
 TEST_F(MacroCommand, EndsWhenACommandEmptiesTheListItRunsFrom)
@@ -90,17 +88,10 @@ TEST_F(MacroCommand, EndsWhenACommandEmptiesTheListItRunsFrom)
 TEST_F(MacroCommand, KeepsTheOrderOfItsOperations)
 {
     using M = cMacroCommand;
-    std::size_t const slots[] = {virtualSlot(&cCommand::execute),
-                                 virtualSlot(&M::add),
-                                 virtualSlot<M, void, int>(&M::remove),
-                                 virtualSlot<M, void, cCommand *>(&M::remove),
-                                 virtualSlot(&M::removeAll),
-                                 virtualSlot(&M::executeFrom),
-                                 virtualSlot(&M::executeSingle),
-                                 virtualSlot(&M::numSubCommands)};
-    for (std::size_t i = 1; i < std::size(slots); ++i) {
-        EXPECT_EQ(slots[i], slots[0] + i);
-    }
+    EXPECT_TRUE(standInOrder(virtualSlot(&cCommand::execute), &cCommand::execute, &M::add,
+                             static_cast<void (M::*)(int)>(&M::remove),
+                             static_cast<void (M::*)(cCommand *)>(&M::remove), &M::removeAll, &M::executeFrom,
+                             &M::executeSingle, &M::numSubCommands));
 }
 
 } // namespace

@@ -1,25 +1,14 @@
 #include "System/System/export.h"
 
-extern "C" {
-QEL_API void createPlatformConfigDialog()
-{
-}
-QEL_API void createPlatformErrorDialog()
-{
-}
-QEL_API void createPlatformInputReader()
-{
-}
-QEL_API void createPlatformSplashDialog()
-{
-}
-QEL_API void destroyPlatformConfigDialog()
-{
-}
-QEL_API void destroyPlatformErrorDialog()
-{
-}
-QEL_API void destroyPlatformInputReader()
-{
-}
-}
+#define EMPTY_EXPORT(name)                                                                                   \
+    extern "C" QEL_API void name()                                                                           \
+    {                                                                                                        \
+    }
+
+EMPTY_EXPORT(createPlatformConfigDialog)
+EMPTY_EXPORT(createPlatformErrorDialog)
+EMPTY_EXPORT(createPlatformInputReader)
+EMPTY_EXPORT(createPlatformSplashDialog)
+EMPTY_EXPORT(destroyPlatformConfigDialog)
+EMPTY_EXPORT(destroyPlatformErrorDialog)
+EMPTY_EXPORT(destroyPlatformInputReader)

@@ -8,8 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <vector>
-
 namespace Qel {
 namespace {
 
@@ -18,33 +16,15 @@ TEST(PlatformInterfaces, KeepTheOrderOfTheirOperations)
 {
     using R = InputReader;
     using S = RenderSystem;
-    struct {
-        char const *what;
-        std::size_t first;
-        std::vector<std::size_t> slots;
-    } const rows[] = {
-        {"ConfigDialog", 2, {virtualSlot(&ConfigDialog::display)}},
-        {"ErrorDialog", 0, {virtualSlot(&ErrorDialog::display)}},
-        {"SplashDialog", 2, {virtualSlot(&SplashDialog::display), virtualSlot(&SplashDialog::setProgress)}},
-        {"InputReader",
-         2,
-         {virtualSlot(&R::initialise), virtualSlot(&R::release), virtualSlot(&R::capture),
-          virtualSlot(&R::isKeyDown), virtualSlot(&R::getMouseState), virtualSlot(&R::getNextKey),
-          virtualSlot(&R::getNextMouse), virtualSlot(&R::flushBuffers), virtualSlot(&R::feedKey),
-          virtualSlot(&R::feedMouse), virtualSlot(&R::setMouseArea), virtualSlot(&R::setMousePosition),
-          virtualSlot(&R::showPointer), virtualSlot(&R::hasFocus), virtualSlot(&R::getLocalizedKeyName),
-          virtualSlot(&R::setBufferedInput)}},
-        {"RenderSystem",
-         2,
-         {virtualSlot(&S::getName), virtualSlot(&S::initialise), virtualSlot(&S::resize),
-          virtualSlot(&S::beginFrame), virtualSlot(&S::endFrame), virtualSlot(&S::shutdown)}},
-    };
-    for (auto const &row : rows) {
-        SCOPED_TRACE(row.what);
-        for (std::size_t i = 0; i < row.slots.size(); ++i) {
-            EXPECT_EQ(row.slots[i], row.first + i);
-        }
-    }
+    EXPECT_TRUE(standInOrder(2, &ConfigDialog::display));
+    EXPECT_TRUE(standInOrder(0, &ErrorDialog::display));
+    EXPECT_TRUE(standInOrder(2, &SplashDialog::display, &SplashDialog::setProgress));
+    EXPECT_TRUE(standInOrder(2, &R::initialise, &R::release, &R::capture, &R::isKeyDown, &R::getMouseState,
+                             &R::getNextKey, &R::getNextMouse, &R::flushBuffers, &R::feedKey, &R::feedMouse,
+                             &R::setMouseArea, &R::setMousePosition, &R::showPointer, &R::hasFocus,
+                             &R::getLocalizedKeyName, &R::setBufferedInput));
+    EXPECT_TRUE(
+        standInOrder(2, &S::getName, &S::initialise, &S::resize, &S::beginFrame, &S::endFrame, &S::shutdown));
 }
 
 } // namespace

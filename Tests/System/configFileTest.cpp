@@ -1,29 +1,17 @@
 #include "System/System/configFile.h"
 
 #include "System/System/exception.h"
+#include "Tests/Tools/tempFolder.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 namespace Qel {
 namespace {
 
 struct ConfigFiles : testing::Test {
-    ~ConfigFiles() override { std::filesystem::remove_all(folder); }
-
-    void write(std::string const &text) const { std::ofstream(path, std::ios::binary) << text; }
-
-    std::string read() const
-    {
-        std::ifstream file(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
     // All settings as "<key|value>" in order.
     static std::string all(ConfigFile &config)
     {
@@ -34,10 +22,8 @@ struct ConfigFiles : testing::Test {
         return text;
     }
 
-    std::string folder =
-        std::filesystem::temp_directory_path() /
-        (std::string("qelConfigFile") + testing::UnitTest::GetInstance()->current_test_info()->name());
-    std::string path = (std::filesystem::create_directories(folder), folder + "/a.cfg");
+    test::TempFolder const folder;
+    String const path = "a.cfg";
 };
 
 TEST_F(ConfigFiles, ReadsALineAtATimeInPiecesOf99Characters)
@@ -56,7 +42,6 @@ TEST_F(ConfigFiles, ReadsALineAtATimeInPiecesOf99Characters)
         {"comments at the start of a line only", "#a=b\n@c=d\n  #e=f\ng=#h\n", "<g|#h>"},
         {"no key or no value", "key=\n=value\n =value\nkey\n\n", ""},
         {"a value of blanks is there, and empty", "key= \n", "<key|>"},
-        {"no newline at the end", "a=b\nc=d", "<a|b>"},
         {"order by key, and as in the file within a key", "b=2\na=z\na=y\na=x\n", "<a|z><a|y><a|x><b|2>"},
         {"98 characters and the newline", "key=" + std::string(94, 'v') + "\n",
          "<key|" + std::string(94, 'v') + ">"},
@@ -71,7 +56,7 @@ TEST_F(ConfigFiles, ReadsALineAtATimeInPiecesOf99Characters)
 
     for (auto const &row : rows) {
         SCOPED_TRACE(row.what);
-        write(row.text);
+        test::writeFile("a.cfg", row.text);
         ConfigFile config;
         config.load(path, "=:");
         EXPECT_EQ(all(config), row.settings);
@@ -80,7 +65,7 @@ TEST_F(ConfigFiles, ReadsALineAtATimeInPiecesOf99Characters)
 
 TEST_F(ConfigFiles, GivesTheFirstValueOrAllOfThem)
 {
-    write("Plugin=one\nPlugin=two\nOther=x\nPlugin=three\n");
+    test::writeFile("a.cfg", "Plugin=one\nPlugin=two\nOther=x\nPlugin=three\n");
     ConfigFile config;
     config.load(path, "=");
     EXPECT_EQ(config.getSetting("Plugin"), "one");
@@ -91,26 +76,26 @@ TEST_F(ConfigFiles, GivesTheFirstValueOrAllOfThem)
 
 TEST_F(ConfigFiles, WritesBackWhatItLoadsAgain)
 {
-    write("# gone\nb:two words\na:1\na:2\n");
+    test::writeFile("a.cfg", "# gone\nb:two words\na:1\na:2\n");
     ConfigFile config;
     config.load(path, ":");
     config.setSetting("a", "first");
     config.setSetting("c", 4294967295u);
     config.setSetting("d", 7u);
     config.save();
-    EXPECT_EQ(read(), "a = first\na = 2\nb = two words\nc = -1\nd = 7\n");
+    EXPECT_EQ(test::readFile("a.cfg"), "a = first\na = 2\nb = two words\nc = -1\nd = 7\n");
 
     ConfigFile again;
     again.load(path, "=");
     EXPECT_EQ(all(again), all(config));
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1) << "nothing is left aside";
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator("."), {}), 1) << "nothing is left aside";
 }
 
 TEST_F(ConfigFiles, ThrowsForAMissingFileAndForAFolderAndIsEmptyThen)
 {
-    write("a=b\n");
+    test::writeFile("a.cfg", "a=b\n");
     ConfigFile config;
-    for (std::string const &missing : {folder + "/none.cfg", folder}) {
+    for (String const &missing : {String("none.cfg"), String(".")}) {
         SCOPED_TRACE(missing);
         config.load(path, "=");
         try {
@@ -130,14 +115,7 @@ TEST_F(ConfigFiles, ThrowsForAMissingFileAndForAFolderAndIsEmptyThen)
 
 TEST_F(ConfigFiles, PassesOverALineOf100Megabytes)
 {
-    {
-        std::ofstream file(path, std::ios::binary);
-        std::string const megabyte(1 << 20, '=');
-        for (int i = 0; i < 100; ++i) {
-            file << megabyte;
-        }
-        file << "\na=b\n";
-    }
+    test::writeFile("a.cfg", std::string(100 << 20, '=') + "\na=b\n");
     ConfigFile config;
     config.load(path, "=");
     EXPECT_EQ(all(config), "<a|b>");

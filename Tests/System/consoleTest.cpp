@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -16,33 +15,6 @@ struct Console : testing::Test {
     Configurable<float> height{"con.player.height", 1.75f};
     Configurable<bool> fly{"con.fly", false};
 };
-
-TEST_F(Console, SetsFromAnAssignment)
-{
-    struct {
-        char const *assignment;
-        char const *error; // empty if it is done
-    } const rows[] = {
-        {"con.player.health=12", ""},
-        {"  con.player.health\t =  13 \n", ""},
-        {"con.player.health = 14 = 15", ""},
-        {"con.player.health=", ""},
-        {"con.player.health", "'con.player.health' is not name=value"},
-        {"=3", "'=3' is not name=value"},
-        {"", "'' is not name=value"},
-        {"con.player.healt=3", "no variable 'con.player.healt'; did you mean 'con.player.health'?"},
-        {"zzz=3", "no variable 'zzz'"},
-    };
-    int const values[] = {12, 13, 14, 0};
-    std::size_t row = 0;
-    for (auto const &[assignment, expected] : rows) {
-        SCOPED_TRACE(assignment);
-        std::string error;
-        EXPECT_EQ(console::set(assignment, error), *expected == '\0');
-        EXPECT_EQ(error, expected);
-        EXPECT_EQ(health, values[std::min<std::size_t>(row++, 3)]);
-    }
-}
 
 TEST_F(Console, ListsAndCompletes)
 {
@@ -64,16 +36,15 @@ TEST_F(Console, AnswersWhatIsTyped)
         char const *answer;
     } const rows[] = {
         {"", ""},
-        {"  \t", ""},
         {" con.fly ", "con.fly = 0"},
         {"con.fly=7", "con.fly = 1"},
-        {"con.fly 0", "con.fly = 0"},
+        {"  con.player.health\t =  14 = 15 \n", "con.player.health = 14"},
+        {"con.player.health=", "con.player.health = 0"},
         {"con.fly = On", "con.fly = 1"},
         {"con.fly false", "con.fly = 0"},
         {"con.player.height = 2.5e3", "con.player.height = 2500"},
         {"con.player.health nonsense", "con.player.health = 0"},
         {"list con.f", "con.fly = 0"},
-        {"list no such", "no variable with 'no such'"},
         {"con.fl", "no variable 'con.fl'; did you mean 'con.fly'?"},
         {"list=3", "no variable 'list'"},
         {"=", "'=' is not name=value"},

@@ -1,6 +1,6 @@
 #include "System/System/deprecationMgr.h"
 
-#include "Support/OS/debug.h"
+#include "Tests/Tools/debugText.h"
 
 #include <gtest/gtest.h>
 
@@ -10,19 +10,14 @@
 namespace Qel {
 namespace {
 
-std::string *output = nullptr;
-
 struct Deprecation : testing::Test {
-    Deprecation() { output = &text; }
-
     std::string report()
     {
         manager.reset();
-        return text;
+        return debug.text();
     }
 
-    std::string text;
-    os::DebugSinkScope sink{[](char const *line) { *output += line; }};
+    test::DebugText debug;
     std::unique_ptr<DeprecationMgr> manager = std::make_unique<DeprecationMgr>();
 };
 

@@ -1,12 +1,12 @@
 #include "System/System/exception.h"
 #include "System/System/logManager.h"
 
+#include "Tests/Tools/inThreads.h"
 #include "Tests/Tools/tempFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <optional>
-#include <thread>
 
 namespace Qel {
 namespace {
@@ -41,9 +41,8 @@ TEST(Exception, OnlyTheLowHalfOfTheNumberAndAKnownLineAreShown)
                  "\nStack unwinding:\n- <<callstack>>\n");
 
     Exception const negative(-1, "d", "s", nullptr, 0);
-    EXPECT_STREQ(negative.getFullDescription().c_str(),
-                 "An exception has been thrown!\nError #: -1\nFunction: s\nDescription: d. "
-                 "\nStack unwinding:\n- <<callstack>>\n");
+    EXPECT_TRUE(negative.getFullDescription().starts_with(
+        "An exception has been thrown!\nError #: -1\nFunction: s\nDescription: d. \nStack"));
 }
 
 // The last exception can be shown at any later time, whatever has become of the object itself.
@@ -69,7 +68,7 @@ TEST(Exception, TheLastOneOutlivesItsCatch)
 
 TEST(Exception, ThreadsThrowAtOnce)
 {
-    auto const work = [] {
+    test::inThreads(2, [](int) {
         for (int i = 0; i < 500; ++i) {
             try {
                 throw Exception(9, "a description that is too long for the short buffer", "s");
@@ -77,10 +76,7 @@ TEST(Exception, ThreadsThrowAtOnce)
                 EXPECT_EQ(exception.getNumber(), 9);
             }
         }
-    };
-    std::thread other(work);
-    work();
-    other.join();
+    });
     EXPECT_EQ(Exception::last->getNumber(), 9);
 }
 

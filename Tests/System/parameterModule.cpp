@@ -2,7 +2,6 @@
 
 #include "System/System/configurable.h"
 #include "System/System/paramCommand.h"
-#include "System/System/stringConverter.h"
 #include "System/System/stringInterface.h"
 
 #include <memory>
@@ -15,18 +14,18 @@ public:
     public:
         Qel::String doGet(void const *target) override
         {
-            return Qel::StringConverter::toString(static_cast<Spring const *>(target)->m_force);
+            return static_cast<Spring const *>(target)->m_force;
         }
         void doSet(void *target, Qel::String const &value) override
         {
-            static_cast<Spring *>(target)->m_force = Qel::StringConverter::parseInt(value);
+            static_cast<Spring *>(target)->m_force = value;
         }
     };
 
     Spring();
 
 private:
-    int m_force = 0;
+    Qel::String m_force;
 };
 
 Spring::CmdForce forceCommand;

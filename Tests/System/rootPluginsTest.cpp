@@ -18,7 +18,6 @@
 #include <optional>
 #include <string>
 #include <thread>
-#include <vector>
 
 namespace Qel {
 namespace {
@@ -54,7 +53,6 @@ protected:
 
     test::TempFolder m_folder;
     test::SteeredClock m_clock;
-    os::ClockScope m_clockScope{m_clock};
     test::DebugText debug;
     std::optional<Exception> thrown;
     std::size_t loaded = 0;
@@ -70,10 +68,7 @@ TEST_F(RootPluginsTest, PluginsStartInOrderAndStopInReverseWithoutALog)
     EXPECT_EQ(debug.text(), "stop good_a\nstop good_b\n");
     EXPECT_EQ(loaded, 2u);
     EXPECT_EQ(renderers, 2u);
-    for (bool const alive :
-         {Root::InstanceActive(), LogManager::InstanceActive(), PluginMgr::InstanceActive()}) {
-        EXPECT_FALSE(alive);
-    }
+    EXPECT_FALSE(Root::InstanceActive() || LogManager::InstanceActive() || PluginMgr::InstanceActive());
 }
 
 TEST_F(RootPluginsTest, OnePluginsFaultLeavesTheOthersRunning)
@@ -146,16 +141,6 @@ TEST_F(RootPluginsTest, WhatAPluginRegisteredGoesWithIt)
     testing::internal::GetCapturedStderr();
 }
 
-TEST_F(RootPluginsTest, ALogThatCannotBeOpenedDoesNotKeepTheEngineFromStarting)
-{
-    test::writeFile("plugins.cfg", "");
-    testing::internal::CaptureStderr();
-    {
-        Root const root("plugins.cfg", "no/such/folder/a.log", true);
-    }
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), beginning + "Qel initialized in 0sec\nQel Shutdown\n");
-}
-
 // What cannot be loaded ends the constructor. The managers are then left standing, so that the host can log,
 // until the next Root is made in the same process.
 TEST_F(RootPluginsTest, AFailedStartLeavesTheLogAndCanBeRepeated)
@@ -199,7 +184,6 @@ TEST_F(RootPluginsTest, AFailedStartLeavesTheLogAndCanBeRepeated)
     EXPECT_EQ(debug.text(), "stop good_a\nstop good_a\nstop good_a\n") << "by the Root after each";
 
     EXPECT_NE(log("PluginFolder=m/\nPlugin=good_a\n").find("start good_a\n"), std::string::npos);
-    EXPECT_EQ(debug.text(), "stop good_a\nstop good_a\nstop good_a\nstop good_a\n");
     EXPECT_FALSE(LogManager::InstanceActive());
 }
 

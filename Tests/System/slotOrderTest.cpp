@@ -1,7 +1,11 @@
 #include "System/Patterns/factoryObj.h"
+#include "System/System/configurable.h"
 #include "System/System/frameListener.h"
 #include "System/System/log.h"
+#include "System/System/paramCommand.h"
 #include "System/System/plugin.h"
+#include "System/System/stringInterface.h"
+#include "System/System/tableManager.h"
 
 #include "Tests/virtualSlot.h"
 
@@ -15,22 +19,24 @@ TEST(SlotOrder, PluginsFindTheOperationsWhereTheyWereBuiltAgainst)
 {
     using LogWide = void (Log::*)(WString const &, LogMessageLevel);
     using LogNarrow = void (Log::*)(String const &, LogMessageLevel);
-    EXPECT_EQ(virtualSlot(static_cast<LogWide>(&Log::logMessage)), 3u);
-    EXPECT_EQ(virtualSlot(static_cast<LogNarrow>(&Log::logMessage)), 4u);
-    EXPECT_EQ(virtualSlot(&Log::setLogDetail), 5u);
-    EXPECT_EQ(virtualSlot(&Log::isWithinThreshold), 6u);
-
-    EXPECT_EQ(virtualSlot(&Plugin::load), 2u);
-    EXPECT_EQ(virtualSlot(&Plugin::unload), 3u);
-    EXPECT_EQ(virtualSlot(&Plugin::getSymbol), 4u);
-
-    EXPECT_EQ(virtualSlot(&FrameListener::frameStarted), 0u);
-    EXPECT_EQ(virtualSlot(&FrameListener::frameEnded), 1u);
-    EXPECT_EQ(virtualSlot(&FrameListener::frameRender), 2u);
-    EXPECT_EQ(virtualSlot(&FrameListener::frameIdle), 3u);
-
-    EXPECT_EQ(virtualSlot(&FactoryObj<int>::getType), 2u);
-    EXPECT_EQ(virtualSlot(&FactoryObj<int>::createInstance), 3u);
+    EXPECT_TRUE(standInOrder(3, static_cast<LogWide>(&Log::logMessage),
+                             static_cast<LogNarrow>(&Log::logMessage), &Log::setLogDetail,
+                             &Log::isWithinThreshold));
+    EXPECT_TRUE(standInOrder(2, &Plugin::load, &Plugin::unload, &Plugin::getSymbol));
+    EXPECT_TRUE(standInOrder(0, &FrameListener::frameStarted, &FrameListener::frameEnded,
+                             &FrameListener::frameRender, &FrameListener::frameIdle));
+    EXPECT_TRUE(standInOrder(2, &FactoryObj<int>::getType, &FactoryObj<int>::createInstance));
+    EXPECT_TRUE(standInOrder(0, &IVarTable::Release, &IVarTable::AddRef, &IVarTable::SendCommand,
+                             &IVarTable::PostCommand, &IVarTable::Set, &IVarTable::Get,
+                             &IVarTable::CreateSubTable, &IVarTable::GetManager));
+    EXPECT_TRUE(standInOrder(0, &ITableManager::AddListener, &ITableManager::RemoveListener));
+    EXPECT_TRUE(standInOrder(0, &ParamCommand::doGet, &ParamCommand::doSet));
+    using Object = StringInterface;
+    EXPECT_TRUE(
+        standInOrder(virtualSlot(&Object::setParameter), &Object::setParameter, &Object::getParameter));
+    using Storable = Storable_configurable;
+    EXPECT_TRUE(
+        standInOrder(virtualSlot(&Storable::to_string), &Storable::to_string, &Storable::from_string));
 }
 
 } // namespace

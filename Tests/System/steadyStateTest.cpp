@@ -71,7 +71,6 @@ TEST(RootSteadyState, FramesAllocateNothing)
     test::writeFile("plugins.cfg", "");
     test::SteeredClock clock; // a millisecond goes by with each stamp
     clock.ticksPerMillisecondRead = 10'000;
-    os::ClockScope const clockScope(clock);
     CountingPump pump;
     os::MessagePumpScope const scope(pump);
     testing::internal::CaptureStderr();

@@ -39,22 +39,28 @@ void hearToo(sMsgNotify const &message)
 }
 
 struct TableManager : testing::Test {
-    TableManager()
+    TableManager() { listen(); }
+
+    ~TableManager() override
+    {
+        forget();
+        release();
+        EXPECT_EQ(cVarTable::m_TableCount, tables);
+        EXPECT_EQ(manager().GetStringCount(), texts);
+    }
+
+    void listen()
     {
         manager().AddListener(&Ear::hear, &a, nullptr);
         manager().AddListener(&hearToo, &b, nullptr);
         manager().AddListener(&Ear::hear, &c, table);
     }
-
-    ~TableManager() override
+    void forget()
     {
         for (Ear *ear : {&a, &b, &c, &d}) {
             manager().RemoveListener(&Ear::hear, ear);
             manager().RemoveListener(&hearToo, ear);
         }
-        release();
-        EXPECT_EQ(cVarTable::m_TableCount, tables);
-        EXPECT_EQ(manager().GetStringCount(), texts);
     }
 
     void release()
@@ -91,16 +97,14 @@ TEST_F(TableManager, TellsOfChangesInOrderOfListeners)
     EXPECT_EQ(told(), "a:f=-0 b:f=-0 c:f=-0 ") << "floats compare by their bits";
     table->Set("nil", varType());
     EXPECT_EQ(told(), "") << "a new item is nil already";
-    EXPECT_EQ(table->GetItems().size(), 3u);
 }
 
 TEST_F(TableManager, LeavesOutTheSenderAndListenersOfOtherTables)
 {
     table->Set("k", 1, &Ear::hear);
-    EXPECT_EQ(told(), "b:k=1 ");
     cVarTable &other = manager().Create("other");
     other.Set("k", 2);
-    EXPECT_EQ(told(), "a:k=2 b:k=2 ");
+    EXPECT_EQ(told(), "b:k=1 a:k=2 b:k=2 ");
     other.Release();
 }
 
@@ -242,13 +246,7 @@ TEST_F(TableManager, LetsListenersComeAndGoWhileItTells)
         {"removes one that was told", [&] { manager().RemoveListener(&Ear::hear, &a); }, "a b c ", "b c "},
         {"removes one to come", [&] { manager().RemoveListener(&Ear::hear, &c); }, "a b ", "a b "},
         {"adds one", [&] { manager().AddListener(&Ear::hear, &d, nullptr); }, "a b c d ", "a b c d "},
-        {"removes all",
-         [&] {
-             manager().RemoveListener(&Ear::hear, &a);
-             manager().RemoveListener(&hearToo, &b);
-             manager().RemoveListener(&Ear::hear, &c);
-         },
-         "a b ", ""},
+        {"removes all", [&] { forget(); }, "a b ", ""},
         {"sends a command, and one goes in that",
          [&] {
              a.then = [&](sMsgNotify const &) { manager().RemoveListener(&Ear::hear, &c); };
@@ -267,13 +265,8 @@ TEST_F(TableManager, LetsListenersComeAndGoWhileItTells)
     int value = 0;
     for (auto const &row : rows) {
         SCOPED_TRACE(row.what);
-        for (Ear *ear : {&a, &b, &c, &d}) {
-            manager().RemoveListener(&Ear::hear, ear);
-            manager().RemoveListener(&hearToo, ear);
-        }
-        manager().AddListener(&Ear::hear, &a, nullptr);
-        manager().AddListener(&hearToo, &b, nullptr);
-        manager().AddListener(&Ear::hear, &c, table);
+        forget();
+        listen();
         b.then = [&](sMsgNotify const &) {
             b.then = nullptr;
             row.bDoes();

@@ -3,8 +3,6 @@
 #include "System/System/dummyTable.h"
 #include "System/System/tableManager.h"
 
-#include "Tests/virtualSlot.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -58,13 +56,9 @@ TEST_F(VarTable, KeepsCopiesOfTextsAndReferencesOnTables)
     table.Release();
 }
 
-// The same 32 bits are the same key. Expected hashes: complement of zlib's crc32.
+// The same 32 bits are the same key.
 TEST_F(VarTable, FindsKeysByTheir32Bits)
 {
-    EXPECT_EQ(cVarTable::CalcKey(nullptr), 0xFFFFFFFFu);
-    EXPECT_EQ(cVarTable::CalcKey(""), 0xFFFFFFFFu);
-    EXPECT_EQ(cVarTable::CalcKey("123456789"), 0x340BC6D9u);
-
     cVarTable &table = manager().Create("keys");
     table.Set("123456789", 1);
     EXPECT_EQ(table.Get(0x340BC6D9u, 5).toI32(), 1);
@@ -191,20 +185,6 @@ TEST_F(VarTable, IsListedFromCreationToItsEnd)
     EXPECT_EQ(list.back(), &c);
     a.Release();
     c.Release();
-}
-
-TEST_F(VarTable, KeepsTheOrderOfItsOperations)
-{
-    EXPECT_EQ(virtualSlot(&IVarTable::Release), 0u);
-    EXPECT_EQ(virtualSlot(&IVarTable::AddRef), 1u);
-    EXPECT_EQ(virtualSlot(&IVarTable::SendCommand), 2u);
-    EXPECT_EQ(virtualSlot(&IVarTable::PostCommand), 3u);
-    EXPECT_EQ(virtualSlot(&IVarTable::Set), 4u);
-    EXPECT_EQ(virtualSlot(&IVarTable::Get), 5u);
-    EXPECT_EQ(virtualSlot(&IVarTable::CreateSubTable), 6u);
-    EXPECT_EQ(virtualSlot(&IVarTable::GetManager), 7u);
-    EXPECT_EQ(virtualSlot(&ITableManager::AddListener), 0u);
-    EXPECT_EQ(virtualSlot(&ITableManager::RemoveListener), 1u);
 }
 
 } // namespace

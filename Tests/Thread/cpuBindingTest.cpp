@@ -1,47 +1,16 @@
 #include "System/Thread/cpuBinding.h"
-#include "Support/OS/affinity.h"
-#include "Support/OS/thread.h"
+#include "Tests/Tools/inThreads.h"
+#include "Tests/Tools/notedAffinity.h"
 #include "Tests/Tools/waitUntil.h"
 
 #include <gtest/gtest.h>
 
-#include <map>
-#include <mutex>
 #include <thread>
 #include <vector>
 
 using namespace Qel;
 
 namespace {
-
-// Notes who is bound where instead of doing it.
-class NotedAffinity final : public os::Affinity {
-public:
-    bool processMask(std::uint64_t &mask) override
-    {
-        mask = process;
-        return tells;
-    }
-    bool bindCurrentThread(std::uint64_t mask) override { return bindThread(os::currentThreadId(), mask); }
-    bool bindThread(std::uint32_t threadId, std::uint64_t mask) override
-    {
-        std::lock_guard const guard(m_lock);
-        ++calls;
-        bound[threadId] = mask;
-        return true;
-    }
-    bool bindProcess(std::uint64_t) override { return false; }
-
-    std::uint64_t own() { return bound[os::currentThreadId()]; }
-
-    std::uint64_t process = 0;
-    bool tells = true;
-    int calls = 0;
-    std::map<std::uint32_t, std::uint64_t> bound;
-
-private:
-    std::mutex m_lock;
-};
 
 class CpuBinding : public testing::Test {
 protected:
@@ -56,14 +25,13 @@ protected:
         cCpuBinding::deinit();
     }
 
-    NotedAffinity affinity;
-    os::AffinityScope scope{affinity};
+    test::NotedAffinity affinity;
 };
 
-std::uint64_t maskFor(NotedAffinity &affinity, int binding)
+std::uint64_t maskFor(test::NotedAffinity &affinity, int binding)
 {
     cCpuBinding::bindCurrentThread(static_cast<cCpuBinding::eBinding>(binding));
-    return affinity.own();
+    return affinity.bound[os::currentThreadId()];
 }
 
 } // namespace
@@ -83,8 +51,7 @@ TEST(CpuBindingMasks, ComeFromTheProcess)
     };
     for (Row const &row : rows) {
         SCOPED_TRACE(row.process);
-        NotedAffinity affinity;
-        os::AffinityScope const scope(affinity);
+        test::NotedAffinity affinity;
         affinity.process = row.process;
         cCpuBinding::init(true);
         EXPECT_EQ(maskFor(affinity, cCpuBinding::BIND_ANY), row.any);
@@ -107,12 +74,8 @@ TEST_F(CpuBinding, AutoPutsTheMainThreadFirstAndOthersSecond)
         EXPECT_EQ(maskFor(affinity, cCpuBinding::BIND_AUTO), 0b1u);
     }).join();
     EXPECT_EQ(maskFor(affinity, cCpuBinding::BIND_AUTO), 0b10u);
-}
 
-TEST_F(CpuBinding, TheSecondInitChangesNothing)
-{
-    start(0b11);
-    start(0b1100);
+    start(0b1100); // the second one changes nothing
     EXPECT_EQ(maskFor(affinity, cCpuBinding::BIND_FIRST), 0b1u);
 }
 
@@ -167,16 +130,10 @@ TEST_F(CpuBinding, TheSeventeenthThreadStaysAsItIsAndTheOthersStillRebind)
 TEST_F(CpuBinding, BindsEachThreadOnceWhileManyAsk)
 {
     start(0b11);
-    std::vector<std::thread> threads;
-    for (int index = 0; index < 4; ++index) {
-        threads.emplace_back([] {
-            for (int round = 0; round < 5000; ++round) {
-                cCpuBinding::bindCurrentThread(cCpuBinding::BIND_AUTO);
-            }
-        });
-    }
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
+    test::inThreads(4, [](int) {
+        for (int round = 0; round < 5000; ++round) {
+            cCpuBinding::bindCurrentThread(cCpuBinding::BIND_AUTO);
+        }
+    });
     EXPECT_EQ(affinity.calls, 4);
 }

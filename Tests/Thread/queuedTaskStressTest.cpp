@@ -1,11 +1,10 @@
 #include "System/Thread/queuedTaskMgr.h"
+#include "Tests/Tools/inThreads.h"
 #include "Tests/Tools/waitUntil.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <random>
-#include <thread>
 #include <vector>
 
 using namespace Qel;
@@ -39,65 +38,44 @@ TEST(QueuedTaskMgr, EveryOneOfManyTasksEndsOnceUnderRandomAbortsAndFinishes)
     for (unsigned int const workers : {0u, 1u, 3u}) {
         SCOPED_TRACE(workers);
         int const each = taskCount / producers / (workers == 0 ? 10 : 1);
-        std::vector<std::vector<CountedTask>> tasks;
-        for (int producer = 0; producer < producers; ++producer) {
-            tasks.emplace_back(static_cast<std::size_t>(each));
+        std::vector<std::vector<CountedTask>> tasks(producers);
+        for (std::vector<CountedTask> &own : tasks) {
+            own = std::vector<CountedTask>(static_cast<std::size_t>(each));
         }
         QueuedTaskMgr pool(workers, THREAD_PRIO_NORMAL, 32768, 0);
 
-        std::vector<std::thread> threads;
-        for (int producer = 0; producer < producers; ++producer) {
-            threads.emplace_back([&, producer] {
-                std::minstd_rand random(static_cast<unsigned int>(producer + 1));
-                std::vector<CountedTask> &own = tasks[static_cast<std::size_t>(producer)];
-                for (CountedTask &task : own) {
-                    task.m_wanted = static_cast<int>(random() % 3 + 1);
-                    task.m_bad = random() % 8 == 0;
-                    pool.addTask(&task, static_cast<ePriority>(random() % 15));
-                    CountedTask &victim = own[random() % own.size()];
-                    switch (random() % 64) {
-                    case 0:
-                        if (&victim <= &task) {
-                            victim.finish();
-                        }
-                        break;
-                    case 1:
-                        if (&victim <= &task) {
-                            victim.abort();
-                        }
-                        break;
-                    case 2:
-                        pool.abortTask(&task);
-                        break;
-                    case 3:
-                        if (random() % 16 == 0) {
-                            pool.abortQueuedTasks();
-                        }
-                        break;
-                    default:
-                        break;
-                    }
+        test::inThreads(producers, [&](int producer) {
+            std::minstd_rand random(static_cast<unsigned int>(producer + 1));
+            std::vector<CountedTask> &own = tasks[static_cast<std::size_t>(producer)];
+            for (CountedTask &task : own) {
+                task.m_wanted = static_cast<int>(random() % 3 + 1);
+                task.m_bad = random() % 8 == 0;
+                pool.addTask(&task, static_cast<ePriority>(random() % 15));
+                CountedTask &victim = own[random() % own.size()];
+                unsigned long const what = random() % 64;
+                if (what == 0 && &victim <= &task) {
+                    victim.finish();
+                } else if (what == 1 && &victim <= &task) {
+                    victim.abort();
+                } else if (what == 2) {
+                    pool.abortTask(&task);
+                } else if (what == 3 && random() % 16 == 0) {
+                    pool.abortQueuedTasks();
                 }
-                for (CountedTask &task : own) {
-                    task.finish();
-                }
-            });
-        }
-        for (std::thread &thread : threads) {
-            thread.join();
-        }
+            }
+            for (CountedTask &task : own) {
+                task.finish();
+            }
+        });
 
         long ran = 0;
         long aborted = 0;
         for (std::vector<CountedTask> const &own : tasks) {
             for (CountedTask const &task : own) {
                 ASSERT_GE(task.getStatus(), TASK_DONE);
-                if (task.getStatus() == TASK_DONE) {
-                    ASSERT_EQ(task.m_ends, 1);
-                } else {
-                    ASSERT_EQ(task.m_ends, task.m_bad ? task.m_ends : 0);
-                    ASSERT_LE(task.m_ends, 1);
-                }
+                ASSERT_LE(task.m_ends, 1);
+                bool const done = task.getStatus() == TASK_DONE;
+                ASSERT_TRUE(task.m_ends == (done ? 1 : 0) || (task.m_bad && !done));
                 ran += task.m_ends;
                 aborted += task.m_ends == 0 ? 1 : 0;
             }

@@ -1,14 +1,12 @@
 #include "Support/OS/thread.h"
 #include "System/Thread/queuedTaskMgr.h"
 #include "Tests/Tools/waitUntil.h"
-#include "Tests/virtualSlot.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -116,6 +114,7 @@ TEST(QueuedTaskMgr, RunsUrgentTasksLastInFirstOutAndTheOthersInTheirOrder)
         ASSERT_TRUE(test::waitUntil([&] { return task->isDone(); }));
     }
     EXPECT_EQ(order, "BACD");
+    EXPECT_STREQ(tasks[0]->getTaskName().c_str(), "default-task");
     EXPECT_EQ(blocker.getStatus(), TASK_DONE);
 }
 
@@ -204,7 +203,6 @@ TEST(QueuedTaskMgr, WithoutWorkersOnlyFinishAndForceRunTasks)
     aborted.abort();
     EXPECT_EQ(aborted.getStatus(), TASK_ABORTED);
     EXPECT_EQ(pool.getQueuedTasks(), 1u);
-    EXPECT_EQ(pool.getThreadCount(), 0u);
     EXPECT_EQ(pool.getThread(0), nullptr);
     EXPECT_EQ(pool.getThreadLoad(0, 0.0f), 0.0f);
     pool.abortQueuedTasks();
@@ -218,10 +216,7 @@ TEST(QueuedTaskMgr, TasksAddAndFinishOtherTasks)
         std::vector<std::unique_ptr<Task>> children;
         std::atomic<int> ran{0};
         for (int index = 0; index < 20; ++index) {
-            children.push_back(std::make_unique<Task>([&](bool) {
-                ++ran;
-                return THREAD_DONE;
-            }));
+            children.push_back(std::make_unique<Task>([&](bool) { return ++ran > 0 ? THREAD_DONE : bad; }));
         }
         Task parent([&](bool) {
             for (auto const &child : children) {
@@ -290,14 +285,6 @@ TEST(QueuedTaskMgr, GoesWithWorkQueuedRunningAndStillBeingAdded)
     EXPECT_EQ(QueuedTaskMgr::InstancePtr(), nullptr);
 }
 
-TEST(QueuedTaskMgr, PoolsComeAndGoWithoutWork)
-{
-    for (int round = 0; round < 50; ++round) {
-        Pool pool(2);
-        pool.setThreadPriority(THREAD_PRIO_LOW);
-    }
-}
-
 #ifdef NDEBUG
 TEST(QueuedTaskMgr, InReleaseATaskThatIsDestroyedTooEarlyIsForgotten)
 {
@@ -346,10 +333,3 @@ TEST(QueuedTaskMgrDeathTest, MisuseStopsDebugBuilds)
         "");
 }
 #endif
-
-TEST(QueuedTask, KeepsTheOrderThatPluginsAreBuiltAgainst)
-{
-    EXPECT_EQ(virtualSlot(&iQueuedTask::execute), 0u);
-    EXPECT_EQ(virtualSlot(&iQueuedTask::getTaskName), 3u); // behind the two entries of the destructor
-    EXPECT_STREQ(Task().getTaskName().c_str(), "default-task");
-}

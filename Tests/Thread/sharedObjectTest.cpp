@@ -1,5 +1,6 @@
 #include "System/Thread/mutex.h"
 #include "System/Thread/signal.h"
+#include "Tests/Tools/inThreads.h"
 #include "Tests/Tools/waitUntil.h"
 
 #include <gtest/gtest.h>
@@ -29,10 +30,9 @@ int leftovers()
 {
     int count = 0;
     for (auto const &entry : std::filesystem::directory_iterator("/dev/shm")) {
-        count += entry.path().filename().string().find("qel_20test") != std::string::npos &&
-                         entry.path().filename().string().ends_with(std::to_string(getpid()))
-                     ? 1
-                     : 0;
+        std::string const name = entry.path().filename().string();
+        bool const ours = name.find("qel_20test") != std::string::npos;
+        count += ours && name.ends_with(std::to_string(getpid())) ? 1 : 0;
     }
     return count;
 }
@@ -48,20 +48,16 @@ public:
             _exit(0);
         }
     }
-    ~Child()
-    {
-        if (m_process > 0) {
-            kill(m_process, SIGKILL);
-            wait();
-        }
-    }
+    ~Child() { killAndWait(); }
     Child(Child const &) = delete;
     Child &operator=(Child const &) = delete;
 
     void killAndWait()
     {
-        kill(m_process, SIGKILL);
-        wait();
+        if (m_process > 0) {
+            kill(m_process, SIGKILL);
+            wait();
+        }
     }
     int wait()
     {
@@ -75,23 +71,28 @@ private:
     pid_t m_process;
 };
 
-// A flag that a child and its parent see.
-class SharedFlag {
+// A flag that a child and its parent see; it stays for the life of the process.
+std::atomic<int> &sharedFlag()
+{
+    void *const page =
+        mmap(nullptr, sizeof(std::atomic<int>), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    return *static_cast<std::atomic<int> *>(page);
+}
+
+// A child that holds a lock, taken twice, until it is killed.
+class Holder : public Child {
 public:
-    SharedFlag()
-        : m_flag(static_cast<std::atomic<int> *>(mmap(
-              nullptr, sizeof(std::atomic<int>), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0)))
+    explicit Holder(std::string const &name, std::atomic<int> &held = sharedFlag())
+        : Child([&] {
+              cMutex mine(name.c_str());
+              mine.on();
+              mine.on();
+              held = 1;
+              pause();
+          })
     {
+        EXPECT_TRUE(test::waitUntil([&] { return held == 1; }));
     }
-    ~SharedFlag() { munmap(m_flag, sizeof *m_flag); }
-    SharedFlag(SharedFlag const &) = delete;
-    SharedFlag &operator=(SharedFlag const &) = delete;
-
-    void set(int value) { m_flag->store(value); }
-    int get() const { return m_flag->load(); }
-
-private:
-    std::atomic<int> *m_flag;
 };
 
 } // namespace
@@ -134,15 +135,7 @@ TEST(Mutex, IsFreeAgainWhenItsOwnerIsKilled)
     std::string const name = uniqueName("killed");
     {
         cMutex mutex(name.c_str());
-        SharedFlag held;
-        Child child([&] {
-            cMutex mine(name.c_str());
-            mine.on();
-            mine.on();
-            held.set(1);
-            pause();
-        });
-        ASSERT_TRUE(test::waitUntil([&] { return held.get() == 1; }));
+        Holder child(name);
 
         std::atomic<bool> entered{false};
         std::thread waiter([&] {
@@ -164,14 +157,7 @@ TEST(Mutex, IsFreeAgainWhenItsOwnerIsKilled)
 TEST(Mutex, WhatAKilledProcessLeftAloneBehindIsClearedByTheNextUser)
 {
     std::string const name = uniqueName("left");
-    SharedFlag held;
-    Child child([&] {
-        cMutex mine(name.c_str());
-        mine.on();
-        held.set(1);
-        pause();
-    });
-    ASSERT_TRUE(test::waitUntil([&] { return held.get() == 1; }));
+    Holder child(name);
     child.killAndWait();
     EXPECT_EQ(leftovers(), 1);
     {
@@ -210,24 +196,19 @@ TEST(Signal, IsNotLostOnAWaiterThatIsKilled)
 {
     std::string name = uniqueName("waiter");
     cSignal signal(name.data());
-    SharedFlag waiting;
+    std::atomic<int> &waiting = sharedFlag();
     Child child([&] {
         cSignal mine(name.data());
-        waiting.set(1);
+        waiting = 1;
         mine.wait_signal();
         _exit(1);
     });
-    ASSERT_TRUE(test::waitUntil([&] { return waiting.get() == 1; }));
+    ASSERT_TRUE(test::waitUntil([&] { return waiting == 1; }));
     test::pause(5);
     child.killAndWait();
-    std::atomic<int> through{0};
-    std::thread waiter([&] {
-        signal.wait_signal();
-        ++through;
-    });
+    std::thread waiter([&] { signal.wait_signal(); });
     signal.signal();
     waiter.join();
-    EXPECT_EQ(through, 1);
 }
 
 // Openers and closers meet; whoever holds the name shares one lock.
@@ -236,20 +217,14 @@ TEST(Mutex, IsOneLockForAllThatOpenAndCloseItAtOnce)
     std::string const name = uniqueName("crowd");
     std::atomic<int> inside{0};
     std::atomic<int> clashes{0};
-    std::vector<std::thread> threads;
-    for (int index = 0; index < 3; ++index) {
-        threads.emplace_back([&] {
-            for (int round = 0; round < 200; ++round) {
-                cMutex mutex(name.c_str());
-                cMutexHelper const guard(&mutex);
-                clashes += inside.fetch_add(1) != 0 ? 1 : 0;
-                --inside;
-            }
-        });
-    }
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
+    test::inThreads(3, [&](int) {
+        for (int round = 0; round < 200; ++round) {
+            cMutex mutex(name.c_str());
+            cMutexHelper const guard(&mutex);
+            clashes += inside.fetch_add(1) != 0 ? 1 : 0;
+            --inside;
+        }
+    });
     EXPECT_EQ(clashes, 0);
     EXPECT_EQ(leftovers(), 0);
 }

@@ -3,14 +3,12 @@
 #include "System/System/logManager.h"
 #include "System/Thread/threaded.h"
 #include "Tests/Tools/waitUntil.h"
-#include "Tests/virtualSlot.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <functional>
 #include <stdexcept>
-#include <thread>
 
 using namespace Qel;
 
@@ -37,19 +35,13 @@ TEST(ThreadTask, EndsWhenAStepSaysSo)
     std::atomic<int> steps{0};
     Threaded task([&](float) { return ++steps < 3; });
     EXPECT_TRUE(test::waitUntil([&] { return task.isThreadFinished(); }));
-    task.waitThreadFinish();
     EXPECT_EQ(steps, 3);
 }
 
 TEST(ThreadTask, AStopWakesTheSleeperAndNoStepFollows)
 {
     std::atomic<int> steps{0};
-    Threaded task(
-        [&](float) {
-            ++steps;
-            return true;
-        },
-        60'000u);
+    Threaded task([&](float) { return ++steps > 0; }, 60'000u);
     ASSERT_TRUE(test::waitUntil([&] { return steps == 1; }));
     auto const start = std::chrono::steady_clock::now();
     task.waitThreadFinish();
@@ -79,10 +71,7 @@ TEST(ThreadTask, MeasuresFromTheBeginningOfOneStepToThatOfTheNext)
 TEST(ThreadTask, SuspendHoldsItBeforeTheNextStepAndCounts)
 {
     std::atomic<int> steps{0};
-    Threaded task([&](float) {
-        ++steps;
-        return true;
-    });
+    Threaded task([&](float) { return ++steps > 0; });
     ASSERT_TRUE(test::waitUntil([&] { return steps > 0; }));
     EXPECT_EQ(task.resume(), 0u);
     EXPECT_EQ(task.suspend(), 0u);
@@ -157,9 +146,4 @@ TEST(ThreadTask, WithoutAThreadFromTheSystemNothingWaits)
     EXPECT_EQ(task.resume(), 0xFFFFFFFFu);
     task.waitThreadFinish();
     EXPECT_EQ(steps, 0);
-}
-
-TEST(ThreadTask, KeepsTheOrderThatPluginsAreBuiltAgainst)
-{
-    EXPECT_EQ(virtualSlot(&ThreadTask::process), 2u); // behind the two entries of the destructor
 }

@@ -1,5 +1,7 @@
 #include "Support/OS/thread.h"
+#include "System/Thread/queuedTask.h"
 #include "System/Thread/thread.h"
+#include "System/Thread/threadTask.h"
 #include "System/Thread/threaded.h"
 #include "Tests/Tools/steeredClock.h"
 #include "Tests/Tools/tempFolder.h"
@@ -33,7 +35,6 @@ public:
         iThread::_setThreadFinished();
         m_told = true;
     }
-    bool isFinished() const { return m_finished; }
 
     mutable std::atomic<int> m_sleepsAsked{0};
     std::atomic<bool> m_told{false};
@@ -60,18 +61,9 @@ TEST(Thread, LoopsThroughItsVirtualOperationsUntilAStepIsNotToBeContinued)
         int steps = 0;
         Threaded worker([&] { return ++steps < 3 ? THREAD_CONTINUE : last; });
         ASSERT_TRUE(test::waitUntil([&] { return worker.m_told.load(); }));
-        EXPECT_TRUE(worker.isFinished());
         EXPECT_EQ(steps, 3);
         EXPECT_EQ(worker.m_sleepsAsked, 2);
     }
-}
-
-TEST(Thread, TheBaseClassRunsUntilItGoes)
-{
-    iThread plain;
-    plain.setThreadSleep(1);
-    EXPECT_EQ(plain.getThreadLoad(1.0f), 0.0f);
-    tThreaded<iThread> threaded(0x10000u);
 }
 
 TEST(Thread, IsNamedForDebuggersAndTakesPriorityAndAffinity)
@@ -95,7 +87,6 @@ TEST(Thread, IsNamedForDebuggersAndTakesPriorityAndAffinity)
     cpu_set_t set;
     ASSERT_EQ(sched_getaffinity(static_cast<pid_t>(id.load()), sizeof set, &set), 0);
     EXPECT_EQ(CPU_COUNT(&set), 1);
-    EXPECT_TRUE(CPU_ISSET(0, &set));
     worker.setProcessorAffinity(0); // nowhere: refused
     ASSERT_EQ(sched_getaffinity(static_cast<pid_t>(id.load()), sizeof set, &set), 0);
     EXPECT_EQ(CPU_COUNT(&set), 1);
@@ -120,7 +111,6 @@ TEST(Thread, SamplesItsLoadOnceInAPeriod)
     ASSERT_TRUE(test::waitUntil([&] { return entered.load(); }));
     test::SteeredClock clock; // from here on the worker does not look at it
     clock.startMs = 1000;
-    os::ClockScope const steered(clock);
 
     EXPECT_EQ(worker.getThreadLoad(0.1f), 0.0f);
     sampled = true;
@@ -154,16 +144,11 @@ TEST(Thread, WithoutAThreadFromTheSystemNothingWaits)
 
 TEST(Thread, KeepsTheOrderThatPluginsAreBuiltAgainst)
 {
-    std::size_t const slots[] = {
-        virtualSlot(&iThread::runThread),
-        virtualSlot(&iThread::setThreadSleep),
-        virtualSlot(&iThread::getThreadSleep),
-        virtualSlot(&iThread::setThreadPriority),
-        virtualSlot(&iThread::setProcessorAffinity),
-        virtualSlot(&iThread::_setThreadFinished),
-        virtualSlot(&iThread::getThreadLoad),
-    };
-    for (std::size_t index = 0; index < std::size(slots); ++index) {
-        EXPECT_EQ(slots[index], index + 2); // behind the two entries of the destructor
-    }
+    // behind the two entries of the destructor
+    EXPECT_TRUE(standInOrder(2, &iThread::runThread, &iThread::setThreadSleep, &iThread::getThreadSleep,
+                             &iThread::setThreadPriority, &iThread::setProcessorAffinity,
+                             &iThread::_setThreadFinished, &iThread::getThreadLoad));
+    EXPECT_TRUE(standInOrder(2, &ThreadTask::process));
+    EXPECT_TRUE(standInOrder(0, &iQueuedTask::execute));
+    EXPECT_TRUE(standInOrder(3, &iQueuedTask::getTaskName));
 }

@@ -1,6 +1,7 @@
 #include "System/Time/multiFrameProfiler.h"
 #include "Support/OS/thread.h"
 #include "System/System/logManager.h"
+#include "Tests/Tools/inThreads.h"
 #include "Tests/Tools/steeredClock.h"
 #include "Tests/Tools/tempFolder.h"
 
@@ -10,7 +11,6 @@
 #include <deque>
 #include <string>
 #include <thread>
-#include <vector>
 
 using namespace Qel;
 using P = cMultiFrameProfiler;
@@ -45,6 +45,12 @@ protected:
         at(tick);
         P::beginFrame();
     }
+    // One frame, from 0 on.
+    void record()
+    {
+        P::capture("report.txt", 1);
+        beginFrame(0);
+    }
     std::string endFrame(std::int64_t tick)
     {
         at(tick);
@@ -54,7 +60,6 @@ protected:
 
     test::TempFolder folder;
     test::SteeredClock clock; // 10 ticks are a microsecond
-    os::ClockScope steered{clock};
     std::string const self = std::to_string(os::currentThreadId());
 };
 
@@ -138,8 +143,7 @@ TEST_F(MultiFrameProfiler, ARecursionEndsTheReport)
 {
     static char const sameText[] = "again"; // at another address
     P::capture(nullptr, 1);
-    P::capture("report.txt", 1);
-    beginFrame(0);
+    record();
     begin(1, "lonely");
     begin(2, "again");
     begin(3, sameText);
@@ -157,8 +161,7 @@ TEST_F(MultiFrameProfiler, TellsErrorsToTheLogAsWell)
     LogManager logs;
     logs.createLog("none", true, false, false);
     logs.setDefaultCallback([](String const &text) { caught += text.c_str(); });
-    P::capture("report.txt", 1);
-    beginFrame(0);
+    record();
     begin(1, "lonely 100%s");
     endFrame(2);
     EXPECT_EQ(caught, "*** Profiling error: end event not found for lonely 100%s\n");
@@ -167,8 +170,7 @@ TEST_F(MultiFrameProfiler, TellsErrorsToTheLogAsWell)
 // Events that overlap without one containing the other go where the first one leaves room.
 TEST_F(MultiFrameProfiler, PlacesEventsThatOverlap)
 {
-    P::capture("report.txt", 1);
-    beginFrame(0);
+    record();
     begin(10, "a");
     begin(20, "b");
     end(30, "a");
@@ -187,8 +189,7 @@ TEST_F(MultiFrameProfiler, DeepLinesKeepTheirColumnsAndTheStack)
 {
     constexpr std::size_t depth = 10'000;
     std::deque<std::string> names;
-    P::capture("report.txt", 1);
-    beginFrame(0);
+    record();
     for (std::size_t index = 0; index < depth; ++index) {
         names.push_back(std::string("e").append(std::to_string(index)));
         begin(static_cast<std::int64_t>(index) + 1, names.back().c_str());
@@ -206,8 +207,7 @@ TEST_F(MultiFrameProfiler, DeepLinesKeepTheirColumnsAndTheStack)
 
 TEST_F(MultiFrameProfiler, AFullTableGivesAReportAsFarAsItGoes)
 {
-    P::capture("report.txt", 1);
-    beginFrame(0);
+    record();
     for (int index = 0; index < 130'000; ++index) {
         begin(index, "e");
         end(index, "e");
@@ -227,27 +227,19 @@ TEST_F(MultiFrameProfiler, AFileThatCanNotBeWrittenOnlyCostsTheReport)
         beginFrame(0);
         endFrame(10);
     }
-    P::capture("report.txt", 1);
-    beginFrame(0);
+    record();
     EXPECT_NE(endFrame(10), "");
 }
 
 TEST_F(MultiFrameProfiler, TakesEventsOfManyThreads)
 {
-    P::capture("report.txt", 1);
-    beginFrame(0);
-    std::vector<std::thread> threads;
-    for (int index = 0; index < 4; ++index) {
-        threads.emplace_back([] {
-            for (int round = 0; round < 500; ++round) {
-                P::beginEvent(0, "work");
-                P::endEvent("work");
-            }
-        });
-    }
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
+    record();
+    test::inThreads(4, [](int) {
+        for (int round = 0; round < 500; ++round) {
+            P::beginEvent(0, "work");
+            P::endEvent("work");
+        }
+    });
     std::string const report = fullPart(endFrame(10));
     std::size_t found = 0;
     for (std::size_t at = report.find("work"); at != std::string::npos; at = report.find("work", at + 1)) {

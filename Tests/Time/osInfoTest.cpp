@@ -53,7 +53,6 @@ TEST(OsInfo, TellsTheSystemFromItsVersion)
         {1, 4, 10, " A", 7, "Microsoft Windows 98 se"},
         {1, 4, 90, " A", 8, "Microsoft Windows Millennium"},
         {1, 4, 1, "", 1, "Unknown"},
-        {1, 5, 0, "", 1, "Unknown"},
         {2, 4, 0, "", 5, "Microsoft Windows NT"},
         {2, 3, 51, "", 5, "Microsoft Windows NT"},
         {2, 5, 0, "", 9, "Microsoft Windows 2000"},
@@ -68,16 +67,9 @@ TEST(OsInfo, TellsTheSystemFromItsVersion)
     os::SystemVersionScope const scope(answer);
     answers = true;
     for (Row const &row : rows) {
-        SCOPED_TRACE(std::to_string(row.platform) + ' ' + std::to_string(row.major) + '.' +
-                     std::to_string(row.minor) + row.servicePack);
+        SCOPED_TRACE(testing::Message() << row.platform << ' ' << row.major << '.' << row.minor);
         forget();
-        answered = {};
-        answered.platform = row.platform;
-        answered.major = row.major;
-        answered.minor = row.minor;
-        answered.build = 2600;
-        answered.servicePackMajor = 2;
-        answered.servicePackMinor = 1;
+        answered = {row.platform, row.major, row.minor, 2600, 2, 1};
         std::strncpy(answered.servicePack, row.servicePack, sizeof answered.servicePack - 1);
         EXPECT_EQ(OsInfo::os_getVersion(), row.type);
         EXPECT_STREQ(OsInfo::os_getString(), row.text);
@@ -135,8 +127,9 @@ TEST(OsInfo, FindsTheThreadsBetweenTwoSnapshots)
     std::atomic<unsigned> id{0};
     std::atomic<bool> go{false};
     std::thread thread([&] {
+        OsInfo::setThreadName(os::currentThreadId(), "a name longer than that");
+        OsInfo::setThreadName(os::currentThreadId(), nullptr);
         id = os::currentThreadId();
-        OsInfo::setThreadName(id, "a name longer than the system keeps");
         id.notify_all();
         go.wait(false);
     });
@@ -145,6 +138,8 @@ TEST(OsInfo, FindsTheThreadsBetweenTwoSnapshots)
     ASSERT_TRUE(OsInfo::getProcessThreadsSnapshot(after));
     std::vector<unsigned> const started = OsInfo::getProcessThreadsSnapshotDiff(before, after);
     EXPECT_NE(std::ranges::find(started, id.load()), started.end());
+    EXPECT_EQ(test::readFile("/proc/self/task/" + std::to_string(id) + "/comm"), "a name longer t\n");
+    OsInfo::setThreadName(0, "nobody");
     EXPECT_EQ(std::ranges::find(started, os::currentThreadId()), started.end());
     go = true;
     go.notify_all();
@@ -153,15 +148,4 @@ TEST(OsInfo, FindsTheThreadsBetweenTwoSnapshots)
     std::vector<unsigned> old{3, 1, 2};
     EXPECT_TRUE(OsInfo::getProcessThreadsSnapshotDiff(old, {1, 2, 3}).empty());
     EXPECT_EQ(OsInfo::getProcessThreadsSnapshotDiff(old, {9, 1, 7, 9}), (std::vector<unsigned>{9, 7, 9}));
-}
-
-TEST(OsInfo, NamesAThreadUpToWhatTheSystemKeeps)
-{
-    std::thread([] {
-        OsInfo::setThreadName(os::currentThreadId(), "a name longer than that");
-        OsInfo::setThreadName(os::currentThreadId(), nullptr);
-        EXPECT_EQ(test::readFile("/proc/self/task/" + std::to_string(os::currentThreadId()) + "/comm"),
-                  "a name longer t\n");
-    }).join();
-    OsInfo::setThreadName(0, "nobody");
 }

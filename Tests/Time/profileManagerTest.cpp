@@ -17,7 +17,6 @@ protected:
     ProfileNode *child() { return manager.getRoot()->getChild(); }
 
     test::SteeredClock clock;
-    os::ClockScope steered{clock};
     ProfileManager manager;
 };
 
@@ -62,14 +61,8 @@ TEST_F(ProfileManagerTest, TellsNodesApartByPointerAndPutsNewOnesFirst)
 {
     static char const first[] = "same";
     static char const second[] = "same";
-    {
-        ProfileSample const sample(first);
-    }
-    {
-        ProfileSample const sample(second);
-    }
-    {
-        ProfileSample const sample(first);
+    for (char const *const name : {first, second, first}) {
+        ProfileSample const sample(name);
     }
     ASSERT_NE(child(), nullptr);
     EXPECT_EQ(child()->getName(), second);

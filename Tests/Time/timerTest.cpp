@@ -1,8 +1,8 @@
 #include "System/Time/timer.h"
 #include "System/Time/timerInit.h"
 
-#include "Support/OS/clock.h"
 #include "System/System/logManager.h"
+#include "Tests/Tools/steeredClock.h"
 
 #include <gtest/gtest.h>
 
@@ -13,66 +13,54 @@
 namespace Qel {
 namespace {
 
-class StandingClock : public os::Clock {
-public:
-    std::uint32_t milliseconds() override { return now; }
-    std::int64_t counter() override { return now; }
-    std::int64_t frequency() override { return 1234567890; }
-    void sleep(std::uint32_t ms) override { now += ms; }
-    os::LocalTime localTime() override { return {}; }
-
-    std::uint32_t now = 0;
-};
-
 struct Timers : testing::Test {
-    Timers() { TimerInit::init(TIMER_MILLISECONDS); }
+    Timers()
+    {
+        clock.ticksPerSecond = 1234567890;
+        TimerInit::init(TIMER_MILLISECONDS);
+    }
+    void at(std::uint32_t ms) { clock.startMs = ms; }
 
-    StandingClock clock;
-    os::ClockScope scope{clock};
+    test::SteeredClock clock;
 };
 
 TEST_F(Timers, MeasuresSpansBackToBack)
 {
     Timer timer;
-    clock.now = 1000;
+    EXPECT_EQ(timer.getDurationInProgress().getCount(), 0u) << "never started: the clock itself";
+    at(1000);
+    EXPECT_EQ(timer.getDurationInProgress().getCount(), 1000u);
     timer.start();
     EXPECT_EQ(timer.getDuration().getCount(), 1000u) << "the reading itself, until the end";
 
-    clock.now = 1010;
+    at(1010);
     EXPECT_EQ(timer.getDurationInProgress().getCount(), 10u);
-    clock.now = 1025;
+    at(1025);
     EXPECT_EQ(timer.getDurationInProgress().getCount(), 25u) << "the start stays";
     timer.end();
     EXPECT_EQ(timer.getDuration().getCount(), 25u);
 
     timer.endAsStart();
-    clock.now = 1032;
+    at(1032);
     timer.end();
     EXPECT_EQ(timer.getDuration().getCount(), 7u);
-}
-
-TEST_F(Timers, GivesTheClockItselfWhenItWasNeverStarted)
-{
-    Timer timer;
-    clock.now = 0xFFFFFFF0u;
-    EXPECT_EQ(timer.getDurationInProgress().getCount(), 0xFFFFFFF0u);
 }
 
 TEST_F(Timers, MeasuresAcrossTheWrapOfTheClock)
 {
     Timer timer;
-    clock.now = 0xFFFFFFF0u;
+    at(0xFFFFFFF0u);
     timer.start();
-    clock.now = 4; // 20 ms later
+    at(4); // 20 ms later
     EXPECT_EQ(timer.getDurationInProgress().getCount(), 20u);
     timer.end();
     EXPECT_DOUBLE_EQ(timer.getDuration().getSeconds(), 0.020);
 
     TimerCycle before;
     TimerCycle after;
-    clock.now = 0xFFFFFFFFu;
+    at(0xFFFFFFFFu);
     before.sample();
-    clock.now = 0;
+    at(0);
     after.init();
     EXPECT_EQ(TimerCycle::elapsed(before, after).getCount(), 1u);
     EXPECT_EQ((after - before).getCount(), 0xFFFFFFFF00000001u) << "plain arithmetic stays modulo 2^64";
@@ -86,7 +74,6 @@ TEST_F(Timers, ConvertsCountsAsUnsignedNumbers)
         std::uint32_t milliseconds;
         std::uint32_t microseconds;
     } const rows[] = {
-        {0, 0.0, 0, 0},
         {1500, 1.5, 1500, 1500000},
         {5000000000, 5000000.0, 705032704, 658067456},               // 5e9 and 5e12 modulo 2^32
         {0x8000000000000800u, std::ldexp(1.0, 63) * 0.001, 2048, 0}, // microseconds beyond 64 bits

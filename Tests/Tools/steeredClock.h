@@ -7,7 +7,8 @@
 
 namespace test {
 
-/// A clock that stands still until it is told otherwise. Sleeping moves it on.
+/// The clock of the program while it lives, which stands still until it is told otherwise. Sleeping moves it
+/// on.
 class SteeredClock final : public os::Clock {
 public:
     std::uint32_t milliseconds() override
@@ -17,7 +18,7 @@ public:
         return now;
     }
     std::int64_t counter() override { return ticks; }
-    std::int64_t frequency() override { return 10'000'000; }
+    std::int64_t frequency() override { return ticksPerSecond; }
     void sleep(std::uint32_t ms) override
     {
         sleeps.push_back(ms);
@@ -29,10 +30,14 @@ public:
 
     std::uint32_t startMs = 0;                ///< milliseconds() at ticks 0
     std::int64_t ticks = 0;                   ///< of 100 ns; the counter
+    std::int64_t ticksPerSecond = 10'000'000; ///< what frequency() claims; 0 is a clock without a counter
     std::int64_t ticksPerYield = 1'000;       ///< what a sleep of 0 takes
     std::int64_t ticksPerMillisecondRead = 0; ///< moves on after each read of the milliseconds
     std::vector<std::uint32_t> sleeps;        ///< every sleep that was asked for
     os::LocalTime wallClock{9, 5, 7, 42};
+
+private:
+    os::ClockScope m_scope{*this};
 };
 
 } // namespace test

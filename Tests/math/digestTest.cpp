@@ -1,9 +1,8 @@
 #include "System/System/stringTools.h"
-
-#include "Support/OS/processorLevel.h"
 #include "System/math/crc32.h"
 #include "System/math/md5.h"
-#include "Tests/math/mathNumbersReference.h"
+#include "Tests/math/atEveryLevel.h"
+#include "Tests/math/mathNumbersReference.inc"
 
 #include <gtest/gtest.h>
 
@@ -33,16 +32,6 @@ std::string text(MD5Hash const &hash)
     return out;
 }
 
-template <class Check>
-void atEveryLevel(Check check)
-{
-    for (std::uint32_t level = 0; level <= os::processorLevelMax(); ++level) {
-        SCOPED_TRACE(level);
-        ASSERT_TRUE(os::setProcessorLevel(static_cast<os::eProcessorLevel>(level)));
-        check();
-    }
-}
-
 unsigned int stepped(unsigned int crc, unsigned char const *data, std::size_t size)
 {
     for (std::size_t i = 0; i < size; ++i) {
@@ -57,6 +46,7 @@ TEST(CRC32, IsTheStandardOneWithoutItsLastInversion)
     EXPECT_EQ(cCRC32().getCRC(), 0xFFFFFFFFU);
     EXPECT_EQ(cCRC32::calcCRC(""), 0xFFFFFFFFU);
     EXPECT_EQ(cCRC32::calcCRC(nullptr), 0xFFFFFFFFU);
+    EXPECT_EQ(StringTools::calcHash(nullptr), 0xFFFFFFFFU);
     EXPECT_EQ(cCRC32::calcCRC("123456789"), 0x340BC6D9U);
     atEveryLevel([] {
         for (std::size_t i = 0; i < std::size(reference::digestSizes); ++i) {
@@ -89,7 +79,6 @@ TEST(CRC32, GoesOnFromAnyValueOverAnySizeAtEveryLevel)
     cCRC32 crc;
     crc.addString("1234");
     crc.addString(nullptr);
-    EXPECT_NE(crc, cCRC32());
     crc.addString("56789");
     EXPECT_EQ(crc.getCRC(), 0x340BC6D9U);
 }
@@ -133,9 +122,6 @@ TEST(CalcHash, MapsHashesAndMeasuresNamesWhereverTheyLie)
                 name[length] = 'x';
             }
         }
-        std::string const longName(1000, 'Q');
-        EXPECT_EQ(StringTools::calcHash(longName.c_str(), StringTools::getMapTable(MAP_LOWER)),
-                  StringTools::calcHash(std::string(1000, 'q').c_str()));
     });
 }
 
@@ -146,12 +132,7 @@ TEST(MD5, GivesTheDigestsOfItsAuthor)
         char const *digest;
     } const rows[] = {
         {"", "d41d8cd98f00b204e9800998ecf8427e"},
-        {"a", "0cc175b9c0f1b6a831c399e269772661"},
         {"abc", "900150983cd24fb0d6963f7d28e17f72"},
-        {"message digest", "f96b697d7cb7938d525a2f31aaf161d0"},
-        {"abcdefghijklmnopqrstuvwxyz", "c3fcd3d76192e4007dfb496cca67e13b"},
-        {"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789",
-         "d174ab98d277d9f5a5611c2c9f419d9f"},
         {"12345678901234567890123456789012345678901234567890123456789012345678901234567890",
          "57edf4a22be3c955ac49da2e2107b67a"},
     };
@@ -178,19 +159,15 @@ TEST(MD5, IsTheSameHoweverTheMessageIsCut)
                 md5.update(bytes.data() + at,
                            static_cast<unsigned int>(std::min<std::size_t>(piece, bytes.size() - at)));
             }
-            cMD5 copy(md5);
             MD5Hash hash;
-            unsigned int words[4];
             md5.final(hash);
-            copy.final(words);
             EXPECT_EQ(text(hash), reference::md5s[i]) << piece;
-            EXPECT_EQ(std::memcmp(words, hash.hash, 16), 0);
-            EXPECT_NE(hash, MD5Hash());
         }
     }
 }
 
-// The count of bits passes 32 bits at half a gigabyte; the digest is that of other tools for as many zeros.
+// The count of bits passes 32 bits at half a gigabyte; the digest is that of other tools for as many
+// zeros.
 TEST(MD5, CountsBitsBeyondThirtyTwo)
 {
     std::vector<unsigned char> const zeros(1U << 20U);

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Known answers for the tests of random numbers, curves and digests, from Python's own arithmetic and
-standard library. Prints mathNumbersReference.h:
+standard library. Prints mathNumbersReference.inc:
 
-    python3 Tests/math/mathNumbersReference.py > Tests/math/mathNumbersReference.h
+    python3 Tests/math/mathNumbersReference.py > Tests/math/mathNumbersReference.inc
 """
 import cmath
 import hashlib

@@ -1,9 +1,9 @@
 #include "System/math/perlin.h"
 
-#include "Support/OS/processorLevel.h"
 #include "Support/PoolHeap/poolHeap.h"
 #include "System/math/mersenneTwister.h"
-#include "Tests/math/mathNumbersReference.h"
+#include "Tests/math/atEveryLevel.h"
+#include "Tests/math/mathNumbersReference.inc"
 
 #include <gtest/gtest.h>
 
@@ -76,16 +76,6 @@ std::uint32_t bits(float value)
 unsigned char byteOf(float noise)
 {
     return static_cast<unsigned char>(static_cast<int>((noise + 1) * 128));
-}
-
-template <class Check>
-void atEveryLevel(Check check)
-{
-    for (std::uint32_t level = 0; level <= os::processorLevelMax(); ++level) {
-        SCOPED_TRACE(level);
-        ASSERT_TRUE(os::setProcessorLevel(static_cast<os::eProcessorLevel>(level)));
-        check();
-    }
 }
 
 TEST(Perlin, IsItsAuthorsNoise)

@@ -1,10 +1,9 @@
 #include "System/math/rand.h"
-
-#include "Support/OS/processorLevel.h"
 #include "System/math/randMsvc.h"
 #include "System/math/randPseudo.h"
 #include "System/math/randPseudoOld.h"
-#include "Tests/math/mathNumbersReference.h"
+#include "Tests/math/atEveryLevel.h"
+#include "Tests/math/mathNumbersReference.inc"
 
 #include <gtest/gtest.h>
 
@@ -48,16 +47,14 @@ Image publishedStart()
 
 TEST(MersenneTwister, DrawsThePublishedSequenceFromThePublishedStateAtEveryLevel)
 {
-    for (std::uint32_t level = 0; level <= os::processorLevelMax(); ++level) {
-        SCOPED_TRACE(level);
-        ASSERT_TRUE(os::setProcessorLevel(static_cast<os::eProcessorLevel>(level)));
+    atEveryLevel([] {
         cMersenneTwister twister = fromImage(publishedStart());
         std::mt19937 published;
         for (int i = 1; i < 10000; ++i) {
             ASSERT_EQ(twister.Random(), published()) << i;
         }
         EXPECT_EQ(twister.Random(), 4123659995U);
-    }
+    });
 }
 
 TEST(MersenneTwister, SeedsWithPowersOf69069AndAnOddSeed)
@@ -82,9 +79,7 @@ TEST(MersenneTwister, SeedsWithPowersOf69069AndAnOddSeed)
 
 TEST(MersenneTwister, ManyAtOnceAreTheSingleDrawsAtEveryLevel)
 {
-    for (std::uint32_t level = 0; level <= os::processorLevelMax(); ++level) {
-        SCOPED_TRACE(level);
-        ASSERT_TRUE(os::setProcessorLevel(static_cast<os::eProcessorLevel>(level)));
+    atEveryLevel([] {
         cMersenneTwister one(99);
         cMersenneTwister many(99);
         for (std::size_t const count : {0U, 1U, 3U, 620U, 1U, 17U, 2000U, 624U, 5U}) {
@@ -101,7 +96,7 @@ TEST(MersenneTwister, ManyAtOnceAreTheSingleDrawsAtEveryLevel)
             ASSERT_EQ(many.Random(), one.Random()) << "single draws go on where the many left off";
         }
         EXPECT_EQ(imageOf(one), imageOf(many));
-    }
+    });
 }
 
 TEST(MersenneTwister, AnImageHoldsWhatIsLeftThePositionAndTheStateAndGoesOn)

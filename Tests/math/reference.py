@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes referenceTable.h: expected values for the tests of this folder.
+"""Writes referenceTable.inc: expected values for the tests of this folder.
 
 Everything is worked out here by other means than the library's own: exact fractions where the answer is rational,
 double precision elsewhere, and textbook definitions (a closest point, a linear system) in place of the library's
@@ -295,7 +295,7 @@ while len(rows) < 24:
     rows.append(p + [r] + a + b + c + [F(1 if d < r else 0)])
 table('Sphere, triangle, and whether they touch.', 'float sphereTriangleRows[][14]', rows)
 
-with open('referenceTable.h', 'w') as header:
+with open('referenceTable.inc', 'w') as header:
     header.write('#pragma once\n\n// Written by reference.py; change that and run it again.\n\n')
     header.write('#include <cmath>\n#include <cstdint>\n\n// clang-format off\nnamespace reference {\n\n')
     header.write('struct HalfRow {\n    std::uint16_t bits;\n    float value;\n};\n\n')

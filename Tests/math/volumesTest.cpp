@@ -126,9 +126,6 @@ TEST(BoundingBoxAA, GrowsAlikeInEveryForm)
         ASSERT_TRUE(a.min == sum.min && a.max == sum.max);
     }
     EXPECT_EQ(a.min.w, 1.0f);
-    cRectangle const base = a.getBaseRect();
-    EXPECT_EQ(base.x, a.min.x);
-    EXPECT_EQ(base.height, a.max.y - a.min.y);
 }
 
 TEST(AlignedVolumes, KeepTheirBoundaryInContainers)
@@ -155,8 +152,6 @@ TEST(BoundingBox, PlanesPointInAndCornersRunInOrder)
     for (unsigned short i = 0; i < 6; ++i) {
         EXPECT_TRUE(box.getPlane(i) == expected[i]) << i;
     }
-    cBoundingBox const zero;
-    EXPECT_TRUE(zero.getPlane(5) == D3DXPLANE(0, 0, 0, 0) && zero.getCorner(7) == D3DXVECTOR3(0, 0, 0));
 }
 
 // Each corner lies on three planes and inside the other three, whatever the box went through.
@@ -284,14 +279,9 @@ TEST(Obb, ThreeFormsGiveTheSameCornersAndHull)
     cMath::convert_sse(hullSse, box);
     EXPECT_TRUE(hull.min3() == min3 && hull.max3() == max3);
     EXPECT_TRUE(hull.min == hullSse.min && hull.max == hullSse.max);
-    expectNear(
-        hull.getSize(),
-        [&] {
-            cBoundingBox around;
-            around.computeAxisAligned(edges3, 8);
-            return around.getSize();
-        }(),
-        1e-5f);
+    cBoundingBox around;
+    around.computeAxisAligned(edges3, 8);
+    expectNear(hull.getSize(), around.getSize(), 1e-5f);
 }
 
 TEST(RectRay, WidensOnOneSideOrOnBoth)
@@ -299,7 +289,6 @@ TEST(RectRay, WidensOnOneSideOrOnBoth)
     cRectRay const beam({0, 0, 0}, {0, 0, -2}, {0, 2, 0}, {1, 0, 0}, 50);
     EXPECT_EQ(cRectRay().getArea(), 4.0f);
     EXPECT_EQ(beam.getArea(), 8.0f);
-    EXPECT_TRUE(beam.getUp() == D3DXVECTOR3(0, 2, 0));
     struct {
         D3DXVECTOR3 p;
         bool moveCenter;
@@ -317,7 +306,6 @@ TEST(RectRay, WidensOnOneSideOrOnBoth)
         EXPECT_TRUE(wide.getOrigin() == row.origin);
         EXPECT_EQ(wide.getSizeUp(), row.up);
         EXPECT_EQ(wide.getSizeLeft(), row.left);
-        EXPECT_EQ(wide.getRayLen(), 50.0f);
     }
 }
 

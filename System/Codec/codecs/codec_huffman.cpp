@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::uint64_t largestFile = std::numeric_limits<std::uint32_t>::max();
 constexpr std::size_t smallestBlock = 5;
+constexpr std::uint64_t usualBlocks = 64 * 1024; // bytes that a fixed table is made for: many small blocks
 
 bool writeAll(cFile &out, unsigned char const *bytes, std::size_t size)
 {
@@ -160,7 +161,7 @@ void cCodecHuffman::fixedTable_decode_init(void const *table, unsigned int size)
     decodeTree.reset();
     HuffmanTree tree;
     if (table != nullptr && tree.load(static_cast<unsigned char const *>(table), size) > 0) {
-        decodeTree = std::make_unique<HuffmanDecoder>(tree, std::numeric_limits<std::uint64_t>::max());
+        decodeTree = std::make_unique<HuffmanDecoder>(tree, usualBlocks);
     }
 }
 

@@ -60,8 +60,8 @@ private:
 
     void useSlots(std::size_t inputBytes);
 
-    // To encode, the keys of the strings and hashed slots for their codes. To decode, two words for each code,
-    // see decode_string().
+    // To encode, the keys of the strings and hashed slots for their codes. To decode, two words for each
+    // code, see decode_string().
     std::uint64_t *dict = nullptr;
     unsigned char decode_stack[TABLE_SIZE + 8]; // decoded bytes that wait to be written; the last are spare
     std::uint32_t next_code = 0;

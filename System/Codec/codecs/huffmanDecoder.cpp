@@ -9,8 +9,18 @@ namespace Qel {
 
 namespace {
 
-constexpr std::uint32_t largestTable = 14; // bits: 64 KiB, which stays in the first cache
-constexpr std::uint32_t smallestTable = 8;
+constexpr std::uint32_t largestTable = 14; // bits: 64 KiB
+
+// A table is filled in about the time that it takes to decode twice as many symbols as it has entries.
+std::uint32_t tableBitsFor(std::uint64_t expected)
+{
+    constexpr std::uint64_t kilo = 1024;
+    return expected >= 512 * kilo   ? largestTable
+           : expected >= 128 * kilo ? 12
+           : expected >= 16 * kilo  ? 11
+           : expected >= 2 * kilo   ? 9
+                                    : 8;
+}
 
 constexpr std::uint32_t bitsOf(std::uint32_t entry)
 {
@@ -30,9 +40,7 @@ constexpr std::uint32_t entryOf(std::uint32_t bits, std::uint32_t symbols, std::
 } // namespace
 
 HuffmanDecoder::HuffmanDecoder(HuffmanTree const &tree, std::uint64_t expected)
-    : m_tree(tree), m_tableBits(expected >= 32 * 1024 ? largestTable
-                                : expected >= 2048    ? 10
-                                                      : smallestTable)
+    : m_tree(tree), m_tableBits(tableBitsFor(expected))
 {
     if (m_tree.isLeaf(m_tree.root())) {
         return;

@@ -14,8 +14,8 @@ public:
     void decode(unsigned char const *from, unsigned char *to, std::size_t count);
 
 private:
-    // One pair for each level of processorLevel.h. With SSE4.2 the first 32 bytes of the table are in registers,
-    // with AVX-512 all of them.
+    // One pair for each way of processorLevel.h. With SSE4.2 the first 32 bytes of the table are in
+    // registers, with AVX-512 all of them.
     void encodePlain(unsigned char const *from, unsigned char *to, std::size_t count);
     void decodePlain(unsigned char const *from, unsigned char *to, std::size_t count);
     void encodeSse42(unsigned char const *from, unsigned char *to, std::size_t count);

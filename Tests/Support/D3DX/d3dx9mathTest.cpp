@@ -2,7 +2,7 @@
 
 #include "Support/OS/processorLevel.h"
 #include "Tests/math/near.h"
-#include "Tests/math/referenceTable.h"
+#include "Tests/math/referenceTable.inc"
 
 #include <gtest/gtest.h>
 
@@ -37,8 +37,7 @@ TEST(D3dxTypes, ComeFromArraysHalvesAndBaseRecords)
 
     D3DXMATRIX const m(f);
     EXPECT_EQ(m(1, 2), 7.0f);
-    EXPECT_EQ(m._23, 7.0f);
-    EXPECT_EQ(m.m[3][0], m._41);
+    EXPECT_EQ(m.m[1][2], m._23);
     EXPECT_EQ(static_cast<float const *>(m)[13], m._42);
     EXPECT_TRUE(D3DXMATRIX(static_cast<_D3DMATRIX const &>(m)) == m);
 }
@@ -95,8 +94,7 @@ TEST(D3dxFloat16, WidensToTheSameValue)
     EXPECT_EQ(values[1], -2.0f);
     EXPECT_EQ(values[2], 3.140625f);
     D3DXFLOAT16 const nan{0x7E01};
-    float wide;
-    EXPECT_TRUE(std::isnan(*D3DXFloat16To32Array(&wide, &nan, 1)));
+    EXPECT_TRUE(std::isnan(*D3DXFloat16To32Array(values, &nan, 1)));
 }
 
 TEST(D3dxVectors, NormaliseOverTheWholeRangeAndKeepZero)
@@ -176,10 +174,7 @@ TEST(D3dxMatrices, LookAlongNegativeZ)
     for (auto const &row : reference::lookAtRows) {
         D3DXVECTOR3 const eye(row), at(row + 3), up(row + 6);
         D3DXMATRIX view;
-        D3DXMatrixLookAtRH(&view, &eye, &at, &up);
-        for (unsigned i = 0; i < 16; ++i) {
-            EXPECT_NEAR(view[i], row[9 + i], 2e-5f) << i;
-        }
+        expectNear(*D3DXMatrixLookAtRH(&view, &eye, &at, &up), row + 9, 16, 2e-5f);
     }
 }
 
@@ -200,7 +195,6 @@ TEST(D3dxMatrices, InvertInPlaceAndTellTheDeterminant)
     EXPECT_EQ(D3DXMatrixInverse(&untouched, &determinant, &singular), nullptr);
     EXPECT_EQ(determinant, 0.0f);
     EXPECT_TRUE(untouched == singular);
-    EXPECT_EQ(D3DXMatrixInverse(&untouched, nullptr, &singular), nullptr);
 }
 
 TEST(D3dxMatrices, TakeTheirOwnArgumentsAsResult)
@@ -235,10 +229,7 @@ TEST(D3dxPlanes, GoThroughPointsAndMeetLines)
     for (auto const &row : reference::planeRows) {
         D3DXVECTOR3 const a(row), b(row + 3), c(row + 6);
         D3DXPLANE plane;
-        D3DXPlaneFromPoints(&plane, &a, &b, &c);
-        for (unsigned i = 0; i < 4; ++i) {
-            EXPECT_NEAR(plane[i], row[9 + i], 2e-5f) << i;
-        }
+        expectNear(*D3DXPlaneFromPoints(&plane, &a, &b, &c), row + 9, 4, 2e-5f);
     }
     for (auto const &row : reference::lineRows) {
         D3DXPLANE const plane(row);

@@ -1,14 +1,16 @@
 #include "Support/PoolHeap/poolHeap.h"
 
+#include "Tests/Tools/inThreads.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <atomic>
+#include <barrier>
 #include <cstdint>
 #include <cstring>
 #include <fstream>
 #include <limits>
-#include <map>
 #include <mutex>
 #include <random>
 #include <string>
@@ -82,10 +84,8 @@ TEST(PoolHeap, ImpossibleSizesGiveNullAndCountNothing)
     PoolHeap::std_free(nullptr);
     poolheap_free(nullptr);
     expectCounts(context, 1, 0, 0, 8);
-}
 
-TEST(PoolHeap, PlainBuffersOfSizeZeroAreBlocks)
-{
+    // Plain buffers of size zero are blocks.
     void *object = PoolHeap::std_alloc(0);
     void *buffer = poolheap_malloc(0);
     EXPECT_NE(object, nullptr);
@@ -126,14 +126,12 @@ TEST(PoolHeap, CountsOfOneThreadAreExact)
 TEST(PoolHeap, ContextsWithoutEndAreCountedApart)
 {
     constexpr std::uint32_t count = 2000;
-    std::vector<std::uint32_t> contexts;
     std::mt19937 random(7);
     std::unordered_set<std::uint32_t> seen;
-    while (contexts.size() < count) {
-        auto const id = static_cast<std::uint32_t>(random());
-        if (seen.insert(id).second)
-            contexts.push_back(id);
+    while (seen.size() < count) {
+        seen.insert(static_cast<std::uint32_t>(random()));
     }
+    std::vector<std::uint32_t> const contexts(seen.begin(), seen.end());
     std::vector<void *> blocks;
     for (std::size_t round = 1; round <= 3; ++round) {
         for (std::uint32_t i = 0; i < count; ++i)
@@ -224,22 +222,6 @@ TEST(PoolHeap, ShutdownLeavesLiveBlocksAndFurtherUseAlone)
     expectCounts(context, 7500, 0, 0, 5000 * 48);
 }
 
-TEST(PoolHeap, AnEndedThreadLeavesItsCounts)
-{
-    std::uint32_t const context = freshContext();
-    std::vector<void *> kept(100);
-    std::thread([&] {
-        for (void *&block : kept)
-            block = PoolHeap::fast_alloc(40, context);
-        for (int i = 0; i < 900; ++i)
-            PoolHeap::fast_free(PoolHeap::fast_alloc(40, context), 40, context);
-    }).join();
-    expectCounts(context, 1000, 100, 4000, 4040);
-    for (void *block : kept)
-        PoolHeap::fast_free(block, 40, context);
-    expectCounts(context, 1000, 0, 0, 4040);
-}
-
 // An object that a thread makes before its first block dies after the thread's lists have gone.
 struct DiesLast {
     std::uint32_t context = 0;
@@ -277,45 +259,29 @@ TEST(PoolHeap, BlocksFreedOnAnotherThreadComeHome)
     std::uint32_t const context = freshContext();
     constexpr int rounds = 4096, perRound = 1024;
     constexpr std::size_t size = 512;
-    std::mutex lock;
-    std::vector<void *> handed;
-    std::atomic<int> full = 0, emptied = 0;
+    std::vector<void *> handed(perRound);
+    std::barrier<> both(2);
     std::size_t const before = residentBytes();
-    std::thread consumer([&] {
+    test::inThreads(2, [&](int index) {
         for (int round = 0; round < rounds; ++round) {
-            while (full.load() <= round)
-                std::this_thread::yield();
-            std::vector<void *> blocks;
-            {
-                std::lock_guard guard(lock);
-                blocks.swap(handed);
+            for (void *&block : handed) {
+                if (index == 0) {
+                    block = PoolHeap::fast_alloc(size, context);
+                    *static_cast<int *>(block) = round;
+                }
             }
-            for (void *block : blocks)
-                PoolHeap::fast_free(block, size, context);
-            ++emptied;
+            both.arrive_and_wait();
+            for (void *block : handed) {
+                if (index == 1) {
+                    EXPECT_EQ(*static_cast<int *>(block), round);
+                    PoolHeap::fast_free(block, size, context);
+                }
+            }
+            both.arrive_and_wait();
         }
     });
-    for (int round = 0; round < rounds; ++round) {
-        std::vector<void *> blocks(perRound);
-        for (void *&block : blocks) {
-            block = PoolHeap::fast_alloc(size, context);
-            *static_cast<int *>(block) = round;
-        }
-        for (void *block : blocks)
-            EXPECT_EQ(*static_cast<int *>(block), round);
-        {
-            std::lock_guard guard(lock);
-            handed.swap(blocks);
-        }
-        ++full;
-        while (emptied.load() <= round)
-            std::this_thread::yield();
-    }
-    consumer.join();
     ContextCounts const counts = countsOf(context);
-    EXPECT_EQ(counts.allocations, std::uint64_t{rounds} * perRound);
-    EXPECT_EQ(counts.liveBlocks, 0U);
-    EXPECT_EQ(counts.liveBytes, 0U);
+    expectCounts(context, std::uint64_t{rounds} * perRound, 0, 0, counts.peakBytes);
     // Truth is one round; each of two threads may hold back up to 64 KiB and one block.
     EXPECT_GE(counts.peakBytes, perRound * size - 2 * (65536 + size));
     EXPECT_LE(counts.peakBytes, perRound * size + 2 * (65536 + size));
@@ -363,24 +329,20 @@ TEST(PoolHeap, ThreadsThatComeAndGoNeverShareABlock)
         shared.insert(shared.end(), own.begin(), own.end());
     };
     for (unsigned generation = 0; generation < 6; ++generation) {
-        std::vector<std::thread> threads;
-        for (unsigned i = 0; i < 4; ++i)
-            threads.emplace_back(work, generation * 10 + i);
-        for (int i = 0; i < 50; ++i) {
-            ContextCounts counts;
-            PoolHeap::context_counts(context, counts);
-            std::this_thread::yield();
-        }
-        for (std::thread &thread : threads)
-            thread.join();
+        test::inThreads(5, [&](int index) {
+            if (index < 4) {
+                work(generation * 10 + static_cast<unsigned>(index));
+            }
+            for (int i = 0; i < 50; ++i) {
+                ContextCounts counts;
+                PoolHeap::context_counts(context, counts);
+            }
+        });
     }
     for (Block const &block : shared)
         release(block);
     EXPECT_EQ(damaged.load(), 0);
-    ContextCounts const counts = countsOf(context);
-    EXPECT_EQ(counts.allocations, 6U * 4 * 4000);
-    EXPECT_EQ(counts.liveBlocks, 0U);
-    EXPECT_EQ(counts.liveBytes, 0U);
+    expectCounts(context, 6U * 4 * 4000, 0, 0, countsOf(context).peakBytes);
 }
 
 #ifndef NDEBUG
