@@ -26,9 +26,8 @@ TEST_F(Qelpack, FilesComeBackThroughEachCodecAndThroughChains)
 {
     test::writeFile("in", test::makeData("text", 200'000, 1));
     test::writeFile("empty", "");
-    for (char const *const codecs :
-         {"huffman", "CODEC_LZ77", "lzw", "mtf", "zip", "zip --level 9", "zip --extended", "lz77,huffman",
-          "zip,mtf,lzw", "lzw,zip"}) {
+    for (char const *const codecs : {"huffman", "CODEC_LZ77", "lzw", "mtf", "zip", "zip --level 9",
+                                     "zip --extended", "lz77,huffman", "zip,mtf,lzw", "lzw,zip"}) {
         SCOPED_TRACE(codecs);
         for (char const *const name : {"in", "empty"}) {
             std::string const files = std::string(" ") + name + " packed";
