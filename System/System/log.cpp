@@ -125,7 +125,10 @@ void Log::setCallbackFilter(String const &filter)
 // could see the file between them.
 void Log::output(std::string_view indent, std::string_view text, LogMessageLevel level)
 {
-    LogCallback const callback = insideCallback ? nullptr : m_callback.load(std::memory_order_acquire);
+    LogCallback callback = m_callback.load(std::memory_order_acquire);
+    if (callback != nullptr && insideCallback) {
+        callback = nullptr;
+    }
     if (callback != nullptr && !indent.empty()) {
         output({}, indent, level);
         indent = {};
