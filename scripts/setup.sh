@@ -3,21 +3,15 @@
 set -euo pipefail
 
 packages=(
-    g++ cmake ninja-build pkg-config          # build
-    zlib1g-dev                                # the library itself
-    clang-format-14                           # formatting check
-    libzip-dev                                # plugin for zip archives
-    libcli11-dev                              # command lines of hosts and tools
-    libgtest-dev                              # tests
-    libbenchmark-dev                          # benchmarks, and the peers in them:
-    libgoogle-perftools-dev libmimalloc-dev libspdlog-dev
-    libabsl-dev libphysfs-dev
-    libcli11-dev libedit-dev                  # command lines of hosts and tools, the host's console
-    clang-14 libclang-rt-14-dev               # fuzzers
-    libgtest-dev                              # tests
-    libbenchmark-dev                          # benchmarks, and the peers in them:
-    libgoogle-perftools-dev libmimalloc-dev libspdlog-dev
-    libdeflate-dev libtiff-dev libzstd-dev
+    g++ cmake ninja-build pkg-config    # build
+    zlib1g-dev                          # the library itself
+    libzip-dev                          # plugin for zip archives
+    libcli11-dev libedit-dev            # command lines of hosts and tools, the host's console
+    libgtest-dev                        # tests
+    clang-format-14                     # formatting check
+    clang-14 libclang-rt-14-dev         # fuzzers
+    libbenchmark-dev                    # benchmarks, and the peers in them:
+    libabsl-dev
     libbullet-dev
     libdeflate-dev
     libeigen3-dev
@@ -26,10 +20,13 @@ packages=(
     libgoogle-perftools-dev
     libkissfft-dev
     libmimalloc-dev
+    libphysfs-dev
     libspdlog-dev
     libssl-dev
     libstb-dev
     libtbb-dev
+    libtiff-dev
+    libzstd-dev
     re2c
 )
 
