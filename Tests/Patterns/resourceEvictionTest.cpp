@@ -26,7 +26,7 @@ std::string loadedOnes(TestMgr &manager, int count)
     std::string result;
     for (int i = 0; i < count; ++i) {
         unsigned int const id = manager.nameToID(named(i).c_str());
-        result += id == 0 ? '-' : static_cast<Resource *>(manager.getByID(id, false))->isLoaded() ? 'x' : '.';
+        result += id == 0 ? '-' : static_cast<Resource *>(manager.getByID(id, false))->isLoaded() ? 'L' : '.';
     }
     return result;
 }
@@ -40,13 +40,13 @@ TEST_F(ResourceMgr, EvictsTheOldestDownToThreeQuarters)
         unsigned int usage;
         char const *left;
     } const rows[] = {
-        {"below", 1000, 0, -1, 1000, "xxxxxxxxxx"},
-        {"down to below 675", 900, 0, -1, 600, "----xxxxxx"},
-        {"exactly three quarters is not enough", 800, 0, -1, 500, "-----xxxxx"},
-        {"no limit", 0, 0, -1, 1000, "xxxxxxxxxx"},
-        {"all but what was just used", 1, 0, -1, 200, "--------xx"},
-        {"not what is referenced", 900, 0, 0, 600, "x----xxxxx"},
-        {"unloads the referenced too and destroys none", 900, 2, 0, 600, "....xxxxxx"},
+        {"below", 1000, 0, -1, 1000, "LLLLLLLLLL"},
+        {"down to below 675", 900, 0, -1, 600, "----LLLLLL"},
+        {"exactly three quarters is not enough", 800, 0, -1, 500, "-----LLLLL"},
+        {"no limit", 0, 0, -1, 1000, "LLLLLLLLLL"},
+        {"all but what was just used", 1, 0, -1, 200, "--------LL"},
+        {"not what is referenced", 900, 0, 0, 600, "L----LLLLL"},
+        {"unloads the referenced too and destroys none", 900, 2, 0, 600, "....LLLLLL"},
     };
     for (auto const &row : rows) {
         SCOPED_TRACE(row.what);
@@ -80,7 +80,7 @@ TEST_F(ResourceMgr, TakesNothingThatWasUsedInTheLastThreeTicks)
     ticks(2);
     manager.setMemoryBudget(10);
     EXPECT_EQ(manager.getMemoryUsage(), 300u);
-    EXPECT_EQ(loadedOnes(manager, 4), "xxx-") << "the last one is of the new count";
+    EXPECT_EQ(loadedOnes(manager, 4), "LLL-") << "the last one is of the new count";
 }
 
 TEST_F(ResourceMgr, EvictsBatchByBatchUntilTheTargetIsMet)
