@@ -69,8 +69,8 @@ public:
 
     /// Gives the image new pixels, all zero; the old ones are freed first.
     /// @param newPalette  copied; null: the palette stays
-    /// @return the size in bytes. 0 for a size of 0, one above maxBytes or without memory: getData() is then
-    ///         null and everything else stays
+    /// @return the size in bytes. 0 for a size of 0, one above maxBytes, a pitch below the width or without
+    ///         memory: getData() is then null and everything else stays
     unsigned int setCanvas(cPixelFormat const &format, unsigned short newWidth, unsigned short newHeight,
                            cPalette const *newPalette);
 
@@ -146,6 +146,11 @@ public:
 
 private:
     bool allocdata(unsigned int size);
+    bool hasMasks() const ///< pixels there are, and of a format with channels
+    {
+        return data != nullptr && m_format.getFormat() != PAL8 && m_format.getFormat() != FLOAT;
+    }
+    unsigned char *pixelAt(unsigned int x, unsigned int y) const;
 
     cPixelFormat m_format{A8R8G8B8};
     cPalette palette;
