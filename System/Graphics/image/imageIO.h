@@ -6,6 +6,7 @@ namespace Qel {
 
 class cFile;
 class cImage;
+class cPalette;
 class String;
 
 /// A file format of images: reads a stream into an image, and writes one out.

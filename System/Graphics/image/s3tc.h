@@ -76,6 +76,16 @@ public:
     void from_S3TC4or5(unsigned int *dest, unsigned short const *src, unsigned int width,
                        unsigned int height);
     /// @}
+
+private:
+    static void findbest(unsigned char const *values, unsigned int const *weights, unsigned int count,
+                         unsigned int *ends, unsigned int maxValue);
+    static unsigned int findcolor4x4(unsigned short *block, unsigned int const *pixels,
+                                     unsigned int pitchPixels);
+    static unsigned int findcolor4x4a(unsigned short *block, unsigned int const *pixels,
+                                      unsigned int pitchPixels);
+    static unsigned int findalpha4x4(unsigned short *block, unsigned char const *alpha,
+                                     unsigned int rowBytes);
 };
 
 } // namespace Qel
