@@ -130,6 +130,7 @@ void cArchiveContainer::addArchive(iArchive &archive)
         } else if (char const *const text = m_names.str_add(file.text)) {
             entry.text = text;
             entry.length = wanted.length;
+            // It may be there already.
             std::memmove(entry.head, wanted.head, sizeof entry.head);
             fresh.push_back(entry);
         }
@@ -265,7 +266,7 @@ inline bool cArchiveContainer::Wanted::operator==(sFileEntry const &entry) const
                               std::memcmp(entry.text + headSize, text + headSize, length - headSize) == 0);
 }
 
-/// @param head  used for a name that is too short to be looked at that far
+// The head is used for a name that is too short to be looked at that far.
 cArchiveContainer::Wanted cArchiveContainer::wantedOf(HashConstCharPtr const &file, NameHead &head)
 {
     std::size_t const length = std::strlen(file.text);
