@@ -15,6 +15,7 @@
 #include <cstdio>
 #include <cstring>
 #include <iterator>
+#include <numeric>
 
 namespace Qel {
 
@@ -137,10 +138,23 @@ void cArchiveContainer::addArchive(iArchive &archive)
     }
 
     m_archives.push_back(&archive);
-    std::stable_sort(fresh.begin(), fresh.end());
-    auto const sorted = static_cast<std::ptrdiff_t>(m_files.size());
-    m_files.insert(m_files.end(), fresh.begin(), fresh.end());
-    std::inplace_merge(m_files.begin(), m_files.begin() + sorted, m_files.end());
+    // By their numbers and not in place: the room that the standard library takes for the latter is not
+    // aligned as the entries are.
+    std::vector<std::uint32_t> order(fresh.size());
+    std::iota(order.begin(), order.end(), 0U);
+    std::stable_sort(order.begin(), order.end(),
+                     [&](std::uint32_t a, std::uint32_t b) { return fresh[a] < fresh[b]; });
+    std::vector<sFileEntry> files;
+    files.reserve(m_files.size() + fresh.size());
+    auto known = m_files.begin();
+    for (std::uint32_t const next : order) {
+        auto const before = std::upper_bound(known, m_files.end(), fresh[next]);
+        files.insert(files.end(), known, before);
+        files.push_back(fresh[next]);
+        known = before;
+    }
+    files.insert(files.end(), known, m_files.end());
+    m_files.swap(files);
     indexFiles();
 }
 
