@@ -114,6 +114,7 @@ void MediaJob::followBudget()
     if (m_budget != settings::budget) {
         m_budget = settings::budget;
         m_budgetFrames = 0;
+        m_peak = 0;
         m_manager.setMemoryBudget(static_cast<unsigned>(std::max(0, m_budget)));
     }
 }
@@ -126,10 +127,12 @@ std::uint64_t MediaJob::share() const
 
 void MediaJob::watchBudget()
 {
+    if (m_budgetFrames < static_cast<int>(m_recent.size())) {
+        return; // what is there an earlier budget has allowed
+    }
     std::uint64_t const usage = m_manager.getMemoryUsage();
     m_peak = std::max(m_peak, usage);
-    bool const hasTakenHold = m_budgetFrames >= static_cast<int>(m_recent.size());
-    if (m_budget > 0 && hasTakenHold && usage > static_cast<std::uint64_t>(m_budget)) {
+    if (m_budget > 0 && usage > static_cast<std::uint64_t>(m_budget)) {
         m_isBudgetKept = false;
     }
 }
@@ -261,7 +264,9 @@ void MediaJob::loaded(Qel::String const &name, PoolBlk const &bytes)
 
 void MediaJob::unloaded(Qel::String const &)
 {
-    ++pass().evictions;
+    if (m_phase != Phase::done) {
+        ++pass().evictions;
+    }
 }
 
 void MediaJob::compare(Qel::String const &name, PoolBlk const &bytes)

@@ -68,7 +68,7 @@ public:
     std::size_t leftOut() const { return m_leftOut; }         ///< that should be there and are not found
     std::size_t compared() const { return m_compared; }       ///< loads
     std::size_t notCompared() const { return m_notCompared; } ///< loads of what nobody has told
-    std::uint64_t peak() const { return m_peak; }             ///< bytes that were loaded at one time
+    std::uint64_t peak() const { return m_peak; }             ///< bytes loaded at one time under this budget
     bool isBudgetKept() const { return m_isBudgetKept; }
     bool canKeepBudget() const; ///< is no file longer than the budget?
 

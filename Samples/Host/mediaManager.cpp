@@ -53,7 +53,10 @@ private:
 MediaManager::MediaManager(MediaWatcher &watcher)
     : cResourceManager(memoryContext, CACHE_UNREFERENCED_RESOURCES), m_watcher(watcher)
 {
-    PoolHeap::context_init({.name = "loaded media", .id = memoryContext});
+    PoolHeap::ContextInfo context;
+    context.name = "loaded media";
+    context.id = memoryContext;
+    PoolHeap::context_init(context);
 }
 
 void MediaManager::clear()
