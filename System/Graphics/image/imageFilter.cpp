@@ -59,8 +59,8 @@ constexpr unsigned int wideBytes = 4; // of a pixel in A8R8G8B8
 // Whole pixels of one row, to A8R8G8B8 and back.
 void widen(cPixelFormat const &format, unsigned char const *row, void *wide, unsigned int pixels)
 {
-    cPixelFormat::convertStream(A8R8G8B8, static_cast<unsigned char *>(wide), wideBytes * pixels, format,
-                                row, format.getBytePerPixel() * pixels);
+    cPixelFormat::convertStream(A8R8G8B8, static_cast<unsigned char *>(wide), wideBytes * pixels, format, row,
+                                format.getBytePerPixel() * pixels);
 }
 
 void narrow(cPixelFormat const &format, void const *wide, unsigned char *row, unsigned int pixels)
@@ -253,12 +253,16 @@ bool cImage::applyAction(eImageCommand command)
     if (hasByteChannels(m_format)) {
         constexpr unsigned int part = 1024;
         std::uint32_t wide[part];
-        for (unsigned int y = 0; y < height; ++y) {
-            for (unsigned int x = 0; x < width; x += part) {
-                unsigned int const count = std::min(part, width - x);
-                widen(m_format, pixelAt(x, y), wide, count);
+        // Rows without gaps are one.
+        unsigned int const rows = pitch == width ? height : 1;
+        for (unsigned int y = 0; y < height; y += rows) {
+            unsigned char *pixels = pixelAt(0, y);
+            for (unsigned int left = width * rows, count = 0; left != 0; left -= count) {
+                count = std::min(part, left);
+                widen(m_format, pixels, wide, count);
                 imageKernels->gray(wide, count);
-                narrow(m_format, wide, pixelAt(x, y), count);
+                narrow(m_format, wide, pixels, count);
+                pixels += std::size_t{count} * getBytesPerPixel();
             }
         }
         return true;

@@ -118,9 +118,13 @@ template <unsigned int dstBytes, unsigned int srcBytes>
 std::size_t convertByBytes(PixelRoute const &route, unsigned char *dst, unsigned char const *src,
                            std::size_t pixels)
 {
+    constexpr std::size_t worthIt = 256; // below, the tables take longer than they save
     if constexpr (dstBytes == 2) {
         return 0;
     } else {
+        if (pixels < worthIt) {
+            return 0;
+        }
         ByteRoute const bytes(route, dstBytes);
         if constexpr (srcBytes == 2) {
             return bytes.isWhole ? spreadWords<dstBytes>(route, bytes, dst, src, pixels) : 0;
