@@ -24,7 +24,7 @@ struct Deprecation : testing::Test {
 std::string const stars = std::string(61, '*') + "\n";
 std::string const head = stars + "WARNING. You are using the following deprecated functions:\n";
 
-[[gnu::noinline, gnu::noclone]] bool oldOne()
+[[gnu::noinline]] bool oldOne()
 {
     bool const first =
         DeprecationMgr::Instance().addDeprecatedFunction("oldOne", "newOne", __builtin_frame_address(0));
