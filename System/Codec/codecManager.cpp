@@ -5,7 +5,6 @@
 #include "System/Codec/codecs/codec_lzw.h"
 #include "System/Codec/codecs/codec_mtf.h"
 #include "System/Codec/codecs/codec_zip.h"
-#include "System/Patterns/tSingletonImpl.h"
 #include "System/System/logManager.h"
 #include "System/System/pluginMgr.h"
 

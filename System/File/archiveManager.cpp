@@ -3,7 +3,6 @@
 #include "System/File/archive.h"
 #include "System/File/archiveFactory.h"
 #include "System/File/archiveStreaming.h"
-#include "System/Patterns/tSingletonImpl.h"
 #include "System/System/logManager.h"
 #include "System/System/pluginMgr.h"
 

@@ -1,7 +1,5 @@
 #include "System/Thread/queuedTaskMgr.h"
 
-#include "System/Patterns/tSingletonImpl.h"
-
 #include <algorithm>
 
 namespace Qel {
