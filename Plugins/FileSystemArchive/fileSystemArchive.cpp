@@ -110,32 +110,32 @@ bool FileSystemArchive::exists(HashConstCharPtr const &file)
     return findFile(file.text, nullptr, file.hash);
 }
 
-bool FileSystemArchive::findFile(char const *name, FileInfo *info, unsigned int hash)
+bool FileSystemArchive::findFile(char const *fileName, FileInfo *info, unsigned int hash)
 {
     auto const shown = view();
-    std::size_t const at = shown ? shown->index.find({name, hash}) : ArchiveIndex::npos;
-    std::uint64_t size = 0;
+    std::size_t const at = shown ? shown->index.find({fileName, hash}) : ArchiveIndex::npos;
+    std::uint64_t bytes = 0;
     std::int64_t modTime = 0;
-    if (at == ArchiveIndex::npos || !shown->folder.stat(shown->pathOf(at), size, modTime) ||
-        size >= tooLong) {
+    if (at == ArchiveIndex::npos || !shown->folder.stat(shown->pathOf(at), bytes, modTime) ||
+        bytes >= tooLong) {
         return false;
     }
     if (info != nullptr) {
         shown->index.fill(at, *this, *info);
-        info->size = static_cast<std::uint32_t>(size);
+        info->size = static_cast<std::uint32_t>(bytes);
         info->packedSize = info->size;
         info->modTime = modTime;
     }
     return true;
 }
 
-unsigned int FileSystemArchive::readFile(FileInfo *info, void *buffer, unsigned int size, unsigned int)
+unsigned int FileSystemArchive::readFile(FileInfo *info, void *buffer, unsigned int room, unsigned int)
 {
     auto const shown = view();
     std::size_t const at = shown && info != nullptr ? shown->index.find(*info) : ArchiveIndex::npos;
     return at == ArchiveIndex::npos
                ? 0
-               : static_cast<unsigned int>(shown->folder.read(shown->pathOf(at), buffer, size));
+               : static_cast<unsigned int>(shown->folder.read(shown->pathOf(at), buffer, room));
 }
 
 unsigned int FileSystemArchive::listFolder(char const *folder, Qel::StringVector &out)

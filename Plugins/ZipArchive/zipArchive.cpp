@@ -213,17 +213,17 @@ bool ZipArchive::exists(HashConstCharPtr const &file)
     return findFile(file.text, nullptr, file.hash);
 }
 
-bool ZipArchive::findFile(char const *name, FileInfo *info, unsigned int hash)
+bool ZipArchive::findFile(char const *fileName, FileInfo *info, unsigned int hash)
 {
     auto const shown = view();
-    std::size_t const at = shown ? shown->index.find({name, hash}) : ArchiveIndex::npos;
+    std::size_t const at = shown ? shown->index.find({fileName, hash}) : ArchiveIndex::npos;
     if (at != ArchiveIndex::npos && info != nullptr) {
         shown->index.fill(at, *this, *info);
     }
     return at != ArchiveIndex::npos;
 }
 
-unsigned int ZipArchive::readFile(FileInfo *info, void *buffer, unsigned int size, unsigned int)
+unsigned int ZipArchive::readFile(FileInfo *info, void *buffer, unsigned int room, unsigned int)
 {
     auto const shown = view();
     std::size_t const at = shown && info != nullptr ? shown->index.find(*info) : ArchiveIndex::npos;
@@ -234,7 +234,7 @@ unsigned int ZipArchive::readFile(FileInfo *info, void *buffer, unsigned int siz
     std::string error;
     std::uint32_t read = 0;
     if (std::unique_ptr<ZipReader> reader = shown->take(error)) {
-        read = reader->read(entry.place, entry.size, buffer, size, error);
+        read = reader->read(entry.place, entry.size, buffer, room, error);
         shown->giveBack(std::move(reader));
     }
     if (!error.empty()) {

@@ -17,8 +17,8 @@ public:
     Qel::String getComment() const override;
     std::int64_t getModTime() override;
     bool exists(Qel::HashConstCharPtr const &file) override;
-    bool findFile(char const *name, Qel::FileInfo *info, unsigned int hash) override;
-    unsigned int readFile(Qel::FileInfo *info, void *buffer, unsigned int size, unsigned int handle) override;
+    bool findFile(char const *fileName, Qel::FileInfo *info, unsigned int hash) override;
+    unsigned int readFile(Qel::FileInfo *info, void *buffer, unsigned int room, unsigned int handle) override;
     unsigned int listFolder(char const *folder, Qel::StringVector &out) override;
     std::int64_t getFileTime(Qel::HashConstCharPtr const &file) override;
     int getNumFiles() override;

@@ -50,8 +50,8 @@ private:
     protected:
         bool stream_callback(PoolBlk &data, eStreamCallback) override
         {
-            m_size = data.size();
-            m_loaded = true;
+            size = data.size();
+            loaded = true;
             return true;
         }
 
