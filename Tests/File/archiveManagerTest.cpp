@@ -40,8 +40,8 @@ public:
 private:
     class Counted : public MemoryArchive {
     public:
-        Counted(Factory &factory, char const *name)
-            : MemoryArchive(name, {{"a.txt", "content"}}), m_factory(factory)
+        Counted(Factory &factory, char const *archiveName)
+            : MemoryArchive(archiveName, {{"a.txt", "content"}}), m_factory(factory)
         {
             ++m_factory.alive;
         }
