@@ -133,7 +133,8 @@ bool RootedFolder::open(char const *path)
 
 int RootedFolder::openInside(char const *path, int flags) const
 {
-    if ((flags & O_PATH) == 0 && isPlainName(path)) {
+    // Of what is asked to be a folder the system does not tell that it is a link.
+    if ((flags & (O_PATH | O_DIRECTORY)) == 0 && isPlainName(path)) {
         int const handle = ::openat(m_handle, path, flags | O_CLOEXEC | O_NOFOLLOW);
         if (handle >= 0 || errno != ELOOP) {
             return handle;

@@ -15,6 +15,7 @@
 #include <cstdio>
 #include <cstring>
 #include <iterator>
+#include <numeric>
 
 namespace Qel {
 
@@ -130,16 +131,30 @@ void cArchiveContainer::addArchive(iArchive &archive)
         } else if (char const *const text = m_names.str_add(file.text)) {
             entry.text = text;
             entry.length = wanted.length;
+            // It may be there already.
             std::memmove(entry.head, wanted.head, sizeof entry.head);
             fresh.push_back(entry);
         }
     }
 
     m_archives.push_back(&archive);
-    std::stable_sort(fresh.begin(), fresh.end());
-    auto const sorted = static_cast<std::ptrdiff_t>(m_files.size());
-    m_files.insert(m_files.end(), fresh.begin(), fresh.end());
-    std::inplace_merge(m_files.begin(), m_files.begin() + sorted, m_files.end());
+    // By their numbers and not in place: the room that the standard library takes for the latter is not
+    // aligned as the entries are.
+    std::vector<std::uint32_t> order(fresh.size());
+    std::iota(order.begin(), order.end(), 0U);
+    std::stable_sort(order.begin(), order.end(),
+                     [&](std::uint32_t a, std::uint32_t b) { return fresh[a] < fresh[b]; });
+    std::vector<sFileEntry> files;
+    files.reserve(m_files.size() + fresh.size());
+    auto known = m_files.begin();
+    for (std::uint32_t const next : order) {
+        auto const before = std::upper_bound(known, m_files.end(), fresh[next]);
+        files.insert(files.end(), known, before);
+        files.push_back(fresh[next]);
+        known = before;
+    }
+    files.insert(files.end(), known, m_files.end());
+    m_files.swap(files);
     indexFiles();
 }
 
@@ -265,7 +280,7 @@ inline bool cArchiveContainer::Wanted::operator==(sFileEntry const &entry) const
                               std::memcmp(entry.text + headSize, text + headSize, length - headSize) == 0);
 }
 
-/// @param head  used for a name that is too short to be looked at that far
+// The head is used for a name that is too short to be looked at that far.
 cArchiveContainer::Wanted cArchiveContainer::wantedOf(HashConstCharPtr const &file, NameHead &head)
 {
     std::size_t const length = std::strlen(file.text);

@@ -138,6 +138,13 @@ TEST_F(FileSystemArchive, LeadsOutByNoLink)
     EXPECT_EQ(archive.getNumFiles(), 1);
 }
 
+TEST_F(FileSystemArchive, FollowsALinkToAFolderInside)
+{
+    fs::create_directory_symlink("Sub", "Media/Alias");
+    EXPECT_EQ(contentOf(media(), "alias/b.txt"), "beta");
+    EXPECT_EQ(contentOf(media(), "sub/b.txt"), "(none)") << "a folder is entered once";
+}
+
 TEST_F(FileSystemArchive, FollowsTheDisk)
 {
     iArchive &archive = media();
