@@ -69,7 +69,7 @@ iArchive *ArchiveManager::load(String const &name, String const &type)
     }
     iArchive *const archive = place->second->createInstance(normal);
     if (archive != nullptr) {
-        static_cast<cResource *>(archive)->m_factoryName = type;
+        static_cast<cResource *>(archive)->factoryName = type;
         Register(archive, PRIORITY_MOST_URGENT);
     }
     return archive;

@@ -39,8 +39,8 @@ bool cFileTempMem::reserve(unsigned int size)
     }
     // More than the capacity and no more than the object's own room: the contents are on the heap.
     unsigned char *const old = m_data;
-    if (m_size > 0) {
-        std::memcpy(m_inline, old, m_size);
+    if (extent() > 0) {
+        std::memcpy(m_inline, old, extent());
     }
     poolheap_free(old);
     useInline();

@@ -40,8 +40,8 @@ public:
 private:
     class Counted : public MemoryArchive {
     public:
-        Counted(Factory &factory, char const *name)
-            : MemoryArchive(name, {{"a.txt", "content"}}), m_factory(factory)
+        Counted(Factory &factory, char const *archiveName)
+            : MemoryArchive(archiveName, {{"a.txt", "content"}}), m_factory(factory)
         {
             ++m_factory.alive;
         }
@@ -50,8 +50,8 @@ private:
     protected:
         bool stream_callback(PoolBlk &data, eStreamCallback) override
         {
-            m_size = data.size();
-            m_loaded = true;
+            size = data.size();
+            loaded = true;
             return true;
         }
 

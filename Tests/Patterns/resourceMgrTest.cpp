@@ -182,7 +182,7 @@ TEST_F(ResourceMgr, KeepsAFailedLoadInOrderWhenItThrows)
     a.onStream = [] { throw std::runtime_error("no"); };
     EXPECT_THROW(manager.getByID(1, true), std::runtime_error);
     EXPECT_EQ(a.getRefCount(), 0u);
-    a.m_loaded = false;
+    a.loaded = false;
     a.onStream = nullptr;
     EXPECT_TRUE(static_cast<Resource *>(manager.getByID(1, true))->isLoaded());
 }
@@ -219,13 +219,20 @@ TEST_F(ResourceMgr, AsksTheStreamerAndTakesWhatItBrings)
     EXPECT_EQ(manager.takeCalls(), "") << "brought twice";
     EXPECT_EQ(manager.getMemoryUsage(), 4u);
 
-    // At once: the request under way is dropped, and a new one is made.
+    // At once: the request under way is dropped, and a new one is made. Another manager's goes with it, and
+    // is made again.
+    TestMgr other;
+    other.addArchive(archive);
+    other.streamResource(other.add("b", 2), PRIORITY_LEAST_URGENT);
     Resource &b = manager.add("b", 2);
     b.loadsItself = false;
     manager.streamResource(b, PRIORITY_LEAST_URGENT);
+    streamer.requests.clear();
     EXPECT_EQ(manager.getByName("b", true), &b);
-    ASSERT_EQ(streamer.requests.size(), 3u);
-    EXPECT_EQ(streamer.requests[2].priority, PRIORITY_MOST_URGENT);
+    ASSERT_EQ(streamer.requests.size(), 2u);
+    EXPECT_EQ(streamer.requests[0].user, static_cast<cResourceManager *>(&other));
+    EXPECT_EQ(streamer.requests[0].priority, PRIORITY_LEAST_URGENT);
+    EXPECT_EQ(streamer.requests[1].priority, PRIORITY_MOST_URGENT);
     ASSERT_EQ(streamer.aborted.size(), 1u);
     EXPECT_EQ(streamer.aborted[0], "b");
     EXPECT_TRUE(b.isStreaming());
@@ -244,7 +251,7 @@ TEST_F(ResourceMgr, DropsWhatComesForTheDead)
     ASSERT_EQ(streamer.requests.size(), 2u);
     std::vector<TestStreamer::Request> const requests = streamer.requests;
 
-    manager->at(1)->m_loaded = true;
+    manager->at(1)->loaded = true;
     manager->Unregister(1, true);
     manager->add("c", 1);
     manager->takeCalls();
@@ -273,7 +280,7 @@ TEST_F(ResourceMgr, StreamsIntoTheCacheByName)
                               "CACHE_UNREFERENCED_RESOURCES not set.\n"),
               std::string::npos);
 
-    TestMgr manager(0, cResourceManager::CACHE_UNREFERENCED_RESOURCES);
+    TestMgr manager(0, CACHE_UNREFERENCED_RESOURCES | cResourceManager::UNLOAD_REFERENCED_RESOURCES);
     manager.addArchive(archive);
     EXPECT_FALSE(manager.streamResourceByName("nowhere", PRIORITY_MOST_URGENT, nullptr));
     EXPECT_TRUE(manager.streamResourceByName("A", PRIORITY_MOST_URGENT, nullptr));
@@ -360,7 +367,7 @@ TEST_F(ResourceMgr, LogsWhatItIsTold)
     for (auto const &row : rows) {
         PoolBlk block;
         block.alloc(3, 0);
-        a.m_streaming = true;
+        a.streaming = true;
         EXPECT_FALSE(a.plainCallback(block, static_cast<eStreamCallback>(row.reason)));
         EXPECT_FALSE(a.isStreaming());
         EXPECT_NE(log.take().find("cResource::stream_callback " + std::string(row.text)), std::string::npos);
