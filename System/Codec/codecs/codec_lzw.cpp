@@ -18,6 +18,7 @@ namespace {
 constexpr std::uint32_t largestSlotBits = 16; // twice as many slots as there are codes
 constexpr std::uint32_t smallestSlotBits = 10;
 constexpr std::uint32_t firstWidth = 9;
+constexpr std::uint32_t firstString = 259; // code of a string of two bytes or more
 
 // To encode, the keys of all codes lie in front of the slots; to decode, two words for each code.
 constexpr std::size_t keyBytes = sizeof(std::uint32_t) << 15;
@@ -29,8 +30,16 @@ constexpr std::uint32_t keyOf(std::uint32_t parent, unsigned char byte)
     return parent << 8 | byte;
 }
 
-/// The strings to encode with. A slot holds no more than a code, so that many of them share a line of the
-/// cache; whose code it is, its key tells, and the guess that it is the right one mostly holds.
+/// The hash of a string and one byte more.
+constexpr std::uint32_t hashOf(std::uint32_t ofString, unsigned char byte)
+{
+    return (ofString + byte + 1) * 0x9E3779B1u;
+}
+
+/// The strings to encode with. A slot is found by the bytes of its string and not by codes, so the slots of
+/// longer and longer strings are looked up ahead, and none waits for the one before to come from the cache. A
+/// slot holds no more than a code, so that many of them share a line of the cache; whose code it is, its key
+/// tells, and the guess that it is the right one mostly holds.
 struct Strings {
     Strings(std::uint64_t *storage, std::uint32_t slotBits)
         : keys(reinterpret_cast<std::uint32_t *>(storage)),
@@ -39,14 +48,26 @@ struct Strings {
     {
     }
 
-    std::uint32_t find(std::uint32_t key) const
+    std::uint32_t find(std::uint32_t key, std::uint32_t hash) const
     {
         std::uint32_t const mask = 0xFFFFFFFFu >> shift;
-        std::uint32_t index = key * 0x9E3779B1u >> shift;
+        std::uint32_t index = hash >> shift;
         while (slots[index] != 0 && keys[slots[index]] != key) {
             index = (index + 1) & mask;
         }
         return index;
+    }
+
+    /// As the encoder has it, from a code made since the last flush.
+    std::uint32_t hashOfCode(std::uint32_t code) const
+    {
+        std::uint32_t hash = 0;
+        std::uint32_t power = hashOf(0, 0);
+        for (; code >= firstString; code = keys[code] >> 8) {
+            hash += ((keys[code] & 0xFF) + 1) * power;
+            power *= hashOf(0, 0);
+        }
+        return hash + (code + 1) * power;
     }
 
     std::uint32_t *keys;  // of each code: its parent's code and its last byte
@@ -89,8 +110,10 @@ void cCodecLZW::useSlots(std::size_t inputBytes)
 
 unsigned int cCodecLZW::find_child_node(int parent_code, int child_character) const
 {
-    return Strings(dict, m_slotBits)
-        .find(keyOf(static_cast<std::uint32_t>(parent_code), static_cast<unsigned char>(child_character)));
+    Strings const strings(dict, m_slotBits);
+    auto const c = static_cast<unsigned char>(child_character);
+    auto const parent = static_cast<std::uint32_t>(parent_code);
+    return strings.find(keyOf(parent, c), hashOf(strings.hashOfCode(parent), c));
 }
 
 bool cCodecLZW::encode(cFile &in, cFile &out, ...)
@@ -108,11 +131,13 @@ bool cCodecLZW::encode(cFile &in, cFile &out, ...)
     unsigned char const *from = rest.data();
     unsigned char const *const end = from + rest.size();
     std::uint32_t string_code = from < end ? *from++ : END_OF_STREAM;
+    std::uint32_t hash = hashOf(0, static_cast<unsigned char>(string_code));
     Strings const strings(dict, m_slotBits);
     while (from < end) {
         unsigned char const c = *from++;
         std::uint32_t const key = keyOf(string_code, c);
-        std::uint16_t &slot = strings.slots[strings.find(key)];
+        hash = hashOf(hash, c);
+        std::uint16_t &slot = strings.slots[strings.find(key, hash)];
         if (slot != 0) {
             string_code = slot;
             continue;
@@ -121,6 +146,7 @@ bool cCodecLZW::encode(cFile &in, cFile &out, ...)
         strings.keys[next_code++] = key;
         writer.putField(string_code, current_code_bits);
         string_code = c;
+        hash = hashOf(0, c);
         if (next_code > MAX_CODE) {
             writer.putField(FLUSH_CODE, current_code_bits);
             InitializeDictionary();
