@@ -15,7 +15,6 @@ namespace Qel {
 
 namespace {
 
-constexpr std::uint32_t largestSlotBits = 16; // twice as many slots as there are codes
 constexpr std::uint32_t smallestSlotBits = 10;
 constexpr std::uint32_t firstWidth = 9;
 constexpr std::uint32_t firstString = 259; // code of a string of two bytes or more
@@ -23,7 +22,6 @@ constexpr std::uint32_t firstString = 259; // code of a string of two bytes or m
 // To encode, the keys of all codes lie in front of the slots; to decode, two words for each code.
 constexpr std::size_t keyBytes = sizeof(std::uint32_t) << 15;
 constexpr std::size_t storageBytes = 2 * sizeof(std::uint64_t) << 15;
-static_assert(keyBytes + (sizeof(std::uint16_t) << largestSlotBits) <= storageBytes);
 
 constexpr std::uint32_t keyOf(std::uint32_t parent, unsigned char byte)
 {
@@ -84,6 +82,7 @@ cCodecLZW::~cCodecLZW()
 
 void cCodecLZW::InitializeStorage()
 {
+    static_assert(keyBytes + (sizeof(std::uint16_t) << LARGEST_SLOT_BITS) <= storageBytes);
     if (dict == nullptr) {
         dict = static_cast<std::uint64_t *>(PoolHeap::std_alloc(storageBytes));
     }
@@ -105,7 +104,7 @@ void cCodecLZW::InitializeDictionary()
 void cCodecLZW::useSlots(std::size_t inputBytes)
 {
     m_slotBits = std::clamp(static_cast<std::uint32_t>(std::bit_width(2 * inputBytes)), smallestSlotBits,
-                            largestSlotBits);
+                            LARGEST_SLOT_BITS);
 }
 
 unsigned int cCodecLZW::find_child_node(int parent_code, int child_character) const
@@ -170,16 +169,19 @@ bool cCodecLZW::encode(cFile &in, cFile &out, ...)
 // no string is ever kept twice.
 unsigned int cCodecLZW::decode_string(unsigned int count, unsigned int code)
 {
+    if (code > MAX_CODE || count > TABLE_SIZE) {
+        return 0;
+    }
     std::uint64_t rest = dict[2 * code + 1];
     auto const length = static_cast<std::uint32_t>(rest);
-    if (length > TABLE_SIZE - count) {
+    if (length == 0 || length > TABLE_SIZE - count) {
         return count;
     }
     unsigned char *const to = decode_stack + count;
     std::uint32_t at = (length - 1) / 8 * 8;
     store64(to + at, dict[2 * code]);
     while (at > 0) {
-        code = static_cast<std::uint32_t>(rest >> 32);
+        code = static_cast<std::uint32_t>(rest >> 32) & MAX_CODE;
         rest = dict[2 * code + 1];
         at -= 8;
         store64(to + at, dict[2 * code]);
@@ -244,7 +246,7 @@ cCodecLZW::Decoder::Stop cCodecLZW::Decoder::decodeDictionary()
     std::uint64_t oldRest = 1;
     std::uint64_t first = old_code; // byte of the last string, in the lowest 8 bits
     Stop stop = damaged;
-    while (bits.bitsLeft() >= width) {
+    while (bits.has(width)) {
         std::uint32_t code = bits.field(width);
         if (code - END_OF_STREAM < FIRST_CODE - END_OF_STREAM) [[unlikely]] {
             if (code == BUMP_CODE && ++width <= MAX_BITS) {
@@ -275,11 +277,11 @@ cCodecLZW::Decoder::Stop cCodecLZW::Decoder::decodeDictionary()
             if (length > 8) {
                 std::uint32_t before = (length - 1) / 8 * 8;
                 store64(to + before, piece);
-                std::uint32_t link = code;
-                for (std::uint64_t up = rest; before > 0; up = words[2 * link + 1]) {
-                    link = static_cast<std::uint32_t>(up >> 32);
+                std::uint32_t above = code;
+                for (std::uint64_t up = rest; before > 0; up = words[2 * above + 1]) {
+                    above = static_cast<std::uint32_t>(up >> 32);
                     before -= 8;
-                    first = words[2 * link];
+                    first = words[2 * above];
                     store64(to + before, first);
                 }
             } else {
