@@ -70,6 +70,13 @@ TEST(DamagedStream, LzwCodes)
     for (unsigned width = 9; width <= 40; ++width) {
         bumps.emplace_back(257, std::min(width, 15u));
     }
+    std::vector<std::pair<unsigned, unsigned>> sixteen(bumps.begin(), bumps.begin() + 8);
+    sixteen.insert(sixteen.end(), {{'b', 16}, {256, 16}});
+    std::vector<std::pair<unsigned, unsigned>> flushes;
+    for (int i = 0; i < 40'000; ++i) {
+        flushes.insert(flushes.end(), {{'a', 9}, {258, 9}});
+    }
+    flushes.insert(flushes.end(), {{'b', 9}, {256, 9}});
     cCodecLZW codec;
     expectRows(
         codec,
@@ -83,9 +90,11 @@ TEST(DamagedStream, LzwCodes)
             {"first a flush", lzwStream({{258, 9}, {'a', 9}}), "", false},
             {"a string behind a flush", lzwStream({{'a', 9}, {258, 9}, {259, 9}}), "a", false},
             {"ever wider", lzwStream(bumps), "a", false},
+            {"16 bits", lzwStream(sixteen), "a", false},
             {"no flush in time", lzwStream({40'000, {'a', 9}}), std::string(32'768 - 259 + 1, 'a'), false},
             {"wider and whole", lzwStream({{'a', 9}, {257, 9}, {259, 10}, {256, 10}}), "aaa"},
             {"flushed and whole", lzwStream({{'a', 9}, {258, 9}, {'b', 9}, {256, 9}, {'c', 9}}), "ab"},
+            {"always flushed", lzwStream(flushes), std::string(40'000, 'a') + "b"},
             {"flushed and ended", lzwStream({{'a', 9}, {258, 9}, {256, 9}}), "a"},
         });
 }
