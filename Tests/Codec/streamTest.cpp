@@ -87,7 +87,8 @@ TEST_F(CodecStream, LargerOnesAreThoseOfTheIndependentScriptAtEveryLevelOfThePro
         ASSERT_TRUE(os::setProcessorLevel(static_cast<os::eProcessorLevel>(level)));
         for (auto const &row : rows) {
             std::string const data = test::makeData(row.kind, row.size, row.seed);
-            for (std::size_t i = 0; i < 4; ++i) {
+            // The first two have loops of their own for some levels.
+            for (std::size_t i = 0; i < (level == os::processorLevelMax() ? 4 : 2); ++i) {
                 SCOPED_TRACE(std::string(coders[i].name) + " " + row.kind + " " + std::to_string(row.size) +
                              " level " + std::to_string(level));
                 std::string const part = i == 2 ? data.substr(0, 60'000) : data;
