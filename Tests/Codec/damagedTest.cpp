@@ -1,5 +1,4 @@
 #include "System/Codec/codecs/codec_huffman.h"
-#include "System/Codec/codecs/codec_lz77.h"
 #include "System/Codec/codecs/codec_lzw.h"
 #include "System/File/fileBit.h"
 #include "Tests/Codec/testData.h"
@@ -43,12 +42,9 @@ TEST(DamagedStream, HuffmanTrees)
     expectRows(codec, {
                           {"nothing", "", ""},
                           {"half a count", test::fromHex("0500"), ""},
-                          {"no tree", test::fromHex("05000000"), ""},
                           {"a leaf without its byte", test::fromHex("05000000 00"), ""},
                           {"a second leaf without its byte", test::fromHex("05000000 01 61 00"), ""},
                           {"a lone leaf needs no codes", test::fromHex("05000000 00 61"), "aaaaa"},
-                          {"zeros behind the end", test::fromHex("0A000000 01 61 00 62 05"), "babaaaaaaa"},
-                          {"one symbol on both sides", test::fromHex("03000000 01 61 00 61 02"), "aaa"},
                           {"inner nodes", test::fromHex("05000000") + std::string(100'000, '\xFF'), ""},
                           {"the deepest tree there can be", deepTree(255), "\xEE"},
                           {"one deeper", deepTree(256), ""},
@@ -66,11 +62,10 @@ std::string lzwStream(std::vector<std::pair<unsigned, unsigned>> const &codes)
 
 TEST(DamagedStream, LzwCodes)
 {
-    std::vector<std::pair<unsigned, unsigned>> bumps = {{'a', 9}};
-    for (unsigned width = 9; width <= 40; ++width) {
-        bumps.emplace_back(257, std::min(width, 15u));
+    std::vector<std::pair<unsigned, unsigned>> sixteen = {{'a', 9}};
+    for (unsigned width = 9; width < 16; ++width) {
+        sixteen.emplace_back(257, width);
     }
-    std::vector<std::pair<unsigned, unsigned>> sixteen(bumps.begin(), bumps.begin() + 8);
     sixteen.insert(sixteen.end(), {{'b', 16}, {256, 16}});
     std::vector<std::pair<unsigned, unsigned>> flushes;
     for (int i = 0; i < 40'000; ++i) {
@@ -86,10 +81,7 @@ TEST(DamagedStream, LzwCodes)
             {"a code that is cut", lzwStream({{'a', 9}, {'b', 9}, {256, 9}}).substr(0, 3), "ab", false},
             {"a code beyond the next one", lzwStream({{'a', 9}, {'b', 9}, {261, 9}, {'c', 9}}), "ab", false},
             {"first a string", lzwStream({{259, 9}, {'a', 9}}), "", false},
-            {"first a wider code", lzwStream({{257, 9}, {'a', 10}}), "", false},
-            {"first a flush", lzwStream({{258, 9}, {'a', 9}}), "", false},
             {"a string behind a flush", lzwStream({{'a', 9}, {258, 9}, {259, 9}}), "a", false},
-            {"ever wider", lzwStream(bumps), "a", false},
             {"16 bits", lzwStream(sixteen), "a", false},
             {"no flush in time", lzwStream({40'000, {'a', 9}}), std::string(32'768 - 259 + 1, 'a'), false},
             {"wider and whole", lzwStream({{'a', 9}, {257, 9}, {259, 10}, {256, 10}}), "aaa"},
@@ -97,15 +89,6 @@ TEST(DamagedStream, LzwCodes)
             {"always flushed", lzwStream(flushes), std::string(40'000, 'a') + "b"},
             {"flushed and ended", lzwStream({{'a', 9}, {258, 9}, {256, 9}}), "a"},
         });
-}
-
-TEST(DamagedStream, Lz77PlacesNeverWritten)
-{
-    cCodecLZ77 codec;
-    test::encoded(codec, test::makeData("random", 9'000, 1)); // of which nothing may show
-    // 0, the place 4095, the length 17; then the place 1 as it was before any byte came; then the end.
-    expectRows(codec, {{"before the first", test::fromHex("FE FF 01"), std::string(17, '\0'), false},
-                       {"zeros behind the end", test::fromHex("FE"), std::string(2, '\0'), false}});
 }
 
 TEST(DamagedStream, OutputStaysInProportion)

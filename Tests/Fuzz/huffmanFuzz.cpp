@@ -27,8 +27,8 @@ std::string feedTable(unsigned char const *table, std::size_t tableSize, unsigne
     cCodecHuffman codec;
     codec.fixedTable_decode_init(table, static_cast<unsigned int>(tableSize));
     std::string dest(1000, '\0');
-    bool const done = codec.fixedTable_decode_decompress(dest.data(), 1000, block,
-                                                         static_cast<unsigned int>(blockSize));
+    bool const done =
+        codec.fixedTable_decode_decompress(dest.data(), 1000, block, static_cast<unsigned int>(blockSize));
     return done ? dest : std::string();
 }
 
