@@ -85,14 +85,15 @@ TEST(CodecZip, DamageLeavesTheOutputsBytesAndIsLogged)
         unsigned int start; // the position in an output of 500 bytes
         char const *logged;
     } const rows[] = {
-        {"no size", "", false, 500, 3, "decode(): invalid uncompressed size - memory corrupt?"},
+        {"no size", "", false, 500, 3, "cCodecZIP::decode(): invalid uncompressed size - memory corrupt?\n"},
         {"half a size", hello.substr(0, 3), false, 500, 3, "decode(): invalid"},
         {"no data", hello.substr(0, 4), false, 400 + 17 + 256, 400, "decode(): Error -"},
         {"cut", hello.substr(0, 15), false, 400 + 17 + 256, 400, "decode(): Error -"},
         {"cut where it has room", hello.substr(0, 15), false, 500, 10, "decode(): Error -"},
         {"64 MiB less one", test::fromHex("FFFFFF03 00"), false, 400 + 0x3FFFFFF + 256, 400, "Error -"},
         {"64 MiB", test::fromHex("00000004") + zlibHello, false, 500, 3, "decode(): invalid"},
-        {"no zlib stream", test::fromHex("10000000 00112233"), false, 400 + 16 + 256, 400, "Error -3"},
+        {"no zlib stream", test::fromHex("10000000 00112233"), false, 400 + 16 + 256, 400,
+         "cCodecZIP::decode(): Error -3\n"},
         {"no compressed size", test::fromHex("11000000 1200"), true, 500, 3, "decode(): invalid"},
         {"beyond the end", test::fromHex("11000000 11000000") + zlibHello, true, 500, 3, "Error -5"},
         {"far beyond the end", test::fromHex("11000000 FFFFFFFF") + zlibHello, true, 500, 3, "Error -5"},
@@ -122,11 +123,19 @@ TEST(CodecZip, DamageLeavesTheOutputsBytesAndIsLogged)
     cFileMem in;
     cFileMem failed;
     test::fill(in, "abc");
-    EXPECT_FALSE(zip.encode(in, failed, 77)) << "a level that zlib does not have";
+    {
+        LogManager manager;
+        manager.createLog("zip.log", true, false, true);
+        EXPECT_FALSE(zip.encode(in, failed, 77)) << "a level that zlib does not have";
+        EXPECT_FALSE(zip.encode(in, in, 5)) << "the same stream for both";
+        EXPECT_EQ(zip.getUncompressedSize(in), 0u) << "three bytes";
+    }
+    std::string const logged = test::readFile("zip.log");
+    EXPECT_NE(logged.find("cCodecZIP::encode(): Error -2\n"), std::string::npos);
+    EXPECT_NE(logged.find("cCodecZIP::getUncompressedSize(): invalid uncompressed size - memory corrupt?\n"),
+              std::string::npos);
     EXPECT_EQ(failed.tell(), 0u);
     EXPECT_EQ(test::content(failed), std::string(failed.size(), '\0'));
-    EXPECT_FALSE(zip.encode(in, in, 5)) << "the same stream for both";
-    EXPECT_EQ(zip.getUncompressedSize(in), 0u) << "three bytes";
 }
 
 TEST(CodecZip, OnlyMemoryFiles)
