@@ -58,6 +58,8 @@ protected:
 private:
     struct Decoder;
 
+    static constexpr std::uint32_t LARGEST_SLOT_BITS = 16; // twice as many slots as there are codes
+
     void useSlots(std::size_t inputBytes);
 
     // To encode, the keys of the strings and hashed slots for their codes. To decode, two words for each
@@ -67,7 +69,7 @@ private:
     std::uint32_t next_code = 0;
     std::uint32_t current_code_bits = 0;
     std::uint32_t next_bump_code = 0;
-    std::uint32_t m_slotBits = 0; // the slots in use: as many as the input needs
+    std::uint32_t m_slotBits = LARGEST_SLOT_BITS; // the slots in use: as many as the input needs
 };
 
 /// Makes cCodecLZW.
