@@ -57,7 +57,6 @@ OPEN_TO_ALL = {
 # Leaf headers, open to every folder of the library.
 LEAVES = {
     "System/Patterns/tSingleton.h",
-    "System/Patterns/tSingletonImpl.h",
     "System/Patterns/factoryObj.h",
 }
 
