@@ -203,9 +203,7 @@ TEST(SplineCR, GoesThroughItsPointsAlongTheHermiteCurve)
         SCOPED_TRACE(reference::splinePlaces[i]);
         expectNear(spline.interpolate(static_cast<float>(reference::splinePlaces[i])),
                    reference::splinePositions + 3 * i, 1e-5);
-    }
-    for (std::size_t i = 0; i < 3; ++i) {
-        expectNear(spline.getTangentVector(static_cast<float>(reference::splinePlaces[i + 2])),
+        expectNear(spline.getTangentVector(static_cast<float>(reference::splinePlaces[i])),
                    reference::splineDirections + 3 * i, 1e-4);
     }
     for (unsigned int i = 0; i < 4; ++i) {
@@ -239,7 +237,7 @@ TEST(SplineCR, TangentsAreHalfDifferencesOneSidedAtOpenEnds)
 {
     cSplineCR spline;
     spline.addValue(D3DXVECTOR3(1, 2, 3));
-    EXPECT_EQ(spline.getTangent(0U), D3DXVECTOR3(0, 0, 0));
+    EXPECT_EQ(spline.getTangent(0), D3DXVECTOR3(0, 0, 0));
     EXPECT_EQ(spline.interpolate(0.0F), D3DXVECTOR3(1, 2, 3));
     EXPECT_EQ(spline.approximateLength(0xFFFFFFFFU), 0) << "steps too small to add up end all the same";
     spline.addValue(D3DXVECTOR3(3, 2, 1));
@@ -248,8 +246,6 @@ TEST(SplineCR, TangentsAreHalfDifferencesOneSidedAtOpenEnds)
     spline.addValue(D3DXVECTOR3(5, 8, 1));
     EXPECT_EQ(spline.getTangent(1U), D3DXVECTOR3(2, 3, -1));
     EXPECT_EQ(spline.getTangentVector(0), D3DXVECTOR3(1, 0, -1)) << "as it is stored";
-    D3DXVECTOR3 const inside = spline.getTangentVector(0.1F);
-    EXPECT_NEAR(D3DXVec3Length(&inside), 1, 1e-6);
 
     spline.addValue(D3DXVECTOR3(1, 2, 3)); // closed
     EXPECT_EQ(spline.getTangent(0U), (D3DXVECTOR3(3, 2, 1) - D3DXVECTOR3(5, 8, 1)) * 0.5F);
@@ -288,7 +284,8 @@ TEST(SplineCR, AnythingOutsideIsTheNearerEnd)
         EXPECT_EQ(spline.getTangentVector(t), spline.getTangent(4U));
     }
     EXPECT_EQ(spline.interpolate(4294967295U, 0.5F), last);
-    EXPECT_EQ(spline.getTangent(99U), spline.getTangent(4U));
+    EXPECT_EQ(spline.getTangent(99U), spline.getTangent(4));
+    EXPECT_EQ(spline.getTangent(-1), spline.getTangent(0));
     spline.updatePoint(5, first);
     spline.setTangent(5, first);
     EXPECT_EQ(spline.getNumPoints(), 5);
