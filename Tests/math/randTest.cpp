@@ -127,9 +127,9 @@ TEST(MersenneTwister, AnImageHoldsWhatIsLeftThePositionAndTheStateAndGoesOn)
 
 TEST(MersenneTwister, AnImageThatLiesNeverLeadsOutOfTheState)
 {
+    Image image = publishedStart();
     for (std::uint32_t const left : {0U, 1U, 624U, 625U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFEU}) {
         for (std::uint32_t const position : {0U, 1U, 623U, 624U, 626U, 0x7FFFFFFFU, 0x80000000U}) {
-            Image image = publishedStart();
             image[0] = left;
             image[1] = position;
             cMersenneTwister twister = fromImage(image);
@@ -141,7 +141,6 @@ TEST(MersenneTwister, AnImageThatLiesNeverLeadsOutOfTheState)
         }
     }
     // Less than nothing left means a generator that was never seeded.
-    Image image = publishedStart();
     image[0] = static_cast<std::uint32_t>(-5);
     EXPECT_EQ(fromImage(image).Random(), reference::twisterDefault[0]);
 }
@@ -245,12 +244,7 @@ TEST(SmallGenerators, GiveTheirSequences)
 TEST(SmallGenerators, SurviveTheirExtremes)
 {
     // 1859 s + 3719 = -2^31, whose remainder by -1 no processor can divide.
-    RandPseudoOld old(0);
-    std::uint32_t inverse = 1;
-    for (int i = 0; i < 5; ++i) {
-        inverse *= 2U - 1859U * inverse;
-    }
-    old.seed(static_cast<std::int32_t>(inverse * (0x80000000U - 3719U)));
+    RandPseudoOld old(-2140552557);
     EXPECT_EQ(RandPseudoOld(old).rand(-1), 0);
     EXPECT_EQ(RandPseudoOld(old).rand(std::numeric_limits<std::int32_t>::max()), 1);
     EXPECT_GE(old.random01(), 0.0F);
