@@ -41,6 +41,9 @@ protected:
                 boxes[i].max[axis] = std::round(boxes[i].max[axis]);
             }
         }
+        for (std::size_t i = 90; i < 110; ++i) {
+            boxes[i].max.x = boxes[i].max.z = HUGE_VALF; // where 0 / 0 and infinities tell
+        }
         boxes[7].max.x = HUGE_VALF;
         boxes[20].min.y = -HUGE_VALF;
         boxes[33].max.z = std::nanf("");
