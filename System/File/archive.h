@@ -93,7 +93,7 @@ public:
     virtual void refresh() = 0; ///< rereads the table of contents
 
 private:
-    std::uint16_t m_reserved = 0;
+    [[maybe_unused]] std::uint16_t m_reserved = 0;
 };
 
 } // namespace Qel

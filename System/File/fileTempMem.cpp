@@ -15,12 +15,14 @@ cFileTempMem::cFileTempMem(unsigned int size, unsigned char const *data) : cFile
 {
 }
 
+// NOLINTNEXTLINE(bugprone-copy-constructor-init): the room inside is set up before the contents come.
 cFileTempMem::cFileTempMem(cFileTempMem const &other) : cFileMem()
 {
     useInline();
     cFileMem::operator=(other);
 }
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the base looks for it.
 cFileTempMem &cFileTempMem::operator=(cFileTempMem const &other)
 {
     cFileMem::operator=(other);

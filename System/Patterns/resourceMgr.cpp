@@ -364,12 +364,14 @@ void cResourceManager::refreshResource(unsigned int id)
     }
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the given way to take a name.
 bool cResourceManager::isResourceLoaded(String name)
 {
     cResource const *const resource = getByName(name, false);
     return resource != nullptr && resource->m_loaded;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the given way to take a name.
 bool cResourceManager::isResourceStreamed(String)
 {
     return false;

@@ -367,36 +367,37 @@ TEST_F(ResourceMgr, LogsWhatItIsTold)
     }
 }
 
-class OpenResource : public cResource {
-public:
-    static std::size_t loadSlot() { return virtualSlot(&OpenResource::load); }
-    static std::size_t unloadSlot() { return virtualSlot(&OpenResource::unload); }
-    static std::size_t streamSlot() { return virtualSlot(&OpenResource::stream_callback); }
+// Opens the operations that are protected.
+struct OpenResource : public cResource {
+    static bool standsInOrder()
+    {
+        using R = OpenResource;
+        return standInOrder(2, &R::getSize, &R::operator<, &R::getLoadBalanceFactor, &R::load, &R::unload,
+                            &R::stream_callback);
+    }
 };
 
-class OpenMgr : public cResourceManager {
-public:
-    static std::size_t createSlot() { return virtualSlot(&OpenMgr::create); }
-    static std::size_t destroySlot() { return virtualSlot(&OpenMgr::destroy); }
+struct OpenMgr : public cResourceManager {
+    static bool standsInOrder()
+    {
+        using M = OpenMgr;
+        using ByResource = unsigned int (M::*)(cResource *, ePriority);
+        using ByName = unsigned int (M::*)(String const &, ePriority, bool, void *);
+        return standInOrder(
+            2, &M::setMemoryBudget, &M::getMemoryBudget, &M::getMemoryUsage,
+            static_cast<void (M::*)()>(&M::checkUsage), &M::unloadAllResources, &M::unloadAndDestroyAll,
+            &M::getByName, &M::getByID, &M::nameToID, &M::getRegisteredResources, &M::getAllResources,
+            &M::isResourceLoaded, &M::isResourceStreamed, &M::refreshResource,
+            static_cast<ByResource>(&M::Register), static_cast<ByName>(&M::Register), &M::Unregister,
+            &M::streamResourceByName, &M::stream_callback, &M::create, &M::destroy);
+    }
 };
 
 // Plugins are built against the places; a destructor takes two.
 TEST(ResourceSlots, StandInTheirOrder)
 {
-    EXPECT_EQ(virtualSlot(&cResource::getSize), 2u);
-    EXPECT_EQ(virtualSlot(&cResource::getLoadBalanceFactor), 4u);
-    EXPECT_EQ(OpenResource::loadSlot(), 5u);
-    EXPECT_EQ(OpenResource::unloadSlot(), 6u);
-    EXPECT_EQ(OpenResource::streamSlot(), 7u);
-    EXPECT_EQ(virtualSlot(&cResourceManager::setMemoryBudget), 2u);
-    EXPECT_EQ(virtualSlot(&cResourceManager::unloadAndDestroyAll), 7u);
-    EXPECT_EQ(virtualSlot(&cResourceManager::getByName), 8u);
-    EXPECT_EQ(virtualSlot(&cResourceManager::getRegisteredResources), 11u);
-    EXPECT_EQ(virtualSlot(&cResourceManager::refreshResource), 15u);
-    EXPECT_EQ(virtualSlot(&cResourceManager::Unregister), 18u);
-    EXPECT_EQ(virtualSlot(&cResourceManager::stream_callback), 20u);
-    EXPECT_EQ(OpenMgr::createSlot(), 21u);
-    EXPECT_EQ(OpenMgr::destroySlot(), 22u);
+    EXPECT_TRUE(OpenResource::standsInOrder());
+    EXPECT_TRUE(OpenMgr::standsInOrder());
 }
 
 } // namespace

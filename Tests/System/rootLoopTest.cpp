@@ -134,7 +134,7 @@ protected:
 
     void runFrames(int frames)
     {
-        recorder.onEnded = [this, frames, done = 0]() mutable { return ++done < frames; };
+        recorder.onEnded = [frames, done = 0]() mutable { return ++done < frames; };
         root->run();
         recorder.onEnded = nullptr;
     }

@@ -249,10 +249,10 @@ cCodecLZW::Decoder::Stop cCodecLZW::Decoder::decodeDictionary()
             if (length > 8) {
                 std::uint32_t before = (length - 1) / 8 * 8;
                 store64(to + before, piece);
-                std::uint32_t link = code;
-                for (std::uint64_t up = rest; before > 0; up = words[2 * link + 1]) {
-                    link = static_cast<std::uint32_t>(up >> 32);
+                for (std::uint64_t up = rest; before > 0;) {
+                    auto const link = static_cast<std::uint32_t>(up >> 32);
                     before -= 8;
+                    up = words[2 * link + 1];
                     first = words[2 * link];
                     store64(to + before, first);
                 }
