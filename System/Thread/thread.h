@@ -30,7 +30,8 @@ enum eThreadPriority : std::uint32_t {
 ///
 /// The rules of ThreadTask hold for the beginning and the end of its life: create it as tThreaded<Class>, or
 /// begin the destructors of a plain class with _endSteps(). For a plain object, getThreadLoad() is the call
-/// that lets the first step begin.
+/// that lets the first step begin; if it comes by time, and the object's last class is still to be built, it
+/// is the runThread() of the class before, or the base version, which does nothing.
 ///
 /// @par Threads  The operations: any thread, while the object lives. The worker's own thread must not
 ///               destroy it.
