@@ -18,7 +18,8 @@ enum eThreadStatus : std::uint32_t {
     THREAD_DONE = 1,     ///< stop; a task ended well
 };
 
-/// Share of the processor. What the process may not have is given as far as it goes.
+/// Share of the processor. What the process may not have is given as far as it goes: an ordinary user's
+/// process can lower a thread, but not bring it back, so that THREAD_PRIO_LOW is there for good.
 enum eThreadPriority : std::uint32_t {
     THREAD_PRIO_NORMAL = 0,
     THREAD_PRIO_HIGH = 1, ///< one level above normal
