@@ -143,6 +143,22 @@ TEST(CodecZip, DamageLeavesTheOutputsBytes)
     EXPECT_FALSE(zip.encode(in, in, 5)) << "the same stream for both";
 }
 
+TEST(CodecZip, AStreamThatIsOnlyReadIsNoOutput)
+{
+    cCodecZIP zip;
+    std::string block(1'000, 'b');
+    cFileMem shared;
+    shared.openShared(1'000, reinterpret_cast<unsigned char *>(block.data()));
+    cFileMem in;
+    test::fill(in, "abc");
+    EXPECT_FALSE(zip.encode(in, shared));
+    EXPECT_FALSE(zip.encodeEx(in, shared, 5));
+    test::fill(in, test::fromHex(hello));
+    EXPECT_FALSE(zip.decode(in, shared));
+    EXPECT_EQ(shared.size(), 1'000u);
+    EXPECT_EQ(block, std::string(1'000, 'b'));
+}
+
 TEST(CodecZip, FailuresAreLogged)
 {
     test::TempFolder const folder;

@@ -65,6 +65,9 @@ void cCodecLZW::InitializeStorage()
 {
     if (dict == nullptr) {
         dict = static_cast<std::uint64_t *>(PoolHeap::std_alloc(storageBytes));
+        if (dict != nullptr) {
+            std::memset(dict, 0, storageBytes);
+        }
     }
     if (dict == nullptr) {
         throw Exception(Exception::InternalFailure, "Error allocating dictionary space",
@@ -144,16 +147,19 @@ bool cCodecLZW::encode(cFile &in, cFile &out, ...)
 // no string is ever kept twice.
 unsigned int cCodecLZW::decode_string(unsigned int count, unsigned int code)
 {
+    if (code > MAX_CODE || count > TABLE_SIZE) {
+        return 0;
+    }
     std::uint64_t rest = dict[2 * code + 1];
     auto const length = static_cast<std::uint32_t>(rest);
-    if (length > TABLE_SIZE - count) {
+    if (length == 0 || length > TABLE_SIZE - count) {
         return count;
     }
     unsigned char *const to = decode_stack + count;
     std::uint32_t at = (length - 1) / 8 * 8;
     store64(to + at, dict[2 * code]);
     while (at > 0) {
-        code = static_cast<std::uint32_t>(rest >> 32);
+        code = static_cast<std::uint32_t>(rest >> 32) & MAX_CODE;
         rest = dict[2 * code + 1];
         at -= 8;
         store64(to + at, dict[2 * code]);
@@ -164,7 +170,7 @@ unsigned int cCodecLZW::decode_string(unsigned int count, unsigned int code)
 /// The state of one decode().
 struct cCodecLZW::Decoder {
     Decoder(cCodecLZW &owner, RestOfStream const &in, cFile &to)
-        : codec(owner), reader(in.data(), in.size()), out(to), allowed(outputBound(in.size()))
+        : codec(owner), reader(in.data(), in.size()), out(to)
     {
         for (std::uint32_t byte = 0; byte < END_OF_STREAM; ++byte) {
             codec.dict[2 * byte] = byte;
@@ -174,12 +180,10 @@ struct cCodecLZW::Decoder {
 
     enum Stop { ended, flushed, damaged, full };
 
-    /// Writes what waits. @return false if not all of it could be, or was allowed to
+    /// Writes what waits. @return false if not all of it could be
     bool writeOut()
     {
-        auto const some = static_cast<unsigned int>(std::min<std::uint64_t>(count, allowed));
-        bool const whole = out.write(codec.decode_stack, some) == some && some == count;
-        allowed -= some;
+        bool const whole = out.write(codec.decode_stack, count) == count;
         count = 0;
         return whole;
     }
@@ -189,7 +193,6 @@ struct cCodecLZW::Decoder {
     cCodecLZW &codec;
     BitReader reader;
     cFile &out;
-    std::uint64_t allowed;   // bytes that may still be written
     std::uint32_t count = 0; // bytes in decode_stack
 };
 
