@@ -297,6 +297,7 @@ TEST(QueuedTaskMgr, GoesWhileTasksWaitForOthersThatItLeavesRunning)
             std::atomic<bool> waits{false};
             std::atomic<int> stepsAfter{0};
             Task waiting([&](bool) {
+                EXPECT_TRUE(test::waitUntil([&] { return steps > 0; })) << "the other one runs by then";
                 waits = true;
                 aborts ? endless.abort() : endless.finish();
                 stepsAfter = steps.load();
@@ -306,7 +307,7 @@ TEST(QueuedTaskMgr, GoesWhileTasksWaitForOthersThatItLeavesRunning)
                 Pool pool(2);
                 pool.addTask(waitingOn == 0 ? &waiting : &endless, priority(7));
                 pool.addTask(waitingOn == 0 ? &endless : &waiting, priority(7));
-                ASSERT_TRUE(test::waitUntil([&] { return waits && steps > 0; }));
+                ASSERT_TRUE(test::waitUntil([&] { return waits.load(); }));
             }
             EXPECT_EQ(waiting.getStatus(), TASK_DONE);
             EXPECT_EQ(endless.getStatus(), TASK_RUNNING);
