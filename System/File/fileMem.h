@@ -94,6 +94,7 @@ public:
     /// writes give 0.
     /// @return false if @p data is null, and the stream is then empty
     bool openShared(unsigned int size, unsigned char *data);
+    bool isShared() const { return m_ownership == OWNERSHIP_SHARED; } ///< a block of openShared()?
 
     /// Sets the size. The position stays, and new bytes may be anything. A write at a position behind the new
     /// end brings back what was there before.

@@ -69,6 +69,7 @@ TEST(CodecManager, RegistersMakesAndDestroys)
                                             "Codec type 'CODEC_LZW' registered.\n"
                                             "Codec type 'CODEC_ZIP' registered.\n"
                                             "Codec type 'CODEC_COUNTED' registered.\n"
+                                            "Codec type 'CODEC_COUNTED' registered.\n"
                                             "Codec type 'CODEC_COUNTED' Unknown!\n"
                                             "Codec type 'CODEC_COUNTED' registered.\n");
 }

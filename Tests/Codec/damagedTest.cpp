@@ -96,7 +96,6 @@ TEST(DamagedStream, OutputStaysInProportion)
     cCodecHuffman huffman;
     cCodecLZW lzw;
     std::string const many = test::encoded(lzw, std::string(30'000'000, '\0'));
-    std::string const few = test::encoded(lzw, std::string(3'000'000, '\0'));
     struct {
         iCodec &codec;
         std::string stream;
@@ -106,9 +105,7 @@ TEST(DamagedStream, OutputStaysInProportion)
     } const rows[] = {
         {huffman, test::fromHex("FFFFFFFF 00 61"), 1'000'000, 1'000'000, false},
         {huffman, test::fromHex("FFFFFFFF 01 61 00 62 FF"), 64 << 20, 64 << 20, false},
-        {lzw, few, 1'000'000, 3'000'000, true}, // below 2040 bytes for each one
-        {lzw, many, 1'000'000, many.size() * 2'040, false},
-        {lzw, many, 64 << 20, 30'000'000, true},
+        {lzw, many, 1'000'000, 30'000'000, true}, // as far as the format goes
     };
     EXPECT_EQ(iCodec::getOutputLimit(), 64u << 20);
     for (auto const &row : rows) {

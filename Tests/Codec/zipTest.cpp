@@ -162,6 +162,22 @@ TEST(CodecZip, OnlyMemoryFiles)
     EXPECT_EQ(test::content(memory), "abc");
     EXPECT_TRUE(memory.tell() == 0 && disk.size() == 0);
 }
+TEST(CodecZip, AStreamThatIsOnlyReadIsNoOutput)
+{
+    cCodecZIP zip;
+    std::string block(1'000, 'b');
+    cFileMem shared;
+    shared.openShared(1'000, reinterpret_cast<unsigned char *>(block.data()));
+    cFileMem in;
+    test::fill(in, "abc");
+    EXPECT_FALSE(zip.encode(in, shared));
+    EXPECT_FALSE(zip.encodeEx(in, shared, 5));
+    test::fill(in, test::fromHex(hello));
+    EXPECT_FALSE(zip.decode(in, shared));
+    EXPECT_EQ(shared.size(), 1'000u);
+    EXPECT_EQ(block, std::string(1'000, 'b'));
+}
+
 
 } // namespace
 } // namespace Qel

@@ -85,6 +85,9 @@ void cCodecLZW::InitializeStorage()
     static_assert(keyBytes + (sizeof(std::uint16_t) << LARGEST_SLOT_BITS) <= storageBytes);
     if (dict == nullptr) {
         dict = static_cast<std::uint64_t *>(PoolHeap::std_alloc(storageBytes));
+        if (dict != nullptr) {
+            std::memset(dict, 0, storageBytes);
+        }
     }
     if (dict == nullptr) {
         throw Exception(Exception::InternalFailure, "Error allocating dictionary space",
@@ -192,7 +195,7 @@ unsigned int cCodecLZW::decode_string(unsigned int count, unsigned int code)
 /// The state of one decode().
 struct cCodecLZW::Decoder {
     Decoder(cCodecLZW &owner, RestOfStream const &in, cFile &to)
-        : codec(owner), reader(in.data(), in.size()), out(to), allowed(outputBound(in.size()))
+        : codec(owner), reader(in.data(), in.size()), out(to)
     {
         for (std::uint32_t byte = 0; byte < END_OF_STREAM; ++byte) {
             codec.dict[2 * byte] = byte;
@@ -202,12 +205,10 @@ struct cCodecLZW::Decoder {
 
     enum Stop { ended, flushed, damaged, full };
 
-    /// Writes what waits. @return false if not all of it could be, or was allowed to
+    /// Writes what waits. @return false if not all of it could be
     bool writeOut()
     {
-        auto const some = static_cast<unsigned int>(std::min<std::uint64_t>(count, allowed));
-        bool const whole = out.write(codec.decode_stack, some) == some && some == count;
-        allowed -= some;
+        bool const whole = out.write(codec.decode_stack, count) == count;
         count = 0;
         return whole;
     }
@@ -217,7 +218,6 @@ struct cCodecLZW::Decoder {
     cCodecLZW &codec;
     BitReader reader;
     cFile &out;
-    std::uint64_t allowed;   // bytes that may still be written
     std::uint32_t count = 0; // bytes in decode_stack
 };
 

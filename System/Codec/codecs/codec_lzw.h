@@ -10,7 +10,9 @@ namespace Qel {
 
 /// "CODEC_LZW": a dictionary of strings that grows as the data go by, with codes of 9 to 15 bits.
 ///
-/// Codes 0 to 255 stand for their byte. The dictionary starts again when it has 32768 codes.
+/// Codes 0 to 255 stand for their byte. The dictionary starts again when it has 32768 codes. A code of w bits
+/// stands for less than 2^w bytes, and of 15 bits for 32 510 at the most, so a stream cannot give more than
+/// 17 340 times its length, and a long run of one byte gives half of that.
 ///
 /// The decoder stops at the first code that no encoder could have written there and where the data end
 /// without an end code; what it has up to there is written.
@@ -28,8 +30,9 @@ public:
     /// @throws Exception number 9 if there is no memory for the dictionary
     bool encode(cFile &in, cFile &out, ...) override;
 
-    /// @return true if the end code was met and everything written. False for damaged data, at the limit of
-    ///         output, see setOutputLimit(), and if @p out does not take everything
+    /// @return true if the end code was met and everything written. False for damaged data, and if @p out
+    /// does
+    ///         not take everything
     /// @throws Exception number 9 if there is no memory for the dictionary
     bool decode(cFile &in, cFile &out, ...) override;
 
