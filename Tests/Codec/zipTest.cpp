@@ -178,6 +178,5 @@ TEST(CodecZip, AStreamThatIsOnlyReadIsNoOutput)
     EXPECT_EQ(block, std::string(1'000, 'b'));
 }
 
-
 } // namespace
 } // namespace Qel
