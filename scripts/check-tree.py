@@ -28,6 +28,7 @@ TABLE = {
     "System/Patterns":     ("System",            "File"),
     "System/File":         ("System Patterns",   "Thread math"),
     "System/Codec":        ("File System",       "Patterns"),  # with Codec/codecs
+    "System/Graphics/image": ("System File math", ""),  # with image/kernels
     "System/Platform":     ("System",            "Thread Time Patterns"),
     "Support/OS":          ("",                  ""),
     "Support/PoolHeap":    ("",                  ""),
@@ -71,6 +72,7 @@ THIRD_PARTY = {
     "Samples/Host/": "CLI/CLI.hpp editline/readline.h zip.h zlib.h",  # it lists zip files to play with
     "Samples/Host/terminalConsole.cpp": "poll.h termios.h unistd.h",  # the terminal is the host's, not the library's
     "Tools/": "CLI/CLI.hpp",
+    "Tools/picture/": "png.h",
 }
 
 # Of the processor and of the compiler, not of the operating system.
