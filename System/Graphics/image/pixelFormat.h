@@ -115,7 +115,7 @@ public:
 
     /// Converts pixels until one side has no whole pixel left. A format without alpha reads as opaque.
     ///
-    /// Every pair of the named formats with masks runs in vectors; any other pair a pixel at a time.
+    /// Pixels of two to four bytes are converted in vectors, whatever their masks; others one at a time.
     /// PAL8 and FLOAT have no masks and are not for this.
     /// @param dst  @p dstSize bytes, packed; may be @p src where its pixels are no wider than the source's
     /// @param src  @p srcSize bytes, packed

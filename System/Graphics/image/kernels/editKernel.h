@@ -134,10 +134,9 @@ void filterBytes(unsigned char *out, FilterTap const *taps, unsigned int numTaps
 void slopesOf(BumpRow const &to, std::int16_t const *above, std::int16_t const *row,
               std::int16_t const *below, std::size_t count)
 {
-    std::int32_t *const nx = to.nx;
-    std::int32_t *const ny = to.ny;
-    float *const length = to.length;
-#pragma GCC ivdep
+    std::int32_t *const __restrict nx = to.nx;
+    std::int32_t *const __restrict ny = to.ny;
+    float *const __restrict length = to.length;
     for (std::size_t i = 0; i < count; ++i) {
         // Index i is the left neighbour.
         std::int32_t const x =
