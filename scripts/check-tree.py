@@ -32,6 +32,7 @@ TABLE = {
     "Support/OS":          ("",                  ""),
     "Support/PoolHeap":    ("",                  ""),
     "Support/D3DX":        ("",                  ""),
+    "Support/Font":        ("",                  ""),
 }
 
 # Headers that need a whole class where the table has a forward declaration in mind, each with its reason.
