@@ -32,6 +32,7 @@ TABLE = {
     "Support/OS":          ("",                  ""),
     "Support/PoolHeap":    ("",                  ""),
     "Support/D3DX":        ("",                  ""),
+    "Support/Font":        ("",                  ""),
 }
 
 # Headers that need a whole class where the table has a forward declaration in mind, each with its reason.
@@ -66,6 +67,7 @@ SOURCES = ("System", "Support", *BESIDE, "Tests", "Docs/snippets")
 
 # Headers of other libraries, by who may include them. Tests and benchmarks take what they need.
 THIRD_PARTY = {
+    "Support/Font/fontFace.cpp": "fontconfig/fontconfig.h ft2build.h",
     "System/Codec/codecs/": "zlib.h",
     "Plugins/ZipArchive/": "zip.h",
     "Samples/Host/": "CLI/CLI.hpp editline/readline.h zip.h zlib.h",  # it lists zip files to play with
