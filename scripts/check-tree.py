@@ -28,7 +28,6 @@ TABLE = {
     "System/Patterns":     ("System",            "File"),
     "System/File":         ("System Patterns",   "Thread math"),
     "System/Codec":        ("File System",       "Patterns"),  # with Codec/codecs
-    "System/Graphics/image": ("System File math", ""),  # with image/kernels
     "System/Platform":     ("System",            "Thread Time Patterns"),
     "System/Graphics/image":    ("File math System", ""),
     "System/Graphics/model":    ("File math System", ""),
