@@ -8,6 +8,7 @@ packages=(
     fonts-dejavu-core                   # tests of fonts
     libzip-dev                          # plugin for zip archives
     python3                             # the sample host's media
+    libpng-dev                          # pictures of tools and hosts
     libcli11-dev libedit-dev            # command lines of hosts and tools, the host's console
     libgtest-dev                        # tests
     clang-format-14 clang-tidy-14       # checks of the sources
@@ -29,6 +30,7 @@ packages=(
     libstb-dev
     libtbb-dev
     libtiff-dev
+    libyuv-dev
     libzstd-dev
     re2c
 )
