@@ -1,5 +1,5 @@
 // The search for the ends of interpolated alpha, candidates side by side in the 128 bits of a register.
-// Included behind s3tcColor.inl.h.
+// Included behind s3tcLanes.inl.h.
 //
 // All points of a pair are at fixed distances from its lower end, which a table holds. Pairs are tried from
 // the widest down: once the values above a pair's upper end alone cost more than the best pair so far, so
@@ -84,6 +84,7 @@ std::uint32_t searchAlpha(AlphaValues const &block, unsigned int least, unsigned
     Lanes const values = eachBlock(block.values);
     Lanes const isDistinct = eachBlock(block.isDistinct);
     Lanes const edge = eachBlock(block.edge);
+    Lanes bestKeys = QEL_OP(set1_epi32)(static_cast<int>(best));
     unsigned int const first = least == 0 ? 0 : least - 1;
     for (unsigned int lo = first; lo <= least + 1 && lo + 4 < 256; ++lo) {
         Lanes const from = all8(static_cast<int>(lo));
@@ -113,8 +114,7 @@ std::uint32_t searchAlpha(AlphaValues const &block, unsigned int least, unsigned
                 Lanes const keys = QEL_OP(add_epi32)(
                     QEL_OP(add_epi32)(QEL_OP(slli_epi32)(errors, orderBits), load(orders.add[valid][i])),
                     QEL_OP(set1_epi32)(static_cast<int>(order + start)));
-                std::uint32_t const key = leastOfBlocks(keys);
-                best = key < best ? key : best;
+                bestKeys = QEL_OP(min_epi32)(bestKeys, keys);
             }
             if (start == 1) {
                 break;
@@ -124,12 +124,12 @@ std::uint32_t searchAlpha(AlphaValues const &block, unsigned int least, unsigned
             if (hasEdge) {
                 cost = _mm_min_epu8(cost, block.edge);
             }
-            if (sum(_mm_and_si128(cost, block.isDistinct)) > best >> orderBits) {
+            if (sum(_mm_and_si128(cost, block.isDistinct)) > leastOfBlocks(bestKeys) >> orderBits) {
                 break;
             }
         }
     }
-    return best;
+    return leastOfBlocks(bestKeys);
 }
 
 // The smallest byte of 16.
@@ -263,7 +263,7 @@ AlphaCoded findalpha4x4(__m128i values)
         // 253, 254 and 255: no pair of the search fits below 256.
         return {eightValues(values, 253, 255), 0};
     }
-    constexpr std::uint32_t worst = 0xFFFFFFFF;
+    constexpr std::uint32_t worst = 0x7FFFFFFF;
     std::uint32_t best = searchAlpha<7>(block, least, mostOf(values), worst);
     if (best >> orderBits != 0) {
         __m128i const isLow = _mm_cmpeq_epi8(_mm_min_epu8(values, _mm_set1_epi8(1)), values);

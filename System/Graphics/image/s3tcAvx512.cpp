@@ -91,6 +91,9 @@ std::uint32_t leastOfBlocks(Lanes a)
     return static_cast<std::uint32_t>(_mm_cvtsi128_si32(one));
 }
 
+// Blank lines keep the order: each builds on those before it.
+#include "System/Graphics/image/s3tcLanes.inl.h"
+
 #include "System/Graphics/image/s3tcColor.inl.h"
 
 #include "System/Graphics/image/s3tcAlpha.inl.h"

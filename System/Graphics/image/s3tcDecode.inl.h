@@ -1,5 +1,5 @@
 // Decoding of blocks: the colours of eight blocks at once, then a byte shuffle for each row of four pixels.
-// Included behind s3tcColor.inl.h.
+// Included behind s3tcLanes.inl.h.
 
 constexpr std::size_t palettesAtOnce = 8;
 
