@@ -60,6 +60,7 @@
 #include "System/File/fileTempMem.h"
 #include "System/File/hashConstCharPtr.h"
 #include "System/File/hashIndex.h"
+#include "System/File/indexedArchive.h"
 #include "System/File/textToken.h"
 #include "System/File/textTokenizer.h"
 #include "System/Graphics/image/image.h"

@@ -6,6 +6,8 @@ packages=(
     g++ cmake ninja-build pkg-config    # build
     zlib1g-dev                          # the library itself
     libzip-dev                          # plugin for zip archives
+    python3                             # the sample host's media
+    libpng-dev                          # pictures of tools and hosts
     libcli11-dev libedit-dev            # command lines of hosts and tools, the host's console
     libgtest-dev                        # tests
     clang-format-14                     # formatting check
@@ -27,6 +29,7 @@ packages=(
     libstb-dev
     libtbb-dev
     libtiff-dev
+    libyuv-dev
     libzstd-dev
     re2c
 )

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 
 namespace Qel {
 
@@ -70,7 +71,7 @@ unsigned int cImage::setCanvas(cPixelFormat const &format, unsigned short newWid
 {
     cPixelFormat const newFormat = format; // may be the image's own
     std::uint64_t const size = std::uint64_t{newFormat.getBytePerPixel()} * newPitch * newHeight;
-    if (size == 0 || newPitch < newWidth || size > maxBytes || !allocdata(static_cast<unsigned int>(size))) {
+    if (newPitch < newWidth || size > maxBytes || !allocdata(static_cast<unsigned int>(size))) {
         poolheap_free(data);
         data = nullptr;
         return 0;
@@ -124,6 +125,9 @@ unsigned int cImage::getImage(cPixelFormat const &format, unsigned char *buffer)
 {
     std::size_t const rowSize = std::size_t{format.getBytePerPixel()} * width;
     std::size_t const size = rowSize * height;
+    if (size > std::numeric_limits<unsigned int>::max()) {
+        return 0;
+    }
     if (buffer == nullptr || data == nullptr || size == 0) {
         return static_cast<unsigned int>(size);
     }
@@ -165,10 +169,13 @@ unsigned int cImage::setImage(cPixelFormat const &format, cImage const &source)
     if (setCanvas(to, source.width, source.height, nullptr) == 0 || source.data == nullptr) {
         return 0;
     }
+    // Rows without gaps are one stream: where a layout of one's own is named as another, pixels are taken
+    // across the ends of rows.
+    unsigned int const rows = source.pitch == width ? height : 1;
     unsigned int const rowSize = to.getBytePerPixel() * width;
-    for (unsigned int y = 0; y < height; ++y) {
-        cPixelFormat::convertStream(to, pixelAt(0, y), rowSize, from, source.pixelAt(0, y),
-                                    source.getBytesPerPixel() * width);
+    for (unsigned int y = 0; y < height; y += rows) {
+        cPixelFormat::convertStream(to, pixelAt(0, y), rowSize * rows, from, source.pixelAt(0, y),
+                                    source.getBytesPerPixel() * width * rows);
     }
     return static_cast<unsigned int>(width) * height;
 }

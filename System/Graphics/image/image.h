@@ -69,8 +69,9 @@ public:
 
     /// Gives the image new pixels, all zero; the old ones are freed first.
     /// @param newPalette  copied; null: the palette stays
-    /// @return the size in bytes. 0 for a size of 0, one above maxBytes, a pitch below the width or without
-    ///         memory: getData() is then null and everything else stays
+    /// @return the size in bytes. 0 above maxBytes, for a pitch below the width and without memory:
+    ///         getData() is then null and everything else stays. Also 0 for an image of no bytes, which is
+    ///         made all the same
     unsigned int setCanvas(cPixelFormat const &format, unsigned short newWidth, unsigned short newHeight,
                            cPalette const *newPalette);
 
@@ -94,7 +95,7 @@ public:
     /// Converts the pixels to another format. Indices of an 8-bit image go through the palette, byte 0 as
     /// red; the entry (0, 255, 0) is the key of transparency and gets alpha 0.
     /// @param buffer  room for the result, packed; null to learn the size alone
-    /// @return bytes of the result
+    /// @return bytes of the result; 0, with nothing written, where they are 4 GiB or more
     unsigned int getImage(cPixelFormat const &format, unsigned char *buffer) const;
 
     /// Becomes the source's pixels in another format; both formats are taken by their names.

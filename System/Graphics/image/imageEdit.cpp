@@ -15,7 +15,8 @@ bool cImage::mirrorVertical()
         return false;
     }
     std::size_t const rowSize = std::size_t{getBytesPerPixel()} * width;
-    for (unsigned int top = 0, bottom = height - 1u; top < bottom; ++top, --bottom) {
+    for (unsigned int top = 0, bottom = height; top + 1 < bottom; ++top) {
+        --bottom;
         std::swap_ranges(pixelAt(0, top), pixelAt(0, top) + rowSize, pixelAt(0, bottom));
     }
     return true;
@@ -27,7 +28,7 @@ bool cImage::mirrorHorizontal()
     if (data == nullptr || bytes == 0 || bytes > 4) {
         return false;
     }
-    for (unsigned int y = 0; y < height; ++y) {
+    for (unsigned int y = 0; y < height && width != 0; ++y) {
         unsigned char *left = pixelAt(0, y);
         unsigned char *right = left + std::size_t{bytes} * (width - 1u);
         for (; left < right; left += bytes, right -= bytes) {
@@ -68,7 +69,7 @@ bool cImage::crop(int x, int y, int w, int h)
 bool cImage::cropAlphaBox(int &x, int &y, int &w, int &h) const
 {
     x = y = w = h = 0;
-    if (m_format.getAlphaNumBits() == 0 || data == nullptr) {
+    if (m_format.getAlphaNumBits() == 0 || data == nullptr || width == 0 || height == 0) {
         return false;
     }
     int left = width - 1;

@@ -44,7 +44,8 @@ public:
 
     /// Calls save() on memory and puts the bytes at the start of the file on the disk, which is made if it is
     /// not there. A longer file keeps its tail.
-    /// @return false if save() refuses, or if the file cannot be opened or written
+    /// @return false if save() refuses, or if the file cannot be opened or written. On a full disk the new
+    ///         bytes may then end in the midst of the old ones
     virtual bool saveEx(String const &path, cImage &image, unsigned int flags);
 
     virtual char const *get_type() const = 0; ///< the format's short name, as "TGA"

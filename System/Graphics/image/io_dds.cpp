@@ -36,7 +36,7 @@ static_assert(sizeof(Header) == 124);
 
 std::uint64_t blockBytes(cIO_ddsInfo const &info)
 {
-    return std::uint64_t{info.width / 4} * (info.height / 4) * (info.format == 1 ? 8 : 16);
+    return std::uint64_t{(info.width + 3) / 4} * ((info.height + 3) / 4) * (info.format == 1 ? 8 : 16);
 }
 
 // The blocks as the file has them, in room for all that width and height ask for.

@@ -224,7 +224,7 @@ int cIO_pcx::read_24bpp(cFile &file, cImage &image)
 
 int cIO_pcx::write_bitmap(cFile &file, cImage &image)
 {
-    if (image.getData() == nullptr) {
+    if (image.getData() == nullptr || image.getWidth() == 0 || image.getHeight() == 0) {
         return 0;
     }
     bool const hasPalette = image.getBitsPerPixel() == 8;

@@ -242,9 +242,6 @@ int cIO_tga::write_type2(cFile &file, cImage &image)
     if (!writeHeader(file, header, image) || (size != 0 && image.getData() == nullptr)) {
         return 0;
     }
-    if (size == 0) {
-        return 1;
-    }
     TurnedOver const turned(image);
     switch (image.getBitsPerPixel()) {
     case 16: {
@@ -253,7 +250,10 @@ int cIO_tga::write_type2(cFile &file, cImage &image)
             return writeAll(file, image.getData(), size) ? 1 : 0;
         }
         cImage fiveBits;
-        return fiveBits.setImage(X1B5G5R5, image) != 0 && writeAll(file, fiveBits.getData(), size) ? 1 : 0;
+        return size == 0 ||
+                       (fiveBits.setImage(X1B5G5R5, image) != 0 && writeAll(file, fiveBits.getData(), size))
+                   ? 1
+                   : 0;
     }
     case 24:
     case 32: {
