@@ -21,5 +21,5 @@ int main()
     } else {
         coder.from_S3TC2or3(back.data(), blocks.data(), side, side);
     }
-    return format == 4 && back[5] >> 24 == 20 ? 0 : 1; // a slope of alpha is what DXT5 is for
+    return format == 4 && back[6] >> 24 == 24 ? 0 : 1; // a slope of alpha is what DXT5 is for
 }

@@ -13,18 +13,31 @@ constexpr unsigned int blockSide = 4;
 constexpr std::size_t colorBytes = 8;       // a block of colours, or of alpha
 constexpr std::size_t colorAlphaBytes = 16; // alpha first, then colours
 
-S3tcKernels const &kernels()
+S3tcColorKernels const &colorKernels()
 {
 #if defined(__x86_64__)
     switch (os::processorLevel()) {
     case os::PROCESSOR_AVX512:
-        return s3tcKernelsAvx512;
+        return s3tcColorsAvx512;
     case os::PROCESSOR_AVX2:
-        return s3tcKernelsAvx2;
+        return s3tcColorsAvx2;
     case os::PROCESSOR_SSE42:
-        return s3tcKernelsSse42;
+        return s3tcColorsSse42;
     default:
         break;
+    }
+#endif
+    return s3tcColorsPlain;
+}
+
+S3tcKernels const &kernels()
+{
+#if defined(__x86_64__)
+    if (os::processorLevel() >= os::PROCESSOR_AVX2) {
+        return s3tcKernelsAvx2;
+    }
+    if (os::processorLevel() >= os::PROCESSOR_SSE42) {
+        return s3tcKernelsSse42;
     }
 #endif
     return s3tcKernelsPlain;
@@ -47,8 +60,8 @@ struct Blocks {
 
 /// Codes the whole image by one part of the coder.
 /// @param dest  where that part of the first block goes
-std::uint32_t encode(S3tcKernels::Encode coder, void *dest, std::size_t stride, void const *src,
-                     std::size_t pitch, Blocks const &blocks)
+std::uint32_t encode(S3tcEncode coder, void *dest, std::size_t stride, void const *src, std::size_t pitch,
+                     Blocks const &blocks)
 {
     std::uint32_t error = 0;
     if (blocks.isEmpty()) {
@@ -68,7 +81,7 @@ void *colorsOf(void *dest)
     return static_cast<unsigned char *>(dest) + colorBytes;
 }
 
-void decode(S3tcKernels::Decode decoder, unsigned int *dest, unsigned short const *src, std::size_t stride,
+void decode(S3tcDecode decoder, unsigned int *dest, unsigned short const *src, std::size_t stride,
             unsigned int width, unsigned int height)
 {
     Blocks const blocks(dest, src, width, height);
@@ -104,7 +117,7 @@ unsigned int cS3TC::to_S3TC1(void *dest, void const *src, unsigned int pitch, un
     if (!isWholeBlocks(pitch, width, height)) {
         return 0;
     }
-    return encode(kernels().colors, dest, colorBytes, src, pitch, Blocks(dest, src, width, height));
+    return encode(colorKernels().colors, dest, colorBytes, src, pitch, Blocks(dest, src, width, height));
 }
 
 unsigned int cS3TC::to_S3TC1a(void *dest, void const *src, unsigned int pitch, unsigned int width,
@@ -113,7 +126,8 @@ unsigned int cS3TC::to_S3TC1a(void *dest, void const *src, unsigned int pitch, u
     if (!isWholeBlocks(pitch, width, height)) {
         return 0;
     }
-    return encode(kernels().colorsWithHoles, dest, colorBytes, src, pitch, Blocks(dest, src, width, height));
+    return encode(colorKernels().colorsWithHoles, dest, colorBytes, src, pitch,
+                  Blocks(dest, src, width, height));
 }
 
 unsigned int cS3TC::to_S3TC2or3(void *dest, void const *src, unsigned int pitch, unsigned int width,
@@ -124,7 +138,7 @@ unsigned int cS3TC::to_S3TC2or3(void *dest, void const *src, unsigned int pitch,
         return 0;
     }
     std::uint32_t const alpha = encode(kernels().mappedAlpha, dest, colorAlphaBytes, src, pitch, blocks);
-    return alpha + encode(kernels().colors, colorsOf(dest), colorAlphaBytes, src, pitch, blocks);
+    return alpha + encode(colorKernels().colors, colorsOf(dest), colorAlphaBytes, src, pitch, blocks);
 }
 
 unsigned int cS3TC::to_S3TC4or5(void *dest, void const *src, unsigned int pitch, unsigned int width,
@@ -136,7 +150,7 @@ unsigned int cS3TC::to_S3TC4or5(void *dest, void const *src, unsigned int pitch,
     }
     std::uint32_t const alpha =
         encode(kernels().interpolatedAlpha, dest, colorAlphaBytes, src, pitch, blocks);
-    return alpha + encode(kernels().colors, colorsOf(dest), colorAlphaBytes, src, pitch, blocks);
+    return alpha + encode(colorKernels().colors, colorsOf(dest), colorAlphaBytes, src, pitch, blocks);
 }
 
 unsigned int cS3TC::to_S3TC2or3vs4or5(void *dest, void const *src, unsigned int pitch, unsigned int width,
@@ -147,7 +161,7 @@ unsigned int cS3TC::to_S3TC2or3vs4or5(void *dest, void const *src, unsigned int 
         return 0;
     }
     std::uint32_t const colors =
-        encode(kernels().colors, colorsOf(dest), colorAlphaBytes, src, pitch, blocks);
+        encode(colorKernels().colors, colorsOf(dest), colorAlphaBytes, src, pitch, blocks);
     std::uint32_t const mapped = encode(kernels().mappedAlpha, dest, colorAlphaBytes, src, pitch, blocks);
     *format = 2;
     if (mapped == 0) {

@@ -1,5 +1,5 @@
-// The search for the ends of interpolated alpha, candidates side by side in the 128 bits of a register.
-// Included behind s3tcLanes.inl.h.
+// The search for the ends of interpolated alpha, candidates side by side in the 128 bits of a register, and
+// mapped alpha. Included behind s3tcColor.inl.h.
 //
 // All points of a pair are at fixed distances from its lower end, which a table holds. Pairs are tried from
 // the widest down: once the values above a pair's upper end alone cost more than the best pair so far, so
@@ -282,6 +282,16 @@ AlphaCoded findalpha4x4(__m128i values)
     unsigned int const order = best & ((1u << orderBits) - 1);
     unsigned int const lo = (least == 0 ? 0 : least - 1) + order / 64;
     return {eightValues(values, lo, lo + order % 64 * 4), best >> orderBits};
+}
+
+Coded codeMappedAlpha(Channels const &pixels)
+{
+    constexpr Table16 gather = {{0, 2, 4, 6, 8, 10, 12, 14, 128, 128, 128, 128, 128, 128, 128, 128}};
+    Lanes const nibbles = both(QEL_OP(srli_epi16)(pixels.alpha, 4), all8(15));
+    Lanes const expanded = either(QEL_OP(slli_epi16)(nibbles, 4), nibbles);
+    Lanes const errors = sad(gap8(pixels.alpha, expanded));
+    Lanes const bytes = QEL_OP(maddubs_epi16)(nibbles, QEL_OP(set1_epi16)(0x1001));
+    return {shuffle8(bytes, each(gather)), QEL_OP(add_epi64)(errors, swap64(errors))};
 }
 
 std::uint32_t interpolatedAlpha(unsigned char *dest, std::size_t stride, unsigned char const *src,

@@ -23,7 +23,7 @@ Lanes eachBlock(void const *table)
 
 void store(void *to, Lanes a)
 {
-    _mm256_store_si256(static_cast<__m256i *>(to), a);
+    _mm256_storeu_si256(static_cast<__m256i *>(to), a);
 }
 
 Lanes both(Lanes a, Lanes b)
@@ -82,6 +82,11 @@ bool isEverywhere(Lanes mask)
     return _mm256_movemask_epi8(mask) == -1;
 }
 
+Lanes joinBlocks(__m128i const *blocks)
+{
+    return _mm256_set_m128i(blocks[1], blocks[0]);
+}
+
 // The least of the 32-bit numbers that begin the blocks, of such below 2^31.
 std::uint32_t leastOfBlocks(Lanes a)
 {
@@ -100,14 +105,9 @@ std::uint32_t leastOfBlocks(Lanes a)
 
 } // namespace
 
-S3tcKernels const s3tcKernelsAvx2 = {
-    encode<codeColors>,
-    encode<codeColorsWithHoles>,
-    encode<codeMappedAlpha>,
-    interpolatedAlpha,
-    decode1,
-    decode2or3,
-    decode4or5,
-};
+S3tcColorKernels const s3tcColorsAvx2 = {encode<codeColors>, encode<codeColorsWithHoles>};
+
+S3tcKernels const s3tcKernelsAvx2 = {encode<codeMappedAlpha>, interpolatedAlpha, decode1, decode2or3,
+                                     decode4or5};
 
 } // namespace Qel

@@ -376,16 +376,6 @@ Coded codeColorsWithHoles(Channels const &pixels)
     return {choose(isOpaque, full.block, holed.block), choose(isOpaque, full.error, holed.error)};
 }
 
-Coded codeMappedAlpha(Channels const &pixels)
-{
-    constexpr Table16 gather = {{0, 2, 4, 6, 8, 10, 12, 14, 128, 128, 128, 128, 128, 128, 128, 128}};
-    Lanes const nibbles = both(QEL_OP(srli_epi16)(pixels.alpha, 4), all8(15));
-    Lanes const expanded = either(QEL_OP(slli_epi16)(nibbles, 4), nibbles);
-    Lanes const errors = sad(gap8(pixels.alpha, expanded));
-    Lanes const bytes = QEL_OP(maddubs_epi16)(nibbles, QEL_OP(set1_epi16)(0x1001));
-    return {shuffle8(bytes, each(gather)), QEL_OP(add_epi64)(errors, swap64(errors))};
-}
-
 template <Coded (*coder)(Channels const &)>
 std::uint32_t encode(unsigned char *dest, std::size_t stride, unsigned char const *src, std::size_t pitch,
                      std::size_t blocks)

@@ -5,23 +5,8 @@ constexpr std::size_t palettesAtOnce = 8;
 
 /// The four colours of each of a few blocks.
 struct Palettes {
-    alignas(16) unsigned int colors[palettesAtOnce][4];
+    Lanes ofGroup[palettesAtOnce / blocksAtOnce];
 };
-
-// Four pixels' bytes in a block's colours, for the eight bits of their indices.
-struct RowShuffles {
-    alignas(16) unsigned char rows[256][16];
-};
-
-constexpr RowShuffles rowShuffles = [] {
-    RowShuffles result{};
-    for (unsigned int bits = 0; bits < 256; ++bits) {
-        for (unsigned int i = 0; i < 16; ++i) {
-            result.rows[bits][i] = static_cast<unsigned char>((bits >> i / 4 * 2 & 3) * 4 + i % 4);
-        }
-    }
-    return result;
-}();
 
 __m128i load128(void const *from)
 {
@@ -31,11 +16,6 @@ __m128i load128(void const *from)
 __m128i load64(void const *from)
 {
     return _mm_loadl_epi64(static_cast<__m128i const *>(from));
-}
-
-void store128(void *to, __m128i value)
-{
-    _mm_storeu_si128(static_cast<__m128i *>(to), value);
 }
 
 // The colours of four blocks, side by side, from their 16-bit numbers.
@@ -70,7 +50,7 @@ ChannelPalette mixChannel(__m128i c0, __m128i c1, __m128i isFour, int fourth)
 
 // The palettes of eight blocks. The fourth colour of the form with three is @p fourth, without alpha.
 template <std::size_t stride>
-void decodePalettes(Palettes &palettes, unsigned char const *src, unsigned int opaque, unsigned int fourth)
+Palettes decodePalettes(unsigned char const *src, unsigned int opaque, unsigned int fourth)
 {
     __m128i const low = loadColors<stride>(src);
     __m128i const high = loadColors<stride>(src + 4 * stride);
@@ -107,116 +87,144 @@ void decodePalettes(Palettes &palettes, unsigned char const *src, unsigned int o
         first[i] = _mm_unpacklo_epi16(greenBlue, alphaRed);
         last[i] = _mm_unpackhi_epi16(greenBlue, alphaRed);
     }
-    auto const turn = [](__m128i const(&colors)[4], unsigned int(*to)[4]) {
+    __m128i blocks[palettesAtOnce];
+    auto const turn = [](__m128i const(&colors)[4], __m128i *to) {
         __m128i const c01 = _mm_unpacklo_epi32(colors[0], colors[1]);
         __m128i const c23 = _mm_unpacklo_epi32(colors[2], colors[3]);
         __m128i const d01 = _mm_unpackhi_epi32(colors[0], colors[1]);
         __m128i const d23 = _mm_unpackhi_epi32(colors[2], colors[3]);
-        store128(to[0], _mm_unpacklo_epi64(c01, c23));
-        store128(to[1], _mm_unpackhi_epi64(c01, c23));
-        store128(to[2], _mm_unpacklo_epi64(d01, d23));
-        store128(to[3], _mm_unpackhi_epi64(d01, d23));
+        to[0] = _mm_unpacklo_epi64(c01, c23);
+        to[1] = _mm_unpackhi_epi64(c01, c23);
+        to[2] = _mm_unpacklo_epi64(d01, d23);
+        to[3] = _mm_unpackhi_epi64(d01, d23);
     };
-    turn(first, palettes.colors);
-    turn(last, palettes.colors + 4);
+    turn(first, blocks);
+    turn(last, blocks + 4);
+    Palettes palettes;
+    for (std::size_t i = 0; i < palettesAtOnce / blocksAtOnce; ++i) {
+        palettes.ofGroup[i] = joinBlocks(blocks + i * blocksAtOnce);
+    }
+    return palettes;
 }
 
-__m128i colorRow(__m128i palette, unsigned int indices)
+// A block's four bits of alpha a pixel, to bytes.
+Lanes mappedAlphaOf(Lanes blocks)
 {
-    return _mm_shuffle_epi8(palette, load128(rowShuffles.rows[indices & 255]));
+    Lanes const nibbles =
+        QEL_OP(unpacklo_epi8)(both(blocks, all8(15)), both(QEL_OP(srli_epi16)(blocks, 4), all8(15)));
+    return either(nibbles, QEL_OP(slli_epi16)(nibbles, 4));
 }
 
-void decodeBlock1(unsigned int *dest, std::size_t width, unsigned char const *src, __m128i palette)
+// A block's alpha between two values, to bytes.
+Lanes interpolatedAlphaOf(Lanes blocks)
 {
-    store128(dest, colorRow(palette, src[4]));
-    store128(dest + width, colorRow(palette, src[5]));
-    store128(dest + 2 * width, colorRow(palette, src[6]));
-    store128(dest + 3 * width, colorRow(palette, src[7]));
-}
-
-// Stores a block's colours with an alpha for each pixel.
-void storeWithAlpha(unsigned int *dest, std::size_t width, unsigned char const *src, __m128i palette,
-                    __m128i alpha)
-{
-    __m128i const zeros = _mm_setzero_si128();
-    __m128i const low = _mm_unpacklo_epi8(zeros, alpha);
-    __m128i const high = _mm_unpackhi_epi8(zeros, alpha);
-    store128(dest, _mm_or_si128(colorRow(palette, src[12]), _mm_unpacklo_epi16(zeros, low)));
-    store128(dest + width, _mm_or_si128(colorRow(palette, src[13]), _mm_unpackhi_epi16(zeros, low)));
-    store128(dest + 2 * width, _mm_or_si128(colorRow(palette, src[14]), _mm_unpacklo_epi16(zeros, high)));
-    store128(dest + 3 * width, _mm_or_si128(colorRow(palette, src[15]), _mm_unpackhi_epi16(zeros, high)));
-}
-
-void decodeBlock2or3(unsigned int *dest, std::size_t width, unsigned char const *src, __m128i palette)
-{
-    __m128i const bytes = load64(src);
-    __m128i const nibble = _mm_set1_epi8(15);
-    __m128i const nibbles =
-        _mm_unpacklo_epi8(_mm_and_si128(bytes, nibble), _mm_and_si128(_mm_srli_epi16(bytes, 4), nibble));
-    storeWithAlpha(dest, width, src, palette, _mm_or_si128(nibbles, _mm_slli_epi16(nibbles, 4)));
-}
-
-/// How an alpha block's eight values come from its two: weights, a factor that divides, what is fixed.
-struct AlphaForm {
-    alignas(16) signed char weights[16];
-    alignas(16) std::uint16_t divide[8];
-    alignas(16) std::uint16_t fixed[8];
-};
-
-constexpr std::uint16_t seventh = 9363; // of 65 536, rounded up
-constexpr std::uint16_t fifth = 13108;
-
-constexpr AlphaForm alphaForms[2] = {
-    {{5, 0, 0, 5, 4, 1, 3, 2, 2, 3, 1, 4, 0, 0, 0, 0},
-     {fifth, fifth, fifth, fifth, fifth, fifth, fifth, fifth},
-     {0, 0, 0, 0, 0, 0, 0, 255}},
-    {{7, 0, 0, 7, 6, 1, 5, 2, 4, 3, 3, 4, 2, 5, 1, 6},
-     {seventh, seventh, seventh, seventh, seventh, seventh, seventh, seventh},
-     {}},
-};
-
-void decodeBlock4or5(unsigned int *dest, std::size_t width, unsigned char const *src, __m128i palette)
-{
-    AlphaForm const &form = alphaForms[src[0] > src[1]];
-    __m128i const bits = load64(src);
-    __m128i const ends = _mm_shuffle_epi8(bits, _mm_set1_epi16(0x0100));
-    __m128i const sums = _mm_maddubs_epi16(ends, load128(form.weights));
-    __m128i const values = _mm_or_si128(_mm_mulhi_epu16(sums, load128(form.divide)), load128(form.fixed));
-    __m128i const points = _mm_packus_epi16(values, values);
+    // What each of the eight values takes of the two, and what there is instead.
+    constexpr Table16 sevenths = {{7, 0, 0, 7, 6, 1, 5, 2, 4, 3, 3, 4, 2, 5, 1, 6}};
+    constexpr Table16 fifths = {{5, 0, 0, 5, 4, 1, 3, 2, 2, 3, 1, 4, 0, 0, 0, 0}};
+    constexpr Table16 lastIs255 = {{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 255, 0}};
+    Lanes const a1 = shuffle8(blocks, all8(1));
+    Lanes const isSix = same8(max8(spread8(blocks), a1), a1);
+    Lanes const weights = choose(isSix, each(fifths), each(sevenths));
+    Lanes const share = choose(isSix, QEL_OP(set1_epi16)(13108), QEL_OP(set1_epi16)(9363)); // of 65 536
+    Lanes const ends = shuffle8(blocks, QEL_OP(set1_epi16)(0x0100));
+    Lanes const values = either(QEL_OP(mulhi_epu16)(QEL_OP(maddubs_epi16)(ends, weights), share),
+                                both(isSix, each(lastIs255)));
+    Lanes const points = QEL_OP(packus_epi16)(values, values);
     // Each pixel's three bits are moved to the top of a 16-bit number.
-    __m128i const toTop = _mm_setr_epi16(1 << 13, 1 << 10, 1 << 7, 1 << 12, 1 << 9, 1 << 6, 1 << 11, 1 << 8);
-    __m128i const first =
-        _mm_shuffle_epi8(bits, _mm_setr_epi8(2, 3, 2, 3, 2, 3, 3, 4, 3, 4, 3, 4, 4, -1, 4, -1));
-    __m128i const last =
-        _mm_shuffle_epi8(bits, _mm_setr_epi8(5, 6, 5, 6, 5, 6, 6, 7, 6, 7, 6, 7, 7, -1, 7, -1));
-    __m128i const indices = _mm_packus_epi16(_mm_srli_epi16(_mm_mullo_epi16(first, toTop), 13),
-                                             _mm_srli_epi16(_mm_mullo_epi16(last, toTop), 13));
-    storeWithAlpha(dest, width, src, palette, _mm_shuffle_epi8(points, indices));
+    constexpr Table16 toTop = {{0, 32, 0, 4, 128, 0, 0, 16, 0, 2, 64, 0, 0, 8, 0, 1}};
+    constexpr Table16 firstEight = {{2, 3, 2, 3, 2, 3, 3, 4, 3, 4, 3, 4, 4, 128, 4, 128}};
+    constexpr Table16 lastEight = {{5, 6, 5, 6, 5, 6, 6, 7, 6, 7, 6, 7, 7, 128, 7, 128}};
+    auto const indices = [&](Table16 const &bytes) {
+        return QEL_OP(srli_epi16)(QEL_OP(mullo_epi16)(shuffle8(blocks, each(bytes)), each(toTop)), 13);
+    };
+    return shuffle8(points, QEL_OP(packus_epi16)(indices(firstEight), indices(lastEight)));
 }
 
-template <std::size_t stride,
-          void (*decodeBlock)(unsigned int *, std::size_t, unsigned char const *, __m128i)>
+// No alpha but that of the colours.
+Lanes noAlpha(Lanes)
+{
+    return zero();
+}
+
+// Four pixels' bytes in a block's colours, for the eight bits of their indices.
+struct RowShuffles {
+    alignas(16) unsigned char rows[256][16];
+};
+
+constexpr RowShuffles rowShuffles = [] {
+    RowShuffles result{};
+    for (unsigned int bits = 0; bits < 256; ++bits) {
+        for (unsigned int i = 0; i < 16; ++i) {
+            result.rows[bits][i] = static_cast<unsigned char>((bits >> i / 4 * 2 & 3) * 4 + i % 4);
+        }
+    }
+    return result;
+}();
+
+// The shuffles of one row of as many blocks as there are lanes; @p indices are those of the first one.
+template <std::size_t stride>
+Lanes rowPlaces(unsigned char const *indices)
+{
+    __m128i places[blocksAtOnce];
+    for (std::size_t i = 0; i < blocksAtOnce; ++i) {
+        places[i] = load128(rowShuffles.rows[indices[i * stride]]);
+    }
+    return joinBlocks(places);
+}
+
+// As many blocks as there are lanes, by their palettes, to rows @p width pixels apart.
+template <std::size_t stride, Lanes (*alphaOf)(Lanes)>
+void decodeGroup(unsigned int *dest, std::size_t width, unsigned char const *src, Lanes palettes)
+{
+    unsigned char const *const indices = src + stride - 4;
+    Lanes rows[4];
+    for (std::size_t i = 0; i < 4; ++i) {
+        rows[i] = shuffle8(palettes, rowPlaces<stride>(indices + i));
+    }
+    if constexpr (stride == 16) {
+        Lanes const alpha = alphaOf(load(src));
+        Lanes const first = QEL_OP(unpacklo_epi8)(zero(), alpha);
+        Lanes const last = QEL_OP(unpackhi_epi8)(zero(), alpha);
+        rows[0] = either(rows[0], QEL_OP(unpacklo_epi16)(zero(), first));
+        rows[1] = either(rows[1], QEL_OP(unpackhi_epi16)(zero(), first));
+        rows[2] = either(rows[2], QEL_OP(unpacklo_epi16)(zero(), last));
+        rows[3] = either(rows[3], QEL_OP(unpackhi_epi16)(zero(), last));
+    }
+    for (std::size_t i = 0; i < 4; ++i) {
+        store(dest + i * width, rows[i]);
+    }
+}
+
+template <std::size_t stride, Lanes (*alphaOf)(Lanes)>
 void decode(unsigned int *dest, std::size_t width, unsigned char const *src, std::size_t blocks)
 {
     constexpr unsigned int opaque = stride == 8 ? 0xFF000000 : 0;
     constexpr unsigned int fourth = stride == 8 ? 0 : 0x0000FFFF;
-    Palettes palettes;
-    while (blocks != 0) {
-        std::size_t const count = blocks < palettesAtOnce ? blocks : palettesAtOnce;
-        if (count == palettesAtOnce) {
-            decodePalettes<stride>(palettes, src, opaque, fourth);
-        } else {
-            unsigned char rest[palettesAtOnce * stride] = {};
-            __builtin_memcpy(rest, src, count * stride);
-            decodePalettes<stride>(palettes, rest, opaque, fourth);
+    constexpr std::size_t groupPixels = 4 * blocksAtOnce;
+    for (; blocks >= palettesAtOnce; blocks -= palettesAtOnce) {
+        Palettes const palettes = decodePalettes<stride>(src, opaque, fourth);
+        for (Lanes const group : palettes.ofGroup) {
+            decodeGroup<stride, alphaOf>(dest, width, src, group);
+            dest += groupPixels;
+            src += stride * blocksAtOnce;
         }
-        for (std::size_t i = 0; i < count; ++i, dest += 4, src += stride) {
-            decodeBlock(dest, width, src, load128(palettes.colors[i]));
-        }
-        blocks -= count;
+    }
+    if (blocks == 0) {
+        return;
+    }
+    unsigned char rest[palettesAtOnce * stride] = {};
+    __builtin_memcpy(rest, src, blocks * stride);
+    Palettes const palettes = decodePalettes<stride>(rest, opaque, fourth);
+    unsigned int pixels[4][palettesAtOnce * 4];
+    for (std::size_t i = 0; i < palettesAtOnce / blocksAtOnce; ++i) {
+        decodeGroup<stride, alphaOf>(pixels[0] + i * groupPixels, palettesAtOnce * 4,
+                                     rest + i * blocksAtOnce * stride, palettes.ofGroup[i]);
+    }
+    for (std::size_t row = 0; row < 4; ++row) {
+        __builtin_memcpy(dest + row * width, pixels[row], blocks * 16);
     }
 }
 
-constexpr S3tcKernels::Decode decode1 = decode<8, decodeBlock1>;
-constexpr S3tcKernels::Decode decode2or3 = decode<16, decodeBlock2or3>;
-constexpr S3tcKernels::Decode decode4or5 = decode<16, decodeBlock4or5>;
+constexpr S3tcDecode decode1 = decode<8, noAlpha>;
+constexpr S3tcDecode decode2or3 = decode<16, mappedAlphaOf>;
+constexpr S3tcDecode decode4or5 = decode<16, interpolatedAlphaOf>;

@@ -41,14 +41,9 @@ std::uint32_t encode(unsigned char *dest, std::size_t stride, unsigned char cons
 
 } // namespace
 
-S3tcKernels const s3tcKernelsPlain = {
-    encode<findcolor4x4>,
-    encode<findcolor4x4a>,
-    encode<mapAlpha>,
-    encode<interpolatedAlpha>,
-    decode1,
-    decode2or3,
-    decode4or5,
-};
+S3tcColorKernels const s3tcColorsPlain = {encode<findcolor4x4>, encode<findcolor4x4a>};
+
+S3tcKernels const s3tcKernelsPlain = {encode<mapAlpha>, encode<interpolatedAlpha>, decode1, decode2or3,
+                                      decode4or5};
 
 } // namespace Qel

@@ -23,7 +23,7 @@ Lanes eachBlock(void const *table)
 
 void store(void *to, Lanes a)
 {
-    _mm_store_si128(static_cast<__m128i *>(to), a);
+    _mm_storeu_si128(static_cast<__m128i *>(to), a);
 }
 
 Lanes both(Lanes a, Lanes b)
@@ -82,6 +82,11 @@ bool isEverywhere(Lanes mask)
     return _mm_movemask_epi8(mask) == 0xFFFF;
 }
 
+Lanes joinBlocks(__m128i const *blocks)
+{
+    return *blocks;
+}
+
 // The least of the 32-bit numbers that begin the blocks, of such below 2^31.
 std::uint32_t leastOfBlocks(Lanes a)
 {
@@ -99,14 +104,9 @@ std::uint32_t leastOfBlocks(Lanes a)
 
 } // namespace
 
-S3tcKernels const s3tcKernelsSse42 = {
-    encode<codeColors>,
-    encode<codeColorsWithHoles>,
-    encode<codeMappedAlpha>,
-    interpolatedAlpha,
-    decode1,
-    decode2or3,
-    decode4or5,
-};
+S3tcColorKernels const s3tcColorsSse42 = {encode<codeColors>, encode<codeColorsWithHoles>};
+
+S3tcKernels const s3tcKernelsSse42 = {encode<codeMappedAlpha>, interpolatedAlpha, decode1, decode2or3,
+                                      decode4or5};
 
 } // namespace Qel
