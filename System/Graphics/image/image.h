@@ -147,6 +147,8 @@ public:
 
 private:
     bool allocdata(unsigned int size);
+    bool filterBytes(short const kernel[5][5], int divisor);
+    bool filterPixels(short const kernel[5][5], int divisor);
     bool hasMasks() const ///< pixels there are, and of a format with channels
     {
         return data != nullptr && m_format.getFormat() != PAL8 && m_format.getFormat() != FLOAT;

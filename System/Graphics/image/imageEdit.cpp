@@ -1,11 +1,11 @@
 #include "System/Graphics/image/image.h"
+#include "System/Graphics/image/kernels/imageKernels.h"
 
 #include "Support/PoolHeap/poolHeap.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <utility>
 
 namespace Qel {
 
@@ -15,9 +15,15 @@ bool cImage::mirrorVertical()
         return false;
     }
     std::size_t const rowSize = std::size_t{getBytesPerPixel()} * width;
+    unsigned char part[4096];
     for (unsigned int top = 0, bottom = height; top + 1 < bottom; ++top) {
         --bottom;
-        std::swap_ranges(pixelAt(0, top), pixelAt(0, top) + rowSize, pixelAt(0, bottom));
+        for (std::size_t at = 0; at < rowSize; at += sizeof part) {
+            std::size_t const bytes = std::min(sizeof part, rowSize - at);
+            std::memcpy(part, pixelAt(0, top) + at, bytes);
+            std::memcpy(pixelAt(0, top) + at, pixelAt(0, bottom) + at, bytes);
+            std::memcpy(pixelAt(0, bottom) + at, part, bytes);
+        }
     }
     return true;
 }
@@ -28,12 +34,8 @@ bool cImage::mirrorHorizontal()
     if (data == nullptr || bytes == 0 || bytes > 4) {
         return false;
     }
-    for (unsigned int y = 0; y < height && width != 0; ++y) {
-        unsigned char *left = pixelAt(0, y);
-        unsigned char *right = left + std::size_t{bytes} * (width - 1u);
-        for (; left < right; left += bytes, right -= bytes) {
-            std::swap_ranges(left, left + bytes, right);
-        }
+    for (unsigned int y = 0; y < height; ++y) {
+        imageKernels->mirror(pixelAt(0, y), bytes, width);
     }
     return true;
 }

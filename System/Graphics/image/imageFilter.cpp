@@ -1,9 +1,13 @@
 #include "System/Graphics/image/image.h"
 
+#include "System/Graphics/image/kernels/imageKernels.h"
 #include "System/math/math.h"
+
+#include "Support/PoolHeap/poolBlk.h"
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <iterator>
 
 namespace Qel {
@@ -28,10 +32,78 @@ constexpr Kernel kernels[] = {
     {{0, 0, 0, 0, 0}, {0, 0, 0, 0, 0}, {0, 0, 1, 0, 0}, {0, 1, 1, 1, 0}, {0, 0, 0, 0, 0}},
 };
 
+constexpr unsigned int imageContext = 0x228FC766; // "Default resource data"
+
 unsigned int clampToByte(int value)
 {
     return static_cast<unsigned int>(std::clamp(value, 0, 255));
 }
+
+bool isByte(unsigned int mask, unsigned int shift, unsigned int numBits)
+{
+    return mask == 0 || (numBits <= 8 && mask >> shift == (1u << numBits) - 1);
+}
+
+// Do all channels come out as bytes, so that A8R8G8B8 can stand for the format? Masks of one's own may be
+// wider, or have gaps.
+bool hasByteChannels(cPixelFormat const &format)
+{
+    return isByte(format.getRedMask(), format.getRedShift(), format.getRedNumBits()) &&
+           isByte(format.getGreenMask(), format.getGreenShift(), format.getGreenNumBits()) &&
+           isByte(format.getBlueMask(), format.getBlueShift(), format.getBlueNumBits()) &&
+           isByte(format.getAlphaMask(), format.getAlphaShift(), format.getAlphaNumBits());
+}
+
+constexpr unsigned int wideBytes = 4; // of a pixel in A8R8G8B8
+
+// Whole pixels of one row, to A8R8G8B8 and back.
+void widen(cPixelFormat const &format, unsigned char const *row, void *wide, unsigned int pixels)
+{
+    cPixelFormat::convertStream(A8R8G8B8, static_cast<unsigned char *>(wide), wideBytes * pixels, format,
+                                row, format.getBytePerPixel() * pixels);
+}
+
+void narrow(cPixelFormat const &format, void const *wide, unsigned char *row, unsigned int pixels)
+{
+    cPixelFormat::convertStream(format, row, format.getBytePerPixel() * pixels, A8R8G8B8,
+                                static_cast<unsigned char const *>(wide), wideBytes * pixels);
+}
+
+// By the root that the program has set: its result counts, not the true one.
+void takeRoots(float *values, std::size_t count)
+{
+    if (cMath::sqrt == cMath::sqrt_sse) {
+        imageKernels->rootSse(values, count);
+    } else if (cMath::sqrt == cMath::sqrt_base && cMath::rsqrt == cMath::rsqrt_base) {
+        imageKernels->rootBase(values, count);
+    } else {
+        std::transform(values, values + count, values, cMath::sqrt);
+    }
+}
+
+// Room for arrays that begin on 64 bytes, all zero.
+class Rows {
+public:
+    bool alloc(std::size_t rowBytes, unsigned int count)
+    {
+        m_stride = (rowBytes + 63) / 64 * 64;
+        if (!m_block.alloc(static_cast<unsigned int>(m_stride * count), imageContext)) {
+            return false;
+        }
+        std::memset(m_block.data(), 0, m_block.size());
+        return true;
+    }
+
+    template <class Value>
+    Value *row(unsigned int i)
+    {
+        return reinterpret_cast<Value *>(static_cast<unsigned char *>(m_block.data()) + m_stride * i);
+    }
+
+private:
+    PoolBlk m_block;
+    std::size_t m_stride = 0;
+};
 
 } // namespace
 
@@ -41,34 +113,39 @@ bool cImage::bumpmap(cImage &target, int mode) const
         target.setCanvas(R8G8B8, width, height, nullptr) == 0) {
         return false;
     }
-    for (unsigned int y = 0; y < height; ++y) {
-        unsigned int const above = (y + height - 1u) % height;
-        unsigned int const below = (y + 1) % height;
-        for (unsigned int x = 0; x < width; ++x) {
-            unsigned int const left = (x + width - 1u) % width;
-            unsigned int const right = (x + 1) % width;
-            auto const v = [&](unsigned int column, unsigned int row) {
-                return static_cast<int>(m_format.getRedBits(getPixel(column, row)));
-            };
-            float nx = static_cast<float>(v(left, above) + 2 * v(left, y) + v(left, below) - v(right, above) -
-                                          2 * v(right, y) - v(right, below)) /
-                       255;
-            float ny = static_cast<float>(v(left, below) + 2 * v(x, below) + v(right, below) -
-                                          v(left, above) - 2 * v(x, above) - v(right, above)) /
-                       255;
-            float const l = 1 / cMath::sqrt(1 + nx * nx + ny * ny);
-            nx *= l;
-            ny *= l;
-            unsigned char *const to = target.pixelAt(x, y);
-            if (mode == 0) {
-                to[0] = static_cast<unsigned char>((nx + 1) * 127.5f);
-                to[1] = static_cast<unsigned char>((ny + 1) * 127.5f);
-                to[2] = static_cast<unsigned char>((l + 1) * 127.5f);
-            } else {
-                to[0] = static_cast<unsigned char>(static_cast<signed char>(nx * 127));
-                to[1] = static_cast<unsigned char>(static_cast<signed char>(ny * 127));
+    enum { WIDE, ABOVE, MIDDLE, BELOW, NX, NY, LENGTH, numRows };
+    Rows rows;
+    if (!rows.alloc(wideBytes * (width + 2u), numRows)) {
+        return false;
+    }
+    BumpRow const work = {rows.row<std::int32_t>(NX), rows.row<std::int32_t>(NY), rows.row<float>(LENGTH)};
+    std::int16_t *heights[] = {rows.row<std::int16_t>(ABOVE), rows.row<std::int16_t>(MIDDLE),
+                               rows.row<std::int16_t>(BELOW)};
+    bool const isWide = hasByteChannels(m_format);
+    // A row's heights, with the last one before the first and the first one behind the last.
+    auto const read = [&](std::int16_t *to, unsigned int y) {
+        if (isWide) {
+            std::uint32_t *const wide = rows.row<std::uint32_t>(WIDE);
+            widen(m_format, pixelAt(0, y), wide, width);
+            for (unsigned int x = 0; x < width; ++x) {
+                to[x + 1] = static_cast<std::int16_t>(wide[x] >> 16 & 255);
+            }
+        } else {
+            for (unsigned int x = 0; x < width; ++x) {
+                to[x + 1] = static_cast<std::int16_t>(m_format.getRedBits(getPixel(x, y)) & 255);
             }
         }
+        to[0] = to[width];
+        to[width + 1] = to[1];
+    };
+    read(heights[0], height - 1u);
+    read(heights[1], 0);
+    for (unsigned int y = 0; y < height; ++y) {
+        read(heights[2], (y + 1) % height);
+        imageKernels->slopes(work, heights[0], heights[1], heights[2], width);
+        takeRoots(work.length, width);
+        imageKernels->normals(target.pixelAt(0, y), work, mode, width);
+        std::rotate(heights, heights + 1, heights + 3);
     }
     return true;
 }
@@ -87,6 +164,54 @@ bool cImage::applyFilter(short const kernel[5][5])
     if (!hasMasks() || divisor == 0) {
         return false;
     }
+    return hasByteChannels(m_format) ? filterBytes(kernel, divisor) : filterPixels(kernel, divisor);
+}
+
+// Rows of bytes with two pixels of nothing at each end, the last five of them kept. The last column and row
+// count as nothing too.
+bool cImage::filterBytes(short const kernel[5][5], int divisor)
+{
+    constexpr unsigned int reach = 2;
+    constexpr unsigned int kept = 2 * reach + 1;
+    std::size_t const bytes = std::size_t{wideBytes} * width;
+    std::size_t const groups = (bytes + filterGroup - 1) / filterGroup * filterGroup;
+    Rows rows;
+    if (!rows.alloc(groups + 2 * reach * wideBytes, kept + 1)) {
+        return false;
+    }
+    unsigned char *const out = rows.row<unsigned char>(kept);
+    auto const read = [&](unsigned int y) {
+        if (y + 1 < height && width != 0) {
+            unsigned char *const row = rows.row<unsigned char>(y % kept) + reach * wideBytes;
+            widen(m_format, pixelAt(0, y), row, width);
+            std::memset(row + bytes - wideBytes, 0, wideBytes);
+        }
+    };
+    for (unsigned int y = 0; y < reach; ++y) {
+        read(y);
+    }
+    for (int y = 0; y < height; ++y) {
+        read(static_cast<unsigned int>(y) + reach);
+        FilterTap taps[25];
+        unsigned int numTaps = 0;
+        for (int dy = std::max(-2, -y); dy <= std::min(2, height - 2 - y); ++dy) {
+            for (int dx = -2; dx <= 2; ++dx) {
+                if (kernel[dy + 2][dx + 2] != 0) {
+                    taps[numTaps++] = {rows.row<unsigned char>(static_cast<unsigned int>(y + dy) % kept) +
+                                           (dx + 2) * static_cast<int>(wideBytes),
+                                       kernel[dy + 2][dx + 2]};
+                }
+            }
+        }
+        imageKernels->filter(out, taps, numTaps, divisor, bytes);
+        narrow(m_format, out, pixelAt(0, static_cast<unsigned int>(y)), width);
+    }
+    return true;
+}
+
+// Channels of one's own may be wider than a byte, before they are cut to one.
+bool cImage::filterPixels(short const kernel[5][5], int divisor)
+{
     cImage const source(*this);
     if (source.data == nullptr) {
         return false;
@@ -124,6 +249,19 @@ bool cImage::applyAction(eImageCommand command)
 {
     if (command != IMAGECOMMAND_GRAYSCALE || !hasMasks()) {
         return false;
+    }
+    if (hasByteChannels(m_format)) {
+        constexpr unsigned int part = 1024;
+        std::uint32_t wide[part];
+        for (unsigned int y = 0; y < height; ++y) {
+            for (unsigned int x = 0; x < width; x += part) {
+                unsigned int const count = std::min(part, width - x);
+                widen(m_format, pixelAt(x, y), wide, count);
+                imageKernels->gray(wide, count);
+                narrow(m_format, wide, pixelAt(x, y), count);
+            }
+        }
+        return true;
     }
     for (unsigned int y = 0; y < height; ++y) {
         for (unsigned int x = 0; x < width; ++x) {

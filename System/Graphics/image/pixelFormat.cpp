@@ -1,5 +1,7 @@
 #include "System/Graphics/image/pixelFormat.h"
 
+#include "System/Graphics/image/kernels/imageKernels.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -45,10 +47,18 @@ std::uint32_t runLength(std::uint32_t mask)
 }
 
 // Shift counts are taken modulo 32 throughout, as the processor does.
-unsigned int pack(unsigned int value, unsigned int mask, unsigned int shift, unsigned int numBits)
-{
-    return ((value >> ((8 - numBits) & 31)) << (shift & 31)) & mask;
-}
+struct Channel {
+    std::uint32_t mask, shift, numBits;
+
+    std::uint32_t pack(std::uint32_t value) const
+    {
+        return ((value >> ((8 - numBits) & 31)) << (shift & 31)) & mask;
+    }
+    std::uint32_t unpack(std::uint32_t pixel) const
+    {
+        return ((pixel & mask) >> (shift & 31)) << ((8 - numBits) & 31);
+    }
+};
 
 unsigned int packShare(unsigned int mask, float value)
 {
@@ -128,8 +138,10 @@ unsigned int cPixelFormat::buildPixel(float r, float g, float b, float a) const
 
 unsigned int cPixelFormat::buildPixel(unsigned int r, unsigned int g, unsigned int b, unsigned int a) const
 {
-    return pack(r, redMask, redShift, redNumBits) | pack(g, greenMask, greenShift, greenNumBits) |
-           pack(b, blueMask, blueShift, blueNumBits) | pack(a, alphaMask, alphaShift, alphaNumBits);
+    return Channel{redMask, redShift, redNumBits}.pack(r) |
+           Channel{greenMask, greenShift, greenNumBits}.pack(g) |
+           Channel{blueMask, blueShift, blueNumBits}.pack(b) |
+           Channel{alphaMask, alphaShift, alphaNumBits}.pack(a);
 }
 
 unsigned int cPixelFormat::convertStream(cPixelFormat const &dstFormat, unsigned char *dst,
@@ -141,16 +153,41 @@ unsigned int cPixelFormat::convertStream(cPixelFormat const &dstFormat, unsigned
     if (dst == nullptr || src == nullptr || dstBytes == 0 || srcBytes == 0) {
         return dstSize;
     }
-    for (; dstSize >= dstBytes && srcSize >= srcBytes; dstSize -= dstBytes, srcSize -= srcBytes) {
-        unsigned int const pixel = loadPixel(src, srcBytes);
-        storePixel(dst,
-                   dstFormat.buildPixel(srcFormat.getRedBits(pixel), srcFormat.getGreenBits(pixel),
-                                        srcFormat.getBlueBits(pixel), srcFormat.getAlphaBits(pixel)),
-                   dstBytes);
-        src += srcBytes;
-        dst += dstBytes;
+    PixelRoute route;
+    auto const add = [&](Channel const &to, Channel const &from) {
+        std::uint32_t const keep = to.pack(from.unpack(0xFFFFFFFF));
+        std::uint32_t const rotate = (to.shift - from.shift + to.numBits - from.numBits) & 31;
+        unsigned int i = 0;
+        while (i < route.terms && route.rotate[i] != rotate) {
+            ++i;
+        }
+        if (keep != 0) {
+            route.rotate[i] = rotate;
+            route.keep[i] |= keep;
+            route.terms = std::max(route.terms, i + 1);
+        }
+    };
+    Channel const alpha{dstFormat.alphaMask, dstFormat.alphaShift, dstFormat.alphaNumBits};
+    add({dstFormat.redMask, dstFormat.redShift, dstFormat.redNumBits},
+        {srcFormat.redMask, srcFormat.redShift, srcFormat.redNumBits});
+    add({dstFormat.greenMask, dstFormat.greenShift, dstFormat.greenNumBits},
+        {srcFormat.greenMask, srcFormat.greenShift, srcFormat.greenNumBits});
+    add({dstFormat.blueMask, dstFormat.blueShift, dstFormat.blueNumBits},
+        {srcFormat.blueMask, srcFormat.blueShift, srcFormat.blueNumBits});
+    if (srcFormat.alphaMask != 0) {
+        add(alpha, {srcFormat.alphaMask, srcFormat.alphaShift, srcFormat.alphaNumBits});
+    } else {
+        route.always = alpha.pack(255);
     }
-    return dstSize;
+    unsigned int const pixels = std::min(dstSize / dstBytes, srcSize / srcBytes);
+    if (dstBytes >= 2 && dstBytes <= 4 && srcBytes >= 2 && srcBytes <= 4) {
+        imageKernels->convert(route, dst, dstBytes, src, srcBytes, pixels);
+    } else {
+        for (std::size_t i = 0; i < pixels; ++i) {
+            storePixel(dst + i * dstBytes, route.apply(loadPixel(src + i * srcBytes, srcBytes)), dstBytes);
+        }
+    }
+    return dstSize - pixels * dstBytes;
 }
 
 unsigned int cPixelFormat::convertStreamFS(cPixelFormat const &dstFormat, unsigned char *dst,

@@ -138,8 +138,8 @@ TEST(ImageFile, FilesOfOtherProgramsLoadOrAreRefused)
         {"ico/pilPng.ico", ico, false, PAL8, UNSEEN},
         {"dds/pil32.dds", dds, true, A8R8G8B8, BGRA},
         {"dds/im32.dds", dds, true, A8R8G8B8, BGRA},
-        {"dds/imDxt1.dds", dds, true, A8R8G8B8, BGR, false, 24},
-        {"dds/imDxt5.dds", dds, true, A8R8G8B8, BGRA, false, 24},
+        {"dds/imDxt1.dds", dds, true, A8R8G8B8, BGR, false, 48},
+        {"dds/imDxt5.dds", dds, true, A8R8G8B8, BGRA, false, 48},
         {"dds/imOdd.dds", dds, true, A8R8G8B8, UNSEEN},
     };
     for (auto const &row : rows) {
