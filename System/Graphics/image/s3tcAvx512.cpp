@@ -9,7 +9,6 @@ namespace Qel {
 namespace {
 
 #define QEL_OP(name) _mm512_##name
-#define _mm512_set1_epi64x _mm512_set1_epi64
 
 using Lanes = __m512i;
 constexpr std::size_t blocksAtOnce = 4;

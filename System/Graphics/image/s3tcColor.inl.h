@@ -87,11 +87,14 @@ Ends findbest(Lanes values, Lanes opaque, int maxValue)
                               sum(toSecond, toThird, toStep(second, 2), toStep(second, 5)));
     Lanes const sums45 = sums(sum(toSecond, toHigh, toStep(second, 1), toStep(second, 4)),
                               sum(toThird, toHigh, toThird, toHigh));
-    constexpr Table16 pair01 = {{0, 0, 0, 0, 0, 0, 0, 0, 1}};
-    auto const key = [&](Lanes sums, int pair) {
-        return either(QEL_OP(slli_epi64)(sums, 3), either(each(pair01), QEL_OP(set1_epi64x)(pair)));
+    constexpr Table16 pairs01 = {{0, 0, 0, 0, 0, 0, 0, 0, 1}};
+    constexpr Table16 pairs23 = {{2, 0, 0, 0, 0, 0, 0, 0, 3}};
+    constexpr Table16 pairs45 = {{4, 0, 0, 0, 0, 0, 0, 0, 5}};
+    auto const key = [](Lanes ofPairs, Table16 const &number) {
+        return either(QEL_OP(slli_epi64)(ofPairs, 3), each(number));
     };
-    Lanes best = QEL_OP(min_epi32)(QEL_OP(min_epi32)(key(sums01, 0), key(sums23, 2)), key(sums45, 4));
+    Lanes best = QEL_OP(min_epi32)(key(sums01, pairs01), key(sums23, pairs23));
+    best = QEL_OP(min_epi32)(best, key(sums45, pairs45));
     best = QEL_OP(min_epi32)(best, swap64(best));
     Lanes const pair = both(spread8(best), all8(7));
     return {choose(over8(pair, all8(4)), third, choose(over8(pair, all8(2)), second, low)),
