@@ -30,7 +30,7 @@ using Pixels = std::vector<unsigned int>;
 using Bytes = std::vector<unsigned char>;
 
 /// Argument 0: smooth colours with edges and grain, alpha that fades. Argument 1: the same under noise that
-/// reaches over a third of the range, in alpha, too.
+/// reaches over two thirds of the range, in alpha, too.
 Pixels makeImage(std::int64_t kind)
 {
     std::mt19937 random(5);
