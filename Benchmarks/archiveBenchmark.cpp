@@ -326,7 +326,7 @@ public:
 protected:
     bool load() override
     {
-        m_size = 100;
+        size = 100;
         return true;
     }
 };

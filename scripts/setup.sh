@@ -10,8 +10,9 @@ packages=(
     libpng-dev                          # pictures of tools and hosts
     libcli11-dev libedit-dev            # command lines of hosts and tools, the host's console
     libgtest-dev                        # tests
-    clang-format-14                     # formatting check
-    clang-14 libclang-rt-14-dev         # fuzzers
+    clang-format-14 clang-tidy-14       # checks of the sources
+    doxygen python3                     # reference of the headers, rules of the tree
+    clang-14 libclang-rt-14-dev         # second compiler, fuzzers
     libbenchmark-dev                    # benchmarks, and the peers in them:
     libabsl-dev
     libavcodec-dev

@@ -37,10 +37,10 @@ protected:
     }
 
     unsigned int readEntry(BuiltInContents &contents, std::size_t at, void *buffer,
-                           unsigned int size) override
+                           unsigned int room) override
     {
         std::string_view const bytes = builtIn[contents.index[at].place].bytes;
-        std::size_t const count = std::min<std::size_t>(size, bytes.size());
+        std::size_t const count = std::min<std::size_t>(room, bytes.size());
         std::memcpy(buffer, bytes.data(), count);
         return static_cast<unsigned int>(count);
     }

@@ -106,11 +106,11 @@ bool FileSystemArchive::checkEntry(FolderContents &contents, std::size_t at, Fil
 }
 
 unsigned int FileSystemArchive::readEntry(FolderContents &contents, std::size_t at, void *buffer,
-                                          unsigned int size)
+                                          unsigned int room)
 {
     os::RootedFile file = contents.take(at);
     if (!file.isOpen() && !file.open(contents.folder, contents.pathOf(at))) {
         return 0;
     }
-    return static_cast<unsigned int>(file.read(buffer, size));
+    return static_cast<unsigned int>(file.read(buffer, room));
 }

@@ -41,6 +41,6 @@ public:
 protected:
     std::shared_ptr<FolderContents> readContents() const override;
     unsigned int readEntry(FolderContents &contents, std::size_t at, void *buffer,
-                           unsigned int size) override;
+                           unsigned int room) override;
     bool checkEntry(FolderContents &contents, std::size_t at, Qel::FileInfo *info) override;
 };

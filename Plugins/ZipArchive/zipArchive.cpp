@@ -154,13 +154,13 @@ std::int64_t ZipArchive::getModTime()
     return shown ? shown->file.modTime() : 0;
 }
 
-unsigned int ZipArchive::readEntry(ZipContents &contents, std::size_t at, void *buffer, unsigned int size)
+unsigned int ZipArchive::readEntry(ZipContents &contents, std::size_t at, void *buffer, unsigned int room)
 {
     ArchiveIndex::Entry const &entry = contents.index[at];
     std::string error;
     std::uint32_t read = 0;
     if (std::unique_ptr<ZipReader> reader = contents.take(error)) {
-        read = reader->read(entry.place, entry.size, buffer, size, error);
+        read = reader->read(entry.place, entry.size, buffer, room, error);
         contents.giveBack(std::move(reader));
     }
     if (!error.empty()) {

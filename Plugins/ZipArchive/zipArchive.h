@@ -38,5 +38,5 @@ public:
 
 protected:
     std::shared_ptr<ZipContents> readContents() const override;
-    unsigned int readEntry(ZipContents &contents, std::size_t at, void *buffer, unsigned int size) override;
+    unsigned int readEntry(ZipContents &contents, std::size_t at, void *buffer, unsigned int room) override;
 };

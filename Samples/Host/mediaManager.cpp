@@ -13,7 +13,7 @@ constexpr unsigned memoryContext = 0x3ED1A;
 
 class MediaManager::File final : public Qel::cResource {
 public:
-    File(MediaManager &manager, Qel::String const &name) : m_manager(manager) { setName(name); }
+    File(MediaManager &manager, Qel::String const &file) : m_manager(manager) { setName(file); }
 
 protected:
     // At once, also where a streamer would queue it.
@@ -33,8 +33,8 @@ protected:
 
     bool stream_callback(PoolBlk &data, Qel::eStreamCallback) override
     {
-        m_loaded = take(data);
-        return m_loaded;
+        loaded = take(data);
+        return loaded;
     }
 
 private:
@@ -42,7 +42,7 @@ private:
     {
         m_manager.m_watcher.loaded(getName(), bytes);
         m_bytes = std::move(bytes);
-        m_size = m_bytes.size();
+        size = m_bytes.size();
         return true;
     }
 

@@ -1,6 +1,6 @@
 #include "progress.h"
 
-#include <unistd.h>
+#include "Support/OS/file.h"
 
 #include <cstdio>
 
@@ -11,7 +11,7 @@ constexpr std::size_t quarters = 4;
 
 } // namespace
 
-Progress::Progress(bool quiet) : m_style(quiet ? none : isatty(STDOUT_FILENO) != 0 ? bar : lines)
+Progress::Progress(bool quiet) : m_style(quiet ? none : os::isTerminal(stdout) ? bar : lines)
 {
 }
 

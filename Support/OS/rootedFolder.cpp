@@ -181,7 +181,11 @@ void RootedFolder::listInto(Listing &listing, std::string const &folder, unsigne
         return;
     }
     for (std::string const &name : names) {
-        std::string path = folder.empty() ? name : folder + '/' + name;
+        std::string path = folder;
+        if (!path.empty()) {
+            path += '/';
+        }
+        path += name;
         struct stat found {};
         if (fstatat(m_handle, path.c_str(), &found, AT_SYMLINK_NOFOLLOW) != 0) {
             continue;

@@ -23,15 +23,15 @@ namespace Qel {
 ///
 /// class PackArchive : public Qel::tIndexedArchive<PackContents> {
 /// public:
-///     explicit PackArchive(char const *name) : tIndexedArchive(name) {}
+///     explicit PackArchive(char const *archiveName) : tIndexedArchive(archiveName) {}
 ///
 /// protected:
 ///     std::shared_ptr<PackContents> readContents() const override;
 ///     unsigned int readEntry(PackContents &contents, std::size_t at, void *buffer,
-///                            unsigned int size) override
+///                            unsigned int room) override
 ///     {
 ///         return static_cast<unsigned int>(
-///             contents.file.readAt(contents.index[at].place, buffer, size));
+///             contents.file.readAt(contents.index[at].place, buffer, room));
 ///     }
 /// };
 /// @endcode
@@ -49,10 +49,10 @@ public:
 
     bool exists(HashConstCharPtr const &file) override { return findFile(file.text, nullptr, file.hash); }
 
-    bool findFile(char const *name, FileInfo *info, unsigned int hash) override
+    bool findFile(char const *fileName, FileInfo *info, unsigned int hash) override
     {
         auto const shown = contents();
-        std::size_t const at = shown ? shown->index.find({name, hash}) : ArchiveIndex::npos;
+        std::size_t const at = shown ? shown->index.find({fileName, hash}) : ArchiveIndex::npos;
         if (at == ArchiveIndex::npos) {
             return false;
         }
@@ -62,11 +62,11 @@ public:
         return checkEntry(*shown, at, info);
     }
 
-    unsigned int readFile(FileInfo *info, void *buffer, unsigned int size, unsigned int) override
+    unsigned int readFile(FileInfo *info, void *buffer, unsigned int room, unsigned int) override
     {
         auto const shown = contents();
         std::size_t const at = shown && info != nullptr ? shown->index.find(*info) : ArchiveIndex::npos;
-        return at == ArchiveIndex::npos ? 0 : readEntry(*shown, at, buffer, size);
+        return at == ArchiveIndex::npos ? 0 : readEntry(*shown, at, buffer, room);
     }
 
     unsigned int listFolder(char const *folder, StringVector &out) override
@@ -113,9 +113,9 @@ protected:
 
     /// Reads a file whole; as iArchive::readFile(). Called on any thread.
     /// @param at      the file's entry in the index
-    /// @param buffer  @p size bytes; not a byte more is written
+    /// @param buffer  @p room bytes; not a byte more is written
     /// @return bytes delivered, 0 on failure
-    virtual unsigned int readEntry(Contents &contents, std::size_t at, void *buffer, unsigned int size) = 0;
+    virtual unsigned int readEntry(Contents &contents, std::size_t at, void *buffer, unsigned int room) = 0;
 
     /// Has the last word on a lookup, where the index alone does not know.
     /// @param info  filled from the index, to be corrected; null if only the answer is asked for
