@@ -15,7 +15,7 @@ namespace {
 
 using namespace Qel;
 
-constexpr unsigned short side = 128; // 64 KiB at 32 bits: what counts is the loop, not the memory
+constexpr unsigned short side = 64; // 16 KiB at 32 bits: what counts is the loop, not the memory
 constexpr std::int64_t pixels = std::int64_t{side} * side;
 
 cImage noise(ePixelFormat format, unsigned short size = side)

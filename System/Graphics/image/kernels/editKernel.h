@@ -102,7 +102,6 @@ void filterBytes(unsigned char *out, FilterTap const *taps, unsigned int numTaps
                  std::size_t bytes)
 {
     using Sums = std::int32_t __attribute__((vector_size(QEL_VECTOR_BYTES)));
-    using Quarter = unsigned char __attribute__((vector_size(QEL_VECTOR_BYTES / 4)));
     constexpr std::size_t vectors = 4;
     constexpr std::size_t step = vectors * lanes;
     std::int32_t const by = divisor < 0 ? -divisor : divisor;
@@ -114,7 +113,7 @@ void filterBytes(unsigned char *out, FilterTap const *taps, unsigned int numTaps
             unsigned char const *const from = taps[t].row + at;
             std::int32_t const weight = taps[t].weight;
             for (std::size_t i = 0; i < vectors; ++i) {
-                sums[i] += __builtin_convertvector(loadAs<Quarter>(from + i * lanes), Sums) * weight;
+                sums[i] += (Sums)widened(from + i * lanes) * weight;
             }
         }
         // What is below 0 or above 255 in the end is cut first. The quotient by floats is off by one at

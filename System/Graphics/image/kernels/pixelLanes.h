@@ -51,25 +51,34 @@ inline Lanes rotated(Lanes pixels, std::uint32_t places)
 
 constexpr __mmask64 threeQuarters = 0xFFFFFFFFFFFF;
 
-inline Lanes loadTriples(unsigned char const *from)
+// Masked, or reading on into the next 16 bytes.
+template <bool isMasked = true>
+Lanes loadTriples(unsigned char const *from)
 {
     static_assert(lanes == 16);
     alignas(64) static constexpr unsigned char places[64] = {
         0,  1,  2,  63, 3,  4,  5,  63, 6,  7,  8,  63, 9,  10, 11, 63, 12, 13, 14, 63, 15, 16,
         17, 63, 18, 19, 20, 63, 21, 22, 23, 63, 24, 25, 26, 63, 27, 28, 29, 63, 30, 31, 32, 63,
         33, 34, 35, 63, 36, 37, 38, 63, 39, 40, 41, 63, 42, 43, 44, 63, 45, 46, 47, 63};
-    __m512i const bytes = _mm512_maskz_loadu_epi8(threeQuarters, from);
-    return (Lanes)_mm512_permutexvar_epi8(_mm512_load_si512(places), bytes);
+    __m512i const bytes = isMasked ? _mm512_maskz_loadu_epi8(threeQuarters, from) : _mm512_loadu_si512(from);
+    constexpr __mmask64 lowThree = 0x7777777777777777; // of each four bytes
+    return (Lanes)_mm512_maskz_permutexvar_epi8(lowThree, _mm512_load_si512(places), bytes);
 }
 
-inline void storeTriples(unsigned char *to, Lanes pixels)
+// Masked, or with zeros in the next 16 bytes, which are faster.
+template <bool isMasked = true>
+void storeTriples(unsigned char *to, Lanes pixels)
 {
     alignas(64) static constexpr unsigned char places[64] = {
         0,  1,  2,  4,  5,  6,  8,  9,  10, 12, 13, 14, 16, 17, 18, 20, 21, 22, 24, 25, 26, 28,
         29, 30, 32, 33, 34, 36, 37, 38, 40, 41, 42, 44, 45, 46, 48, 49, 50, 52, 53, 54, 56, 57,
         58, 60, 61, 62, 0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0};
     __m512i const packed = _mm512_permutexvar_epi8(_mm512_load_si512(places), (__m512i)pixels);
-    _mm512_mask_storeu_epi8(to, threeQuarters, packed);
+    if constexpr (isMasked) {
+        _mm512_mask_storeu_epi8(to, threeQuarters, packed);
+    } else {
+        _mm512_storeu_si512(to, packed);
+    }
 }
 
 #elif defined(__SSSE3__)
@@ -152,6 +161,64 @@ void storePixels(unsigned char *to, Lanes pixels)
     } else {
         storeAs(to, __builtin_convertvector(pixels, Words));
     }
+}
+
+constexpr std::size_t group = 4; // vectors
+
+/// A group of vectors; all loads of a group come before its stores.
+template <unsigned int bytes>
+void loadGroup(Lanes (&pixels)[group], unsigned char const *from)
+{
+#if defined(__AVX512VBMI__)
+    if constexpr (bytes == 3) {
+        for (std::size_t i = 0; i + 1 < group; ++i) {
+            pixels[i] = loadTriples<false>(from + i * lanes * bytes);
+        }
+        pixels[group - 1] = loadTriples(from + (group - 1) * lanes * bytes);
+        return;
+    }
+#endif
+    for (std::size_t i = 0; i < group; ++i) {
+        pixels[i] = loadPixels<bytes>(from + i * lanes * bytes);
+    }
+}
+
+template <unsigned int bytes>
+void storeGroup(unsigned char *to, Lanes const (&pixels)[group])
+{
+#if defined(__AVX512VBMI__)
+    if constexpr (bytes == 3) {
+        // Each one covers what the one before has written too much.
+        for (std::size_t i = 0; i + 1 < group; ++i) {
+            storeTriples<false>(to + i * lanes * bytes, pixels[i]);
+        }
+        storeTriples(to + (group - 1) * lanes * bytes, pixels[group - 1]);
+        return;
+    }
+#endif
+    for (std::size_t i = 0; i < group; ++i) {
+        storePixels<bytes>(to + i * lanes * bytes, pixels[i]);
+    }
+}
+
+/// Bytes as numbers of 32 bits.
+inline Lanes widened(unsigned char const *from)
+{
+#if defined(__AVX512F__)
+    return (Lanes)_mm512_cvtepu8_epi32(loadAs<__m128i>(from));
+#elif defined(__AVX2__)
+    return (Lanes)_mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<__m128i const *>(from)));
+#elif defined(__SSE2__)
+    __m128i const bytes = _mm_cvtsi32_si128(loadAs<int>(from));
+    __m128i const zero = _mm_setzero_si128();
+    return (Lanes)_mm_unpacklo_epi16(_mm_unpacklo_epi8(bytes, zero), zero);
+#else
+    Lanes result{};
+    for (std::size_t i = 0; i < lanes; ++i) {
+        result[i] = from[i];
+    }
+    return result;
+#endif
 }
 
 } // namespace
