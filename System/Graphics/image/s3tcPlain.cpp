@@ -6,7 +6,10 @@ namespace Qel {
 
 namespace {
 
-using namespace s3tcPlain;
+using s3tcPlain::Block;
+using s3tcPlain::blockPixels;
+using s3tcPlain::blockSide;
+using s3tcPlain::Pixels;
 
 Pixels pixelsAt(unsigned char const *src, std::size_t pitch)
 {
@@ -23,7 +26,7 @@ Block interpolatedAlpha(Pixels const &pixels)
     for (unsigned int i = 0; i < blockPixels; ++i) {
         alpha[i] = static_cast<unsigned char>(pixels[i] >> 24);
     }
-    return findalpha4x4(alpha);
+    return s3tcPlain::findalpha4x4(alpha);
 }
 
 template <Block (*coder)(Pixels const &)>
@@ -41,9 +44,9 @@ std::uint32_t encode(unsigned char *dest, std::size_t stride, unsigned char cons
 
 } // namespace
 
-S3tcColorKernels const s3tcColorsPlain = {encode<findcolor4x4>, encode<findcolor4x4a>};
+S3tcColorKernels const s3tcColorsPlain = {encode<s3tcPlain::findcolor4x4>, encode<s3tcPlain::findcolor4x4a>};
 
-S3tcKernels const s3tcKernelsPlain = {encode<mapAlpha>, encode<interpolatedAlpha>, decode1, decode2or3,
-                                      decode4or5};
+S3tcKernels const s3tcKernelsPlain = {encode<s3tcPlain::mapAlpha>, encode<interpolatedAlpha>,
+                                      s3tcPlain::decode1, s3tcPlain::decode2or3, s3tcPlain::decode4or5};
 
 } // namespace Qel

@@ -14,7 +14,7 @@ struct Quantised {
     int blue;  // 0 .. 31
 
     bool operator==(Quantised const &) const = default;
-    auto operator<=>(Quantised const &) const = default;
+    bool operator<(Quantised const &other) const { return packed() < other.packed(); }
 
     unsigned short packed() const { return static_cast<unsigned short>(red << 11 | green << 5 | blue); }
 };
@@ -106,7 +106,7 @@ Search searchEnds(Colors const &colors, unsigned int const (&ends)[3][2], Points
         };
         Quantised const a{end(0, 0), end(1, 2), end(2, 4)};
         Quantised const b{end(0, 1), end(1, 3), end(2, 5)};
-        if (a > b) {
+        if (b < a) {
             continue;
         }
         auto const points = pointsOf(a, b);

@@ -19,7 +19,7 @@ struct Coded {
     unsigned int error;
 };
 
-#include "s3tcGolden.inc"
+#include "Tests/Graphics/image/s3tcGolden.inc"
 
 using Bytes = std::vector<unsigned char>;
 using Pixels = std::vector<unsigned int>;
