@@ -16,6 +16,7 @@ packages=(
     clang-14 libclang-rt-14-dev         # second compiler, fuzzers
     libbenchmark-dev                    # benchmarks, and the peers in them:
     libabsl-dev
+    libavcodec-dev
     libbullet-dev
     libdeflate-dev
     libeigen3-dev

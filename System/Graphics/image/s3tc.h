@@ -20,7 +20,9 @@ enum eS3TC : std::uint32_t {
 /// DXT1 and 16 for the others; the layouts are the published ones of S3's patent US 5 956 431.
 ///
 /// The encoders search exhaustively among a few end colours in quantised space, so that an image gives the
-/// same blocks and the same error everywhere. They take every processor level and any number of threads.
+/// same blocks and the same error everywhere, at every processor level (Support/OS/processorLevel.h).
+///
+/// @par Threads  An object holds nothing: any number of threads may use one, each on images of its own.
 ///
 /// @code
 /// cS3TC coder;
@@ -41,14 +43,16 @@ public:
     /// @param width   pixels; what goes beyond a multiple of 4 is left out
     /// @param height  pixels, 4 or more
     /// @return the total error: the sum over all blocks of the distances in quantised colours, and of what
-    ///         each form adds for alpha. 0, with nothing written, for a size that is refused
+    ///         each form adds for alpha, modulo 2^32. 0, with nothing written, for a size that is refused and
+    ///         for a null pointer
     /// @{
 
     /// DXT1; alpha is ignored. Refuses where @p pitch, @p width or @p height is no multiple of 4.
     unsigned int to_S3TC1(void *dest, void const *src, unsigned int pitch, unsigned int width,
                           unsigned int height);
 
-    /// DXT1 with one bit of alpha, bit 31 of the pixel. Refuses as to_S3TC1().
+    /// DXT1 with one bit of alpha, bit 31 of the pixel. Refuses as to_S3TC1(). In a block that is not opaque
+    /// each opaque pixel adds 127 to the error.
     unsigned int to_S3TC1a(void *dest, void const *src, unsigned int pitch, unsigned int width,
                            unsigned int height);
 
@@ -66,9 +70,9 @@ public:
     /// @name Decoders
     /// @param dest  the pixels, rows @p width apart; width / 4 * (height / 4) whole blocks are written,
     /// pixels
-    ///              beyond them are not
+    ///              beyond them stay as they are
     /// @param src   as many blocks
-    /// A height below 4 does nothing.
+    /// A width or height below 4 or a null pointer does nothing.
     /// @{
     void from_S3TC1(unsigned int *dest, unsigned short const *src, unsigned int width, unsigned int height);
     void from_S3TC2or3(unsigned int *dest, unsigned short const *src, unsigned int width,
@@ -76,16 +80,6 @@ public:
     void from_S3TC4or5(unsigned int *dest, unsigned short const *src, unsigned int width,
                        unsigned int height);
     /// @}
-
-private:
-    static void findbest(unsigned char const *values, unsigned int const *weights, unsigned int count,
-                         unsigned int *ends, unsigned int maxValue);
-    static unsigned int findcolor4x4(unsigned short *block, unsigned int const *pixels,
-                                     unsigned int pitchPixels);
-    static unsigned int findcolor4x4a(unsigned short *block, unsigned int const *pixels,
-                                      unsigned int pitchPixels);
-    static unsigned int findalpha4x4(unsigned short *block, unsigned char const *alpha,
-                                     unsigned int rowBytes);
 };
 
 } // namespace Qel
