@@ -1,8 +1,8 @@
 #include "System/Graphics/model/md5Anim.h"
 
+#include "System/Graphics/model/boneNames.h"
+
 #include <algorithm>
-#include <string_view>
-#include <unordered_map>
 
 namespace Qel {
 
@@ -32,14 +32,9 @@ MD5Anim &MD5Anim::operator=(MD5Anim const &) = default;
 
 void MD5Anim::connectBones(MD5Mesh &mesh)
 {
-    std::unordered_map<std::string_view, unsigned short> byName;
-    byName.reserve(mesh.bones.size());
-    for (std::size_t i = 0; i < mesh.bones.size(); ++i) {
-        byName.emplace(mesh.bones[i].name, static_cast<unsigned short>(i)); // the first of a name stays
-    }
+    BoneNames const names(mesh);
     for (MD5Channel &channel : channels) {
-        auto const place = byName.find(channel.joint);
-        channel.bone = place == byName.end() ? mesh.getBoneCount() : place->second;
+        channel.bone = names.find(channel.joint);
     }
 }
 

@@ -50,9 +50,9 @@ public:
     /// Fills the attributes of the mesh's bones for a time; those without a channel are 0.
     void buildChannels(MD5Mesh &mesh, float time);
 
-    /// The value of a channel at a time. @return 0 outside its time, its ends included, without keys and for
-    /// a
-    ///         channel that is not there
+    /// The value of a channel at a time: one of its keys, with nothing in between.
+    /// @return 0 outside the channel's time, its ends included, without keys, and for a channel that is not
+    ///         there
     float getKeyValue(unsigned short channel, float time) const;
 
     void precalc(); ///< works startTime and endTime out from the channels

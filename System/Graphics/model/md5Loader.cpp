@@ -9,8 +9,11 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
 #include <iterator>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace Qel {
 
@@ -19,7 +22,7 @@ namespace {
 constexpr float radiansPerDegree = 0.017453292f;
 constexpr float degreesPerRadian = 57.29578f;
 constexpr float fullTurn = 6.2831855f;
-constexpr std::size_t mostBones = 0xFFFF;
+constexpr std::size_t mostBones = 0xFFFF; // their indices have 16 bits
 
 constexpr struct {
     char const *name;
@@ -35,19 +38,27 @@ bool isAngle(std::uint32_t attribute)
 // Takes tokens by position: inside a group nothing is compared.
 class Reader {
 public:
-    explicit Reader(cFile &file) : m_file(file), m_tokens(file) {}
+    explicit Reader(cFile &file)
+        : m_tokens(file), m_token(m_tokens.getNextToken()), m_records(fewRecords + file.size() / leastBytes)
+    {
+    }
 
-    TextToken next() { return m_tokens.getNextToken(); }
-    bool hasMore() const { return !m_tokens.peekAtNextToken().isEnd(); }
+    bool hasMore() const { return !m_token.isEnd(); }
     void drop(int count = 1)
     {
-        while (count-- > 0 && hasMore()) {
-            next();
+        for (; count > 0 && hasMore(); --count) {
+            m_token = m_tokens.getNextToken();
         }
     }
-    int integer() { return next().convertToInt32(); }
-    std::uint16_t index() { return next().convertToU16(); }
-    float number() { return next().convertToFloat32(); }
+    TextToken next()
+    {
+        TextToken token = std::move(m_token);
+        m_token = m_tokens.getNextToken();
+        return token;
+    }
+    int integer() { return take(m_token.convertToInt32()); }
+    std::uint16_t index() { return take(m_token.convertToU16()); }
+    float number() { return take(m_token.convertToFloat32()); }
     String text() { return next().convertToString(); }
     void vector(D3DXVECTOR3 &v)
     {
@@ -56,14 +67,15 @@ public:
         v.z = number();
     }
 
-    /// A number of records that are made at once, before they are read: as many as the rest of the file has
-    /// room for, and a few more, which a short file may leave empty.
-    std::size_t announced()
+    /// Makes a list anew, of as many records as are announced: they are read later, each to its place. No
+    /// more, over all lists of a file, than it has room for, and a few that a short file may leave empty.
+    template <class Record>
+    void announced(std::vector<Record> &records, std::size_t most = SIZE_MAX)
     {
-        constexpr std::size_t fewRecords = 1024;
-        constexpr std::size_t leastBytes = 16; // of a record's text
         auto const asked = static_cast<std::size_t>(std::max(integer(), 0));
-        return std::min(asked, fewRecords + (m_file.size() - m_file.tell()) / leastBytes);
+        std::size_t const count = std::min({asked, m_records, most});
+        m_records -= count;
+        records.assign(count, Record());
     }
 
     /// Reads a count and that many groups, or those that are there.
@@ -76,8 +88,19 @@ public:
     }
 
 private:
-    cFile &m_file;
+    static constexpr std::size_t fewRecords = 1024;
+    static constexpr std::size_t leastBytes = 16; // of a record's text
+
+    template <class Value>
+    Value take(Value value)
+    {
+        m_token = m_tokens.getNextToken();
+        return value;
+    }
+
     TextTokenizer m_tokens;
+    TextToken m_token;     // the next one
+    std::size_t m_records; // that may still be announced
 };
 
 // The record of a group's number, or one that is thrown away.
@@ -229,7 +252,7 @@ void MD5Loader::loadModel(char const *path, MD5Mesh &mesh)
         } else if (keyword.isExactText("commandline")) {
             mesh.commandLine = reader.text();
         } else if (keyword.isExactText("numbones")) {
-            mesh.bones.resize(std::min(reader.announced(), mostBones));
+            reader.announced(mesh.bones, mostBones);
         } else if (keyword.isExactText("bone")) {
             readBone(reader, mesh);
         } else if (keyword.isExactText("nummeshes")) {
@@ -256,7 +279,7 @@ void MD5Loader::loadAnim(char const *path, MD5Anim &anim)
         } else if (keyword.isExactText("commandline")) {
             anim.commandLine = reader.text();
         } else if (keyword.isExactText("numchannels")) {
-            anim.channels.resize(reader.announced());
+            reader.announced(anim.channels);
         } else if (keyword.isExactText("channel")) {
             readChannel(reader, anim);
         }

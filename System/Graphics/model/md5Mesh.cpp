@@ -1,8 +1,9 @@
 #include "System/Graphics/model/md5Mesh.h"
 
+#include "System/Graphics/model/boneNames.h"
+
 #include <algorithm>
-#include <string_view>
-#include <unordered_map>
+#include <iterator>
 
 namespace Qel {
 
@@ -13,21 +14,18 @@ MD5Mesh &MD5Mesh::operator=(MD5Mesh const &) = default;
 
 unsigned short MD5Mesh::getBoneIndex(String name) const
 {
+    auto const end = bones.begin() + getBoneCount();
     auto const place =
-        std::find_if(bones.begin(), bones.end(), [&](MD5Bone const &bone) { return bone.name == name; });
+        std::find_if(bones.begin(), end, [&](MD5Bone const &bone) { return bone.name == name; });
     return static_cast<unsigned short>(place - bones.begin());
 }
 
 void MD5Mesh::buildHierarchy()
 {
-    std::unordered_map<std::string_view, unsigned short> byName;
-    byName.reserve(bones.size());
-    for (std::size_t i = 0; i < bones.size(); ++i) {
-        byName.emplace(bones[i].name, static_cast<unsigned short>(i)); // the first of a name stays
-    }
+    BoneNames const names(*this);
     for (MD5Bone &bone : bones) {
-        auto const place = bone.parent.empty() ? byName.end() : byName.find(bone.parent);
-        bone.parentIndex = place == byName.end() ? getBoneCount() : place->second;
+        // A damaged file leaves bones without a name; they are nobody's parent.
+        bone.parentIndex = bone.parent.empty() ? getBoneCount() : names.find(bone.parent);
     }
 }
 

@@ -4,6 +4,8 @@
 #include "System/System/export.h"
 #include "System/System/string.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -68,11 +70,15 @@ public:
     MD5Mesh(MD5Mesh const &);
     MD5Mesh &operator=(MD5Mesh const &);
 
-    unsigned short getBoneCount() const { return static_cast<unsigned short>(bones.size()); }
+    /// The number of bones; of a longer list the first 65 535 count.
+    unsigned short getBoneCount() const
+    {
+        return static_cast<unsigned short>(std::min<std::size_t>(bones.size(), 0xFFFF));
+    }
 
     /// The first bone of a name. @return the number of bones if there is none
     unsigned short getBoneIndex(String name) const;
-    bool isValidBoneIndex(unsigned short index) const { return index < bones.size(); }
+    bool isValidBoneIndex(unsigned short index) const { return index < getBoneCount(); }
 
     void buildHierarchy(); ///< works out each bone's parentIndex from the name of its parent
 
