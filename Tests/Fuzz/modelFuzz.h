@@ -2,28 +2,17 @@
 
 #include "Tests/Tools/tempFolder.h"
 
-#include <filesystem>
+#include <cstddef>
 #include <string>
+
+#include <sys/mman.h>
 
 namespace modelFuzz {
 
-/// A file of any bytes, since models are read by name; gone when the program ends.
+/// A file of any bytes in memory, since models are read and written by name, and a disk would take nearly all
+/// of the time.
 class InputFile {
 public:
-    InputFile()
-    {
-        std::string folder = (std::filesystem::temp_directory_path() / "qelXXXXXX").string();
-        m_folder = mkdtemp(folder.data()) == nullptr ? "." : folder;
-        m_name = (m_folder / "input").string();
-    }
-    ~InputFile()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_folder, ignored);
-    }
-    InputFile(InputFile const &) = delete;
-    InputFile &operator=(InputFile const &) = delete;
-
     char const *name() const { return m_name.c_str(); }
     std::string content() const { return test::readFile(m_name); }
     void fill(unsigned char const *data, std::size_t size) const
@@ -32,8 +21,7 @@ public:
     }
 
 private:
-    std::filesystem::path m_folder;
-    std::string m_name;
+    std::string m_name = "/proc/self/fd/" + std::to_string(memfd_create("model", MFD_CLOEXEC));
 };
 
 /// Adds the bytes of a value to an answer.

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <limits>
 
 namespace Qel {
@@ -12,6 +13,7 @@ namespace {
 
 MD5Mesh modelOf(std::string const &text)
 {
+    std::filesystem::remove("model"); // a file made anew waits for no disk
     test::writeFile("model", text);
     MD5Mesh mesh;
     MD5Loader().loadModel("model", mesh);
