@@ -3,6 +3,7 @@
 #include "System/Graphics/model/boneNames.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace Qel {
 
@@ -21,6 +22,42 @@ float keyAt(MD5Channel const &channel, float time)
     }
     return index < count ? channel.keys[std::min(static_cast<std::size_t>(index), channel.keys.size() - 1)]
                          : channel.keys.back();
+}
+
+// The rotations about Z, Y and X, one after the other, without the products with 0 and 1. The zeros that are
+// added make the sign of a zero the one that the sums of such products have.
+void turnOf(D3DXMATRIX &turn, float yaw, float pitch, float roll)
+{
+    float const sz = std::sin(yaw);
+    float const cz = std::cos(yaw);
+    float const sy = std::sin(pitch);
+    float const cy = std::cos(pitch);
+    float const sx = std::sin(roll);
+    float const cx = std::cos(roll);
+    if (std::isnan(sz + sy + sx)) { // an angle that is none spoils more of the products
+        D3DXMATRIX next;
+        D3DXMatrixMultiply(&turn, D3DXMatrixRotationZ(&turn, yaw), D3DXMatrixRotationY(&next, pitch));
+        D3DXMatrixMultiply(&turn, &turn, D3DXMatrixRotationX(&next, roll));
+        return;
+    }
+    float const q[] = {sz, cz, 0};
+    float const r[] = {-(cz * sy), sz * sy, cy};
+    turn = {cz * cy + 0,
+            q[0] * cx - r[0] * sx + 0,
+            q[0] * sx + r[0] * cx + 0,
+            0,
+            -(sz * cy) + 0,
+            q[1] * cx - r[1] * sx + 0,
+            q[1] * sx + r[1] * cx + 0,
+            0,
+            sy + 0,
+            q[2] * cx - r[2] * sx + 0,
+            q[2] * sx + r[2] * cx + 0,
+            0,
+            0,
+            0,
+            0,
+            1};
 }
 
 } // namespace
@@ -46,12 +83,7 @@ void MD5Anim::playAnimation(MD5Mesh &mesh, float time)
     buildChannels(mesh, time);
     for (MD5Bone &bone : mesh.bones) {
         D3DXMATRIX turn;
-        D3DXMATRIX next;
-        D3DXMatrixRotationZ(&turn, bone.attributes[MD5_YAW]);
-        D3DXMatrixRotationY(&next, bone.attributes[MD5_PITCH]);
-        D3DXMatrixMultiply(&turn, &turn, &next);
-        D3DXMatrixRotationX(&next, bone.attributes[MD5_ROLL]);
-        D3DXMatrixMultiply(&turn, &turn, &next);
+        turnOf(turn, bone.attributes[MD5_YAW], bone.attributes[MD5_PITCH], bone.attributes[MD5_ROLL]);
         if (mesh.isValidBoneIndex(bone.parentIndex)) {
             MD5Bone const &parent = mesh.bones[bone.parentIndex];
             D3DXMatrixMultiply(&bone.matrix, &parent.matrix, &turn);
