@@ -24,8 +24,8 @@ float keyAt(MD5Channel const &channel, float time)
                          : channel.keys.back();
 }
 
-// The rotations about Z, Y and X, one after the other, without the products with 0 and 1. The zeros that are
-// added make the sign of a zero the one that the sums of such products have.
+// The rotations about Z, Y and X, one after the other, without the products with 0 and 1. A zero may have
+// another sign than theirs; in the product that follows it is lost.
 void turnOf(D3DXMATRIX &turn, float yaw, float pitch, float roll)
 {
     float const sz = std::sin(yaw);
@@ -40,24 +40,16 @@ void turnOf(D3DXMATRIX &turn, float yaw, float pitch, float roll)
         D3DXMatrixMultiply(&turn, &turn, D3DXMatrixRotationX(&next, roll));
         return;
     }
-    float const q[] = {sz, cz, 0};
-    float const r[] = {-(cz * sy), sz * sy, cy};
-    turn = {cz * cy + 0,
-            q[0] * cx - r[0] * sx + 0,
-            q[0] * sx + r[0] * cx + 0,
-            0,
-            -(sz * cy) + 0,
-            q[1] * cx - r[1] * sx + 0,
-            q[1] * sx + r[1] * cx + 0,
-            0,
-            sy + 0,
-            q[2] * cx - r[2] * sx + 0,
-            q[2] * sx + r[2] * cx + 0,
-            0,
-            0,
-            0,
-            0,
-            1};
+    float const x[] = {cz * cy, -(sz * cy), sy};
+    float const y[] = {sz, cz, 0};
+    float const z[] = {-(cz * sy), sz * sy, cy};
+    for (int row = 0; row < 3; ++row) {
+        turn.m[row][0] = x[row];
+        turn.m[row][1] = y[row] * cx - z[row] * sx;
+        turn.m[row][2] = y[row] * sx + z[row] * cx;
+        turn.m[row][3] = turn.m[3][row] = 0;
+    }
+    turn._44 = 1;
 }
 
 } // namespace

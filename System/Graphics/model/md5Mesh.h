@@ -59,8 +59,8 @@ struct MD5Weight {
 
 /// A skeletal model: one mesh with its bones. MD5Loader reads and writes it, MD5Anim poses it.
 ///
-/// Nothing here draws or skins: it ends at the bones' matrices and positions. A host that skins adds up, for
-/// each weight of a vertex, `(bone.position + offset turned by bone.matrix) * weight`.
+/// Nothing here draws or skins: it ends at the bones' matrices and positions. Docs/models.md shows how a host
+/// goes on from there.
 ///
 /// @par Limits  65 535 bones; indices have 16 bits.
 class QEL_API MD5Mesh {
