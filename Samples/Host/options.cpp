@@ -71,6 +71,8 @@ std::optional<Options> readOptions(int argc, char **argv, int &exitCode)
     app.add_option("--screenshot", options.model.screenshot, "PNG file to draw it into")
         ->type_name("FILE")
         ->needs(model);
+    app.add_option("--contact-sheet", options.contactSheet, "PNG to write with all pictures of the folder")
+        ->type_name("FILE");
     app.add_option("--set", assignments, "Set a console variable, as often as wished")
         ->type_name("NAME=VALUE")
         ->allow_extra_args(false);
