@@ -231,8 +231,9 @@ public:
 
 static_assert(sizeof(String) == sizeof(std::string), "String adds no field");
 
-template <NarrowText Text>
-String operator+(String const &left, Text const &right)
+// Of a String alone on the left: a standard string and an array of characters have an operator of their own.
+template <std::derived_from<String> Left, NarrowText Text>
+String operator+(Left const &left, Text const &right)
 {
     std::string_view const view = detail::narrowView(right);
     String result;
@@ -241,8 +242,8 @@ String operator+(String const &left, Text const &right)
     return result;
 }
 
-template <NarrowText Text>
-String operator+(String &&left, Text const &right)
+template <std::same_as<String> Left, NarrowText Text>
+String operator+(Left &&left, Text const &right)
 {
     left += right;
     return std::move(left);

@@ -209,8 +209,9 @@ private:
 
 static_assert(sizeof(WString) == sizeof(std::wstring), "WString adds no field");
 
-template <WideText Text>
-WString operator+(WString const &left, Text const &right)
+// As with String: of a WString alone on the left.
+template <std::derived_from<WString> Left, WideText Text>
+WString operator+(Left const &left, Text const &right)
 {
     std::wstring_view const view = detail::wideView(right);
     WString result;
@@ -219,8 +220,8 @@ WString operator+(WString const &left, Text const &right)
     return result;
 }
 
-template <WideText Text>
-WString operator+(WString &&left, Text const &right)
+template <std::same_as<WString> Left, WideText Text>
+WString operator+(Left &&left, Text const &right)
 {
     left += right;
     return std::move(left);

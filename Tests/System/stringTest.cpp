@@ -32,6 +32,9 @@ TEST(String, WorksWithAllKindsOfText)
     EXPECT_EQ(text, "abplainarraycstdviewbase");
     text = "x" + (plain + (array + ('c' + (standard + (view + (base + text.substr(0, 1)))))));
     EXPECT_EQ(text, "xplainarraycstdviewbasea");
+    using namespace Qel;
+    std::string const joined = standard + array + '.' + plain;
+    EXPECT_EQ(joined, "stdarray.plain") << "standard strings stay among themselves";
     text = "<";
     text += plain;
     text += '.';

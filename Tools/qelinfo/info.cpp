@@ -97,8 +97,11 @@ ExitCode inform(Options const &options)
         std::fprintf(stderr, "qelinfo: %s: cannot be read\n", options.file.c_str());
         return exitFile;
     }
-    FileKind const kind = fileKindOf(
-        std::string_view(reinterpret_cast<char const *>(file.getData()), file.size()), options.index);
+    std::string_view const bytes(reinterpret_cast<char const *>(file.getData()), file.size());
+    if (ExitCode code; informOfModel(options, bytes, code)) {
+        return code;
+    }
+    FileKind const kind = fileKindOf(bytes, options.index);
     std::printf("%s: %s, %u bytes\n", options.file.c_str(),
                 kind.name.empty() ? "no picture" : kind.name.c_str(), file.size());
     if (!kind.size.empty()) {

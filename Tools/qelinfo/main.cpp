@@ -5,12 +5,17 @@
 int main(int argc, char **argv)
 {
     Options options;
-    CLI::App app("Says what a picture's file is by its bytes, and what the library reads from it.",
-                 "qelinfo");
-    app.add_option("FILE", options.file, "TGA, BMP, PCX, ICO or DDS; others are named at least")->required();
+    CLI::App app(
+        "Says what a picture's or a model's file is by its bytes, and what the library reads from it.",
+        "qelinfo");
+    app.add_option("FILE", options.file,
+                   "TGA, BMP, PCX, ICO or DDS, others are named at least; models and animations")
+        ->required();
     app.add_option("--convert", options.convert, "Write what was read: a .tga, .bmp, .pcx or .png");
     app.add_option("--index", options.index, "Which picture of an icon")->capture_default_str();
-    app.footer("Exit codes: 0 done, 1 no reader takes the file, 2 mistake in the command line,\n"
+    app.add_option("--animation", options.animation, "Look whether a model has the bones of an animation");
+    app.footer("Exit codes: 0 done, 1 no reader takes the file or a model has faults, 2 mistake in the "
+               "command line,\n"
                "3 a file cannot be read or written.");
     try {
         app.parse(argc, argv);

@@ -56,6 +56,34 @@ TEST(Qelinfo, SaysWhatAFileIsAndWhyItIsNotRead)
     }
 }
 
+TEST(Qelinfo, ShowsModelsAndTheirFaults)
+{
+    test::TempFolder const folder;
+    test::writeFile("bad.md5mesh",
+                    "MD5Version 8 commandline \"\" numbones 2\n"
+                    "bone 0 { name \"hip\" bindpos 0 0 0 bindmat 1 0 0 0 1 0 0 0 1 parent \"neck\" }\n"
+                    "bone 1 { name \"neck\" bindpos 0 0 0 bindmat 1 0 0 0 1 0 0 0 1 parent \"head\" }\n"
+                    "mesh 0 { shader \"s\" numverts 1 verts 0 0 0 0 2 numtris 1 tri 0 0 0 7\n"
+                    "numweights 2 weight 0 0 0.5 0 0 0 weight 1 9 0.25 0 0 0 }\n");
+    test::writeFile("bad.md5anim",
+                    "MD5Version 8 commandline \"\" numchannels 1 channel 0 { joint \"tail\" attribute "
+                    "\"yaw\" starttime 1 endtime 0 framerate 24 strings 0 range 0 0 keys 0 }");
+    EXPECT_EQ(run("bad.md5mesh --animation bad.md5anim"), 1);
+    std::string const said = test::readFile("said");
+    for (char const *const line :
+         {"bad.md5mesh: model", "bones    2", "bone 0 'hip': its parent 'neck' stands behind it",
+          "bone 1 'neck': its parent 'head' is not there", "vertex 0: its weights add up to 0.75",
+          "weight 1: there is no bone 9", "triangle 0: there is no vertex 7",
+          "channel 0 of 'tail' has no keys", "channel 0 of 'tail' ends before it starts",
+          "channel 0: there is no bone 'tail'"}) {
+        EXPECT_NE(said.find(line), std::string::npos) << line << "\n" << said;
+    }
+    std::string const figure = QEL_TEST_FIGURE;
+    EXPECT_EQ(run(figure + "/Figure.md5mesh --animation " + figure + "/Walk.md5anim"), 0)
+        << test::readFile("said");
+    EXPECT_EQ(run(figure + "/Wave.md5anim"), 0);
+}
+
 // Through each of the formats into a PNG, read by its own library: the picture of makeImages.sh in its
 // colours.
 TEST(Qelinfo, ConvertsInTheColoursThatWereMeant)
