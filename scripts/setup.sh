@@ -4,7 +4,7 @@ set -euo pipefail
 
 packages=(
     g++ cmake ninja-build pkg-config    # build
-    zlib1g-dev                          # the library itself
+    zlib1g-dev libvorbis-dev            # the library itself
     libzip-dev                          # plugin for zip archives
     python3                             # the sample host's media
     libcli11-dev libedit-dev            # command lines of hosts and tools, the host's console

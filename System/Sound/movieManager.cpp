@@ -1,6 +1,5 @@
 #include "System/Sound/movieManager.h"
 
-#include "System/Patterns/tSingletonImpl.h"
 #include "System/System/logManager.h"
 #include "System/System/pluginMgr.h"
 

@@ -48,8 +48,8 @@ iSoundSystem::iSoundSystem(String const &systemName, String const &nameOfFactory
     : supportedCaps{SOUNDCAPS_STEREO}
 {
     std::fill(std::begin(groupVolumes), std::end(groupVolumes), 1.0f);
-    m_name = systemName;
-    m_factoryName = nameOfFactory;
+    name = systemName;
+    factoryName = nameOfFactory;
 }
 
 iSoundSystem::~iSoundSystem()

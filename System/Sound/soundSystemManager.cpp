@@ -1,6 +1,5 @@
 #include "System/Sound/soundSystemManager.h"
 
-#include "System/Patterns/tSingletonImpl.h"
 #include "System/System/logManager.h"
 #include "System/System/pluginMgr.h"
 

@@ -61,12 +61,12 @@ bool iSoundSystem::play(iSoundSource *source)
     if (!inited || source == nullptr) {
         return false;
     }
-    String const &name = source->getResourceName();
+    String const &title = source->getResourceName();
     if (paused && !source->playOnPause()) {
         if (LogManager::checkDefLogLevel(1)) {
             LogManager::defLevelMessage(
                 "iSoundSystem::play(): soundsystem is paused, sound '%s' will not be played.\n",
-                name.c_str());
+                title.c_str());
         }
         return false;
     }
@@ -75,23 +75,23 @@ bool iSoundSystem::play(iSoundSource *source)
         if (LogManager::checkDefLogLevel(1)) {
             if (source->is3DStereo()) {
                 LogManager::defLevelMessage("iSoundSystem::play(): playing sounds '%s' & '%s'\n",
-                                            name.c_str(), source->getCompanionName().c_str());
+                                            title.c_str(), source->getCompanionName().c_str());
             } else {
-                LogManager::defLevelMessage("iSoundSystem::play(): playing sound '%s'\n", name.c_str());
+                LogManager::defLevelMessage("iSoundSystem::play(): playing sound '%s'\n", title.c_str());
             }
         }
         return true;
     case SOUND_PLAY_WAITLIST:
         if (LogManager::checkDefLogLevel(2)) {
-            LogManager::defLevelMessage("iSoundSystem::play(): sound '%s' set on waitlist.\n", name.c_str());
+            LogManager::defLevelMessage("iSoundSystem::play(): sound '%s' set on waitlist.\n", title.c_str());
         }
         return false;
     default:
         break;
     }
-    unsigned int size = 0;
-    source->getData(size);
-    if (source->getFallbackName().empty() || source->getFallbackName() == name || size != 0) {
+    unsigned int bytes = 0;
+    source->getData(bytes);
+    if (source->getFallbackName().empty() || source->getFallbackName() == title || bytes != 0) {
         return false;
     }
     if (LogManager::checkDefLogLevel(2)) {
@@ -115,7 +115,7 @@ eSoundPlayReturn iSoundSystem::playWork(iSoundSource *source)
         return SOUND_PLAY_FAILED;
     }
     formatFromName(*source);
-    char const *const name = source->getResourceName().c_str();
+    char const *const title = source->getResourceName().c_str();
     if (plays(*source)) {
         if (LogManager::checkDefLogLevel(3)) {
             LogManager::defLevelMessage("iSoundSystem::play(): sound source ID #%d is already in use!\n",
@@ -140,22 +140,22 @@ eSoundPlayReturn iSoundSystem::playWork(iSoundSource *source)
     if (isMultichannelSound) {
         if (!isMultichannelDevice) {
             tell(3, "iSoundSystem::play(): multichannel file '%s' does not work on '%s' speaker settings!\n",
-                 name, getSoundCapsDesc(params.current3DCaps).c_str());
+                 title, getSoundCapsDesc(params.current3DCaps).c_str());
             return SOUND_PLAY_FAILED;
         }
         if (source->is3DStereo()) {
-            tell(3, "iSoundSystem::play(): impossible to play file '%s' as 3D stereo soundsource!\n", name);
+            tell(3, "iSoundSystem::play(): impossible to play file '%s' as 3D stereo soundsource!\n", title);
             return SOUND_PLAY_FAILED;
         }
         if (source->is3DSubwoofer()) {
             tell(3, "iSoundSystem::play(): impossible to play file '%s' as 3D subwoofer soundsource!\n",
-                 name);
+                 title);
             return SOUND_PLAY_FAILED;
         }
     }
     if (source->isSingleSpeaker() && !isMultichannelDevice) {
         tell(3, "iSoundSystem::play(): single-speaker file '%s' does not work on '%s' speaker settings!\n",
-             name, getSoundCapsDesc(params.current3DCaps).c_str());
+             title, getSoundCapsDesc(params.current3DCaps).c_str());
         return SOUND_PLAY_FAILED;
     }
 
@@ -246,12 +246,12 @@ bool iSoundSystem::checkPriority(unsigned int voices, std::vector<unsigned int> 
             equal.push_back(channel);
         }
     }
-    char const *const name = source->getResourceName().c_str();
+    char const *const title = source->getResourceName().c_str();
     if (lower.size() + equal.size() < voices) {
         if (LogManager::checkDefLogLevel(3)) {
             LogManager::defLevelMessage(
                 "iSoundSystem::checkPriority(): not enough 3D channels found for #%d ('%s')!\n",
-                static_cast<int>(source->getUniqueID()), name);
+                static_cast<int>(source->getUniqueID()), title);
         }
         return false;
     }
@@ -261,7 +261,7 @@ bool iSoundSystem::checkPriority(unsigned int voices, std::vector<unsigned int> 
         for (std::size_t i = 0; i < victims.size() && left != 0; ++i, --left) {
             stolen.push_back(victims[i]->getIndex());
             if (LogManager::checkDefLogLevel(2)) {
-                LogManager::defLevelMessage(format, name, static_cast<int>(victims[i]->getIndex()),
+                LogManager::defLevelMessage(format, title, static_cast<int>(victims[i]->getIndex()),
                                             victims[i]->getResourceName().c_str());
             }
         }
@@ -346,14 +346,14 @@ void iSoundSystem::checkSoundfile(iSoundSource *source, bool strip)
         return;
     }
     formatFromName(*source);
-    unsigned int size = 0;
-    unsigned char *const data = source->getData(size);
+    unsigned int bytes = 0;
+    unsigned char *const data = source->getData(bytes);
     if (data == nullptr) {
         return;
     }
-    if (size < headSize || std::memcmp(data, "RIFF", 4) != 0 || std::memcmp(data + 8, "WAVE", 4) != 0) {
+    if (bytes < headSize || std::memcmp(data, "RIFF", 4) != 0 || std::memcmp(data + 8, "WAVE", 4) != 0) {
         source->resetWAVHeader();
-        if (size >= 4 && std::memcmp(data, "OggS", 4) == 0) {
+        if (bytes >= 4 && std::memcmp(data, "OggS", 4) == 0) {
             source->setOGGHeader();
         } else {
             source->resetOGGHeader();
@@ -364,15 +364,15 @@ void iSoundSystem::checkSoundfile(iSoundSource *source, bool strip)
         return static_cast<unsigned int>(data[at] | data[at + 1] << 8);
     };
     std::uint32_t length = 0;
-    for (std::uint64_t at = headSize; at + chunkHead <= size; at += std::uint64_t{length} + chunkHead) {
+    for (std::uint64_t at = headSize; at + chunkHead <= bytes; at += std::uint64_t{length} + chunkHead) {
         std::memcpy(&length, data + at + 4, sizeof length);
-        if (std::memcmp(data + at, "fmt ", 4) == 0 && at + formatSize <= size) {
+        if (std::memcmp(data + at, "fmt ", 4) == 0 && at + formatSize <= bytes) {
             constexpr unsigned int leastBits = 8; // fewer are compressed
             source->setNumChannels(data[at + 10]);
             source->setSamplerate(static_cast<unsigned short>(wordAt(at + 12)));
             source->setWAVHeader(wordAt(at + 22) < leastBits);
         } else if (std::memcmp(data + at, "data", 4) == 0 && strip) {
-            auto const left = static_cast<unsigned int>(size - at - chunkHead);
+            auto const left = static_cast<unsigned int>(bytes - at - chunkHead);
             source->_stripData(data + at + chunkHead, std::min(length, left));
         }
     }
@@ -380,8 +380,8 @@ void iSoundSystem::checkSoundfile(iSoundSource *source, bool strip)
 
 bool iSoundSystem::checkSoundfileAndPlay(iSoundSource *source, bool quiet)
 {
-    unsigned int size = 0;
-    if (source == nullptr || source->getData(size) == nullptr || source->isStream()) {
+    unsigned int bytes = 0;
+    if (source == nullptr || source->getData(bytes) == nullptr || source->isStream()) {
         return false;
     }
     checkSoundfile(source, true);

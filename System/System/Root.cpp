@@ -73,6 +73,8 @@ void Root::bringUp(String const &pluginFileName, String const &logFileName, bool
     made.m_pluginMgr = std::make_unique<PluginMgr>();
     made.m_archiveManager = std::make_unique<ArchiveManager>();
     made.m_platformManager = std::make_unique<PlatformManager>();
+    made.m_movieManager = std::make_unique<MovieManager>();
+    made.m_soundSystemManager = std::make_unique<SoundSystemManager>();
     made.m_codecManager = std::make_unique<CodecManager>();
     made.m_timer = std::make_unique<Timer>();
     m_initTime = made.m_timer->getDurationInProgress();
