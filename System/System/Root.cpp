@@ -7,6 +7,8 @@
 #include "System/Platform/configDialog.h"
 #include "System/Platform/platformManager.h"
 #include "System/Platform/renderSystem.h"
+#include "System/Sound/movieManager.h"
+#include "System/Sound/soundSystemManager.h"
 #include "System/System/logManager.h"
 #include "System/System/pluginMgr.h"
 #include "System/Time/processorInfo.h"
