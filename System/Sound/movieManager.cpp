@@ -43,7 +43,11 @@ iMovie *MovieManager::create(String const &name, String const &type)
 
 void MovieManager::destroy(iMovie *movie)
 {
-    std::default_delete<iMovie>()(movie);
+    if (movie != nullptr) {
+        // The player is larger than an iMovie, and only the form without a size takes it back rightly.
+        movie->iMovie::~iMovie();
+        ::operator delete(static_cast<void *>(movie));
+    }
 }
 
 } // namespace Qel

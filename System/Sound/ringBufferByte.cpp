@@ -18,6 +18,12 @@ bool isPowerOfTwo(int n)
     return n > 0 && std::has_single_bit(static_cast<unsigned int>(n));
 }
 
+// Any number of bytes, modulo 2^32: the masks keep what counts.
+int moved(int index, int bytes)
+{
+    return static_cast<int>(static_cast<unsigned int>(index) + static_cast<unsigned int>(bytes));
+}
+
 } // namespace
 
 RingBufferByte::~RingBufferByte()
@@ -62,8 +68,10 @@ int RingBufferByte::getReadAvailable() const
     return (m_write.load(std::memory_order_acquire) - m_read.load(std::memory_order_acquire)) & m_bigMask;
 }
 
-int RingBufferByte::regions(int index, int count, void **p1, int *n1, void **p2, int *n2)
+int RingBufferByte::regions(int index, int wanted, int available, void **p1, int *n1, void **p2, int *n2)
 {
+    // An index that was moved on too far makes more available than there is, or less than nothing.
+    int const count = std::clamp(std::min(wanted, available), 0, m_size);
     int const at = index & m_smallMask;
     int const untilEnd = std::min(count, m_size - at);
     *p1 = m_buffer == nullptr ? nullptr : m_buffer + at;
@@ -75,26 +83,24 @@ int RingBufferByte::regions(int index, int count, void **p1, int *n1, void **p2,
 
 int RingBufferByte::getWriteRegions(int count, void **p1, int *n1, void **p2, int *n2)
 {
-    return regions(m_write.load(std::memory_order_relaxed), std::clamp(count, 0, getWriteAvailable()), p1, n1,
-                   p2, n2);
+    return regions(m_write.load(std::memory_order_relaxed), count, getWriteAvailable(), p1, n1, p2, n2);
 }
 
 int RingBufferByte::getReadRegions(int count, void **p1, int *n1, void **p2, int *n2)
 {
-    return regions(m_read.load(std::memory_order_relaxed), std::clamp(count, 0, getReadAvailable()), p1, n1,
-                   p2, n2);
+    return regions(m_read.load(std::memory_order_relaxed), count, getReadAvailable(), p1, n1, p2, n2);
 }
 
 int RingBufferByte::advanceWriteIndex(int bytes)
 {
-    int const next = (m_write.load(std::memory_order_relaxed) + bytes) & m_bigMask;
+    int const next = moved(m_write.load(std::memory_order_relaxed), bytes) & m_bigMask;
     m_write.store(next, std::memory_order_release);
     return next;
 }
 
 int RingBufferByte::advanceReadIndex(int bytes)
 {
-    int const next = (m_read.load(std::memory_order_relaxed) + bytes) & m_bigMask;
+    int const next = moved(m_read.load(std::memory_order_relaxed), bytes) & m_bigMask;
     m_read.store(next, std::memory_order_release);
     return next;
 }

@@ -60,7 +60,7 @@ public:
     int size() const { return m_size; }                                   ///< capacity in bytes
 
 private:
-    int regions(int index, int count, void **p1, int *n1, void **p2, int *n2);
+    int regions(int index, int wanted, int available, void **p1, int *n1, void **p2, int *n2);
 
     std::atomic<int> m_write{0}; // 0 .. 2 * m_size - 1
     std::atomic<int> m_read{0};  // 0 .. 2 * m_size - 1

@@ -50,6 +50,7 @@ bool iSound3DStereo::open(iSoundSource *source, iSoundChannel *left, iSoundChann
         source->force2D();
     }
     parent = source;
+    m_hasLost = false;
     m_leftSource = m_rightSource = m_lfeSource = *source;
     m_left = left;
     m_right = right;
@@ -84,8 +85,9 @@ bool iSound3DStereo::open(iSoundSource *source, iSoundChannel *left, iSoundChann
 void iSound3DStereo::close()
 {
     stop(0);
-    if (opened && parent != nullptr) {
+    if (m_isCounted) {
         parent->setStopped();
+        m_isCounted = false;
     }
     opened = false;
 }
@@ -95,11 +97,12 @@ bool iSound3DStereo::play()
     if (!opened) {
         return false;
     }
-    bool const isPlaying =
-        hasStreams()
-            ? m_leftStream->play() && m_rightStream->play() && (m_lfeStream == nullptr || m_lfeStream->play())
-            : m_left->play(0) && m_right->play(0) && (m_lfe == nullptr || m_lfe->play(0));
-    if (isPlaying) {
+    bool const isPlaying = hasStreams() ? m_leftStream->play() && m_rightStream->play() &&
+                                              (m_lfeStream == nullptr || m_lfeStream->play())
+                                        : m_left != nullptr && m_right != nullptr && m_left->play(0) &&
+                                              m_right->play(0) && (m_lfe == nullptr || m_lfe->play(0));
+    if (isPlaying && !m_isCounted) {
+        m_isCounted = true;
         parent->setPlaying(); // once for all voices
     }
     return isPlaying;
@@ -159,8 +162,31 @@ void iSound3DStereo::stop(unsigned int ms)
     }
 }
 
+void iSound3DStereo::_forget(iSoundChannel const *gone)
+{
+    for (iSoundChannel **const channel : {&m_left, &m_right, &m_lfe}) {
+        if (*channel == gone) {
+            *channel = nullptr;
+            m_hasLost = true;
+        }
+    }
+}
+
+void iSound3DStereo::_forget(iSoundVorbis const *gone)
+{
+    for (iSoundVorbis **const stream : {&m_leftStream, &m_rightStream, &m_lfeStream}) {
+        if (*stream == gone) {
+            *stream = nullptr;
+            m_hasLost = true;
+        }
+    }
+}
+
 bool iSound3DStereo::isFinished() const
 {
+    if (m_hasLost) {
+        return true;
+    }
     if (hasStreams()) {
         if (isOver(m_leftStream) || isOver(m_rightStream)) {
             return true;

@@ -44,6 +44,9 @@ public:
     virtual float getMinDistance() const;        ///< the parent's
     virtual float getMaxDistance() const;        ///< the parent's
 
+    void _forget(iSoundChannel const *gone); ///< it is not this sound's any more, which ends the sound
+    void _forget(iSoundVorbis const *gone);
+
 protected:
     bool hasStreams() const { return m_leftStream != nullptr && m_rightStream != nullptr; }
 
@@ -59,6 +62,10 @@ protected:
     iSoundSource m_leftSource; ///< what the channels play
     iSoundSource m_rightSource;
     iSoundSource m_lfeSource;
+
+private:
+    bool m_isCounted = false; // as a play of its parent
+    bool m_hasLost = false;   // a voice
 };
 
 } // namespace Qel

@@ -25,6 +25,7 @@ bool iSound3DSubwoofer::open(iSoundSource *source, iSoundChannel *main, iSoundCh
         source->force2D();
     }
     parent = source;
+    m_hasLost = false;
     m_lfeSource = *source;
     m_main = main;
     m_lfe = lfe;
@@ -54,8 +55,9 @@ bool iSound3DSubwoofer::open(iSoundSource *source, iSoundChannel *main, iSoundCh
 void iSound3DSubwoofer::close()
 {
     stop(0);
-    if (opened && parent != nullptr) {
+    if (m_isCounted) {
         parent->setStopped();
+        m_isCounted = false;
     }
     opened = false;
 }
@@ -65,9 +67,11 @@ bool iSound3DSubwoofer::play()
     if (!opened) {
         return false;
     }
-    bool const isPlaying =
-        hasStreams() ? m_mainStream->play() && m_lfeStream->play() : m_main->play(0) && m_lfe->play(0);
-    if (isPlaying) {
+    bool const isPlaying = hasStreams()
+                               ? m_mainStream->play() && m_lfeStream->play()
+                               : m_main != nullptr && m_lfe != nullptr && m_main->play(0) && m_lfe->play(0);
+    if (isPlaying && !m_isCounted) {
+        m_isCounted = true;
         parent->setPlaying(); // once for both voices
     }
     return isPlaying;
@@ -105,8 +109,31 @@ void iSound3DSubwoofer::stop(unsigned int ms)
     }
 }
 
+void iSound3DSubwoofer::_forget(iSoundChannel const *gone)
+{
+    for (iSoundChannel **const channel : {&m_main, &m_lfe}) {
+        if (*channel == gone) {
+            *channel = nullptr;
+            m_hasLost = true;
+        }
+    }
+}
+
+void iSound3DSubwoofer::_forget(iSoundVorbis const *gone)
+{
+    for (iSoundVorbis **const stream : {&m_mainStream, &m_lfeStream}) {
+        if (*stream == gone) {
+            *stream = nullptr;
+            m_hasLost = true;
+        }
+    }
+}
+
 bool iSound3DSubwoofer::isFinished() const
 {
+    if (m_hasLost) {
+        return true;
+    }
     if (hasStreams()) {
         return m_mainStream->isFinished() || m_lfeStream->isFinished();
     }

@@ -34,6 +34,9 @@ public:
     virtual unsigned int getUniqueID() const;    ///< the parent's
     virtual unsigned char getSoundGroup() const; ///< the parent's
 
+    void _forget(iSoundChannel const *gone); ///< it is not this sound's any more, which ends the sound
+    void _forget(iSoundVorbis const *gone);
+
 protected:
     bool hasStreams() const { return m_mainStream != nullptr && m_lfeStream != nullptr; }
 
@@ -45,6 +48,10 @@ protected:
     iSoundVorbis *m_lfeStream = nullptr;
     bool opened = false;
     iSoundSource m_lfeSource; ///< what the subwoofer plays
+
+private:
+    bool m_isCounted = false; // as a play of its parent
+    bool m_hasLost = false;   // a voice
 };
 
 } // namespace Qel

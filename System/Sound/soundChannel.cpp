@@ -161,7 +161,8 @@ bool iSoundChannel::updateVolume()
     actualVolume = volume * params.volume2 * params.volume1;
 
     auto const duckedLowPass = [this](float factor) {
-        return std::clamp((duckingLevel + 0.4f - 0.6f) * factor, 0.0f, 1.0f);
+        float const pass = (duckingLevel + 0.4f - 0.6f) * factor;
+        return pass > 0.0f ? std::min(pass, 1.0f) : 0.0f; // a factor that is no number lets nothing pass
     };
     lowPass = 1.0f;
     if (params.useLowPassFiltering()) {
@@ -225,7 +226,7 @@ bool iSoundChannel::setPosition(D3DXVECTOR3 const &position)
     return true;
 }
 
-bool iSoundChannel::getPosition(D3DXVECTOR3 &position) const
+bool iSoundChannel::getPosition(D3DXVECTOR3 &position)
 {
     if (!isChannelInited()) {
         return false;

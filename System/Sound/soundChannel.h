@@ -51,7 +51,7 @@ public:
     virtual void setActualVolume(float volume); ///< on the device, 0 to 1; nothing here
     virtual bool updateVolume(); ///< works the volume and the low-pass out, and steps the ducking
     virtual bool setPosition(D3DXVECTOR3 const &position);
-    virtual bool getPosition(D3DXVECTOR3 &position) const;
+    virtual bool getPosition(D3DXVECTOR3 &position);
 
     /// Takes a segment of a stream.
     /// @param segmentBit  1, 2, 4 or 8

@@ -38,6 +38,7 @@ bool iSoundClip::open(iSoundSource *newSource, unsigned int ringSize)
             LogManager::defLevelMessage("iSoundClip::open(\"%s\") ringbuffer init failed!\n",
                                         source->getResourceName().c_str());
         }
+        source = nullptr;
         return false;
     }
     opened = channel->init(source);
@@ -46,7 +47,19 @@ bool iSoundClip::open(iSoundSource *newSource, unsigned int ringSize)
                                            : "iSoundClip::open() clip #%d has failed!\n",
                                     static_cast<int>(source->getUniqueID()));
     }
+    if (!opened) {
+        ring.close();
+        source = nullptr;
+    }
     return opened;
+}
+
+void iSoundClip::_forget(iSoundChannel const *gone)
+{
+    if (channel == gone) {
+        channel = nullptr;
+        m_lostChannel = true;
+    }
 }
 
 void iSoundClip::close()
@@ -87,7 +100,9 @@ bool iSoundClip::play()
     }
     setTime(0.0f);
     source->setCurrentTimeMS(0);
-    channel->play(source->getFadeInTimeMS());
+    if (channel != nullptr) {
+        channel->play(source->getFadeInTimeMS());
+    }
     if (system->isPaused()) {
         setPause(true, false);
     }
@@ -108,7 +123,7 @@ void iSoundClip::update(float dt)
             play();
         }
     }
-    if (alreadyPlayed() && isFinished()) {
+    if (m_lostChannel || (alreadyPlayed() && isFinished())) {
         close();
         return;
     }

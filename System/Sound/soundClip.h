@@ -67,6 +67,7 @@ public:
     bool isEOFReached() const { return eofReached; }
     bool isEOFAndBufferDried() const { return bufferDried; } ///< and the device has played all of it
     void resetEOFAndBufferDried() { bufferDried = false; }
+    void _forget(iSoundChannel const *gone); ///< it is not this clip's any more
 
 protected:
     iSoundSystem *system;
@@ -85,6 +86,9 @@ protected:
     std::uint32_t chunkSize = 0; ///< bytes, for the back end
     float time = 0.0f;           ///< seconds
     RingBufferByte ring;
+
+private:
+    bool m_lostChannel = false;
 };
 
 } // namespace Qel

@@ -19,7 +19,7 @@ public:
     void setInnerAngle(float degrees) { innerAngle = steps(degrees); } ///< 0 to 360, cut to whole steps
     void setOuterAngle(float degrees) { outerAngle = steps(degrees); } ///< 0 to 360, cut to whole steps
     unsigned int getOutOfConeVol() const { return outOfConeVolume; }   ///< percent
-    void setOutOfConeVol(unsigned int percent) { outOfConeVolume = static_cast<std::uint8_t>(percent); }
+    void setOutOfConeVol(unsigned int percent);                        ///< up to 255 is kept
     void setConeData(float innerDegrees, float outerDegrees, unsigned int outOfConePercent);
 
     std::uint8_t innerAngle = 255;

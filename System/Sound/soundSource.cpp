@@ -32,6 +32,9 @@ iSoundSource &iSoundSource::operator=(iSoundSource const &other)
     resourceName = other.resourceName;
     fallbackName = other.fallbackName;
     companionName = other.companionName;
+    m_image = other.m_image;
+    m_imageSize = other.m_imageSize;
+    m_stripped = other.m_stripped;
     return *this;
 }
 
@@ -70,12 +73,31 @@ void iSoundSource::setData(unsigned char *newData, unsigned int size)
 {
     data = newData;
     dataSize = size;
+    m_image = nullptr;
 }
 
 void iSoundSource::setCompanionData(unsigned char *newData, unsigned int size)
 {
     companionData = newData;
     companionDataSize = size;
+}
+
+void iSoundSource::_stripData(unsigned char *payload, unsigned int size)
+{
+    m_image = data;
+    m_imageSize = dataSize;
+    m_stripped = data = payload;
+    dataSize = size;
+}
+
+void iSoundSource::_restoreData()
+{
+    // Data that the game has set since then are another image.
+    if (m_image != nullptr && data == m_stripped) {
+        data = m_image;
+        dataSize = m_imageSize;
+    }
+    m_image = m_stripped = nullptr;
 }
 
 void iSoundSource::setDataExclusive(unsigned char const *newData, unsigned int size)
@@ -93,10 +115,14 @@ void iSoundSource::setDataExclusive(unsigned char const *newData, unsigned int s
         set(EXCLUSIVE, false);
         data = nullptr;
     }
+    m_image = nullptr;
     if (fresh != nullptr) {
         m_block = data = fresh;
         dataSize = size;
         set(EXCLUSIVE, true);
+    } else if (newData != nullptr && size != 0) {
+        data = nullptr;
+        dataSize = 0;
     }
 }
 

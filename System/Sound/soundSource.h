@@ -53,12 +53,13 @@ public:
         return size = companionDataSize, companionData;
     }
 
-    /// Takes a copy that the source owns, in place of one it owned before. With null or no size, or without
-    /// memory, it only gives an earlier one up.
+    /// Takes a copy that the source owns, in place of one it owned before. With null or no size it only gives
+    /// an earlier one up; without memory the source has no data then.
     void setDataExclusive(unsigned char const *newData, unsigned int size);
 
-    /// Moves on to what lies behind a header inside the data.
-    void _stripData(unsigned char *payload, unsigned int size) { data = payload, dataSize = size; }
+    /// Moves on to what lies behind a header inside the data. The next play looks at the whole image again.
+    void _stripData(unsigned char *payload, unsigned int size);
+    void _restoreData(); ///< back to the image that _stripData() moved on from, if the data are still its
     /// @}
 
     /// @name Playing
@@ -253,7 +254,10 @@ private:
     String resourceName;
     String fallbackName;
     String companionName;
-    unsigned char *m_block = nullptr; // the owned block; data may have moved on inside it
+    unsigned char *m_block = nullptr;    // the owned block; data may have moved on inside it
+    unsigned char *m_image = nullptr;    // what data was before a header was stripped
+    std::uint32_t m_imageSize = 0;       // bytes
+    unsigned char *m_stripped = nullptr; // what data became then
 };
 
 } // namespace Qel

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <memory>
 #include <vector>
 
 namespace Qel {
@@ -42,10 +43,11 @@ class iSoundVorbis;
 /// **Ducking.** While a sound plays that asks for it, all others go down to 0.6 of their volume.
 ///
 /// **A back end** derives from this class. It overrides initSoundSystem(), calls the base, and on success
-/// makes its channels: 3D ones numbered from 1, as many as params says and some more for the crossfade
-/// vector, then 2D ones, so that number num3DChannels + num2D51Channels + 1 is free; and it gives the channel
-/// table room for that many. It adds to supportedCaps before, overrides create2D51Channel() to make its own
-/// class, and moves fades in its channels' update(). Its load() says true.
+/// makes its channels: 3D ones numbered from 1 and 2D ones after them, so that the number num3DChannels +
+/// num2D51Channels + 1 is free; some of the 3D ones go into the crossfade vector and not on the free list;
+/// and it gives the channel table room for that many entries. It adds to supportedCaps before, overrides
+/// create2D51Channel() to make its own class, and moves fades in its channels' update(). Its load() says
+/// true. No entry of its lists stays where it is over a call into the library.
 ///
 /// Operations do nothing and give false, 0 or null before initSoundSystem().
 ///
@@ -108,7 +110,8 @@ protected:
     virtual bool destroy3DSubwoofer(iSoundSource const *source, unsigned int ms);
     /// @}
 
-    virtual void create2D51Channel(); ///< one more on the free list; overridden for a class of one's own
+    /// One more on the free list; a back end overrides it to hand a channel of its own to add2D51Channel().
+    virtual void create2D51Channel();
     virtual void freeSurplus2D51Channels();             ///< back to 30, if as many are free
     virtual iSoundChannel *getFreeChannel(bool want3D); ///< off its free list; null if there is none
 
@@ -210,6 +213,11 @@ public:
 protected:
     friend class SoundSystemManager;
 
+    /// The number that the next 2D/5.1 channel has to have: that of a trimmed one, where there is any; 0 when
+    /// there are as many channels as can be counted.
+    unsigned int getNew2D51Index() const;
+    void add2D51Channel(std::unique_ptr<iSoundChannel> channel); ///< numbered so; it goes on the free list
+
     iSoundChannel *getChannel(unsigned int index) const; ///< playing, or a free 3D one; else null
     bool isCrossfadeChannel(iSoundChannel const *channel) const;
     bool isCrossfadeChannel(unsigned int index) const;
@@ -248,6 +256,15 @@ private:
     void giveBack(iSoundChannel *channel, bool from3D);
     void stealVoices(std::vector<unsigned int> const &stolen);
     bool startWav(iSoundSource &source);
+    void release(iSoundChannel &channel);
+    template <class Sound, class GroupOf>
+    bool destroyGroup(std::vector<Sound *> &list, unsigned int group, GroupOf groupOf);
+    template <class Sound>
+    void destroyFinished(std::vector<Sound *> &list);
+    void destroyNow(iSound3DStereo *sound);
+    void destroyNow(iSound3DSubwoofer *sound);
+    void destroyNow(iSoundClip *clip);
+    void destroyNow(iSoundVorbis *stream);
     void updateChannels(float dt);
     void serveWaitlist();
     void destroyEntry(std::vector<iSound3DStereo *>::iterator place, unsigned int ms);

@@ -2,6 +2,7 @@
 
 #include "System/System/logManager.h"
 #include "System/System/pluginMgr.h"
+#include "System/System/stringTools.h"
 
 #include <memory>
 
@@ -52,6 +53,9 @@ iSoundSystem *SoundSystemManager::load(String const &name, String const &type, e
     }
     iSoundSystem *const system = place->second->createInstance(name);
     if (system != nullptr) {
+        // As names are looked for.
+        StringTools::remap(system->name.data(), String(system->name).c_str(),
+                           StringTools::getMapTable(MAP_PATH));
         Register(system, priority);
     }
     return system;

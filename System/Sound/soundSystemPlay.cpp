@@ -47,7 +47,7 @@ float distanceBetween(D3DXVECTOR3 const &a, D3DXVECTOR3 const &b)
 }
 
 // Names of sounds, and what is said of them.
-void tell(unsigned int weight, char const *format, char const *first, char const *second = "")
+void tell(LogMessageLevel weight, char const *format, char const *first, char const *second = "")
 {
     if (LogManager::checkDefLogLevel(weight)) {
         LogManager::defLevelMessage(format, first, second);
@@ -309,19 +309,30 @@ iSoundChannel *iSoundSystem::getFreeChannel(bool want3D)
 
 void iSoundSystem::create2D51Channel()
 {
+    if (unsigned int const index = getNew2D51Index(); index != 0) {
+        add2D51Channel(std::make_unique<iSoundChannel>(index, this));
+    }
+}
+
+unsigned int iSoundSystem::getNew2D51Index() const
+{
     constexpr unsigned int mostChannels = 255; // what the count can hold
     if (params.num2D51Channels >= mostChannels) {
-        return;
+        return 0;
     }
     // Where channels have been trimmed, one of their numbers is free; a new one might still be in use.
-    unsigned int index = params.num3DChannels + params.num2D51Channels + 1u;
-    if (!m_freeIndices.empty()) {
-        index = m_freeIndices.back();
-        m_freeIndices.pop_back();
-    } else {
+    return m_freeIndices.empty() ? params.num3DChannels + params.num2D51Channels + 1u : m_freeIndices.back();
+}
+
+void iSoundSystem::add2D51Channel(std::unique_ptr<iSoundChannel> channel)
+{
+    if (m_freeIndices.empty()) {
         channelTable.push_back(nullptr);
+    } else {
+        m_freeIndices.pop_back();
     }
-    free2D51Channels.push_back(std::make_unique<iSoundChannel>(index, this).release());
+    free2D51Channels.push_back(channel.get());
+    channel.release();
     ++params.num2D51Channels;
     if (LogManager::checkDefLogLevel(2)) {
         LogManager::defLevelMessage("iSoundSystem::checkSoundfileAndPlay(): created new 2D/5.1 channel.\n");
@@ -344,6 +355,9 @@ void iSoundSystem::checkSoundfile(iSoundSource *source, bool strip)
     constexpr std::uint64_t formatSize = 24;
     if (source == nullptr) {
         return;
+    }
+    if (strip) {
+        source->_restoreData(); // an earlier play has stripped it
     }
     formatFromName(*source);
     unsigned int bytes = 0;
@@ -422,10 +436,20 @@ bool iSoundSystem::startWav(iSoundSource &source)
 // Behind a start that failed: a channel goes back on the free list that it came from.
 void iSoundSystem::giveBack(iSoundChannel *channel, bool from3D)
 {
-    if (channel != nullptr) {
-        channel->resetChannelInited();
-        (from3D ? free3DChannels : free2D51Channels).push_back(channel);
+    if (channel == nullptr) {
+        return;
     }
+    auto const isFree = [channel](std::deque<iSoundChannel *> const &list) {
+        return std::find(list.begin(), list.end(), channel) != list.end();
+    };
+    if (isFree(free3DChannels) || isFree(free2D51Channels)) {
+        return; // it was stopped on the way
+    }
+    if (channel->isPlaying()) {
+        channel->stop(0); // the half of a pair that did start
+    }
+    release(*channel);
+    (from3D ? free3DChannels : free2D51Channels).push_back(channel);
 }
 
 iSoundVorbis *iSoundSystem::createVorbisStream()
@@ -506,7 +530,7 @@ iSound3DStereo *iSoundSystem::createAndPlay3DStereo(iSoundSource *source)
     giveBack(left, want3D);
     giveBack(right, want3D);
     giveBack(lfe, false);
-    destroyEntry(std::find(stereoSounds.begin(), stereoSounds.end(), sound), 0);
+    destroy3DStereo(static_cast<iSound3DStereo const *>(sound), 0);
     return nullptr;
 }
 
@@ -539,7 +563,7 @@ iSound3DSubwoofer *iSoundSystem::createAndPlay3DSubwoofer(iSoundSource *source)
     }
     giveBack(main, want3D);
     giveBack(lfe, false);
-    destroyEntry(std::find(subwooferSounds.begin(), subwooferSounds.end(), sound), 0);
+    destroy3DSubwoofer(static_cast<iSound3DSubwoofer const *>(sound), 0);
     return nullptr;
 }
 

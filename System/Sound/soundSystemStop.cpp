@@ -37,26 +37,78 @@ auto findById(List &list, unsigned int id)
                         [id](auto const *entry) { return entry != nullptr && entry->getUniqueID() == id; });
 }
 
-template <class Sound, class GroupOf>
-bool deleteGroup(std::vector<Sound *> &list, unsigned int group, GroupOf groupOf)
+// By its address, which says the same as the id of its source and may lead nowhere any more.
+template <class List, class Sound>
+auto findEntry(List &list, Sound const *sound)
 {
-    if (list.empty()) {
-        return false;
-    }
-    // Taken out first: what dies stops its channels, and these look at the lists.
-    std::vector<Sound *> const all = std::move(list);
-    list.clear();
-    for (Sound *const sound : all) {
-        if (sound != nullptr && group != 0 && groupOf(*sound) != group) {
-            list.push_back(sound);
-        } else {
-            std::default_delete<Sound>()(sound);
-        }
-    }
-    return true;
+    return sound == nullptr ? list.end() : std::find(list.begin(), list.end(), sound);
 }
 
 } // namespace
+
+void iSoundSystem::destroyNow(iSound3DStereo *sound)
+{
+    std::default_delete<iSound3DStereo>()(sound);
+}
+
+void iSoundSystem::destroyNow(iSound3DSubwoofer *sound)
+{
+    std::default_delete<iSound3DSubwoofer>()(sound);
+}
+
+void iSoundSystem::destroyNow(iSoundClip *clip)
+{
+    std::default_delete<iSoundClip>()(clip);
+}
+
+void iSoundSystem::destroyNow(iSoundVorbis *stream)
+{
+    for (iSound3DStereo *const sound : stereoSounds) {
+        sound->_forget(stream);
+    }
+    for (iSound3DSubwoofer *const sound : subwooferSounds) {
+        sound->_forget(stream);
+    }
+    std::default_delete<iSoundVorbis>()(stream);
+}
+
+// Each is out of its list before it dies, since what dies stops its channels, and those look at the lists.
+template <class Sound, class GroupOf>
+bool iSoundSystem::destroyGroup(std::vector<Sound *> &list, unsigned int group, GroupOf groupOf)
+{
+    bool const isAny = !list.empty();
+    for (std::size_t i = 0; i < list.size();) {
+        Sound *const sound = list[i];
+        if (sound != nullptr && group != 0 && groupOf(*sound) != group) {
+            ++i;
+            continue;
+        }
+        list.erase(list.begin() + static_cast<std::ptrdiff_t>(i));
+        destroyNow(sound);
+    }
+    return isAny;
+}
+
+// A channel that has stopped for good is nobody's: it may play for another in the same frame, and its source
+// may be gone.
+void iSoundSystem::release(iSoundChannel &channel)
+{
+    for (iSoundVorbis *const stream : vorbisStreams) {
+        stream->_forget(&channel);
+    }
+    for (iSound3DStereo *const sound : stereoSounds) {
+        sound->_forget(&channel);
+    }
+    for (iSound3DSubwoofer *const sound : subwooferSounds) {
+        sound->_forget(&channel);
+    }
+    for (iSoundClip *const clip : clips) {
+        if (clip != nullptr) {
+            clip->_forget(&channel);
+        }
+    }
+    channel.resetChannelInited();
+}
 
 bool iSoundSystem::stop(iSoundSource *source, unsigned int ms)
 {
@@ -92,7 +144,6 @@ bool iSoundSystem::stopChannel(unsigned int index, unsigned int ms)
         return true; // it stays until it has finished
     }
     if (channel->hasDuckingRequest()) {
-        channel->resetDuckingRequest();
         duckingCounter -= duckingCounter != 0;
         if (LogManager::checkDefLogLevel(1)) {
             LogManager::defLevelMessage("iSoundSystem::stopChannel(): duckingcounter--\n");
@@ -100,12 +151,11 @@ bool iSoundSystem::stopChannel(unsigned int index, unsigned int ms)
         updateDucking();
     }
     channelTable[index] = nullptr;
-    if (isCrossfadeChannel(channel)) {
-        channel->resetChannelInited(); // idle again, for the next voice that is stolen
-    } else if (channel->is3DChannel()) {
-        free3DChannels.push_back(channel);
-    } else {
-        free2D51Channels.push_back(channel);
+    bool const isCrossfade = isCrossfadeChannel(channel);
+    bool const is3D = channel->is3DChannel();
+    release(*channel);
+    if (!isCrossfade) { // one that is stays where it is, for the next voice that is stolen
+        (is3D ? free3DChannels : free2D51Channels).push_back(channel);
     }
     return true;
 }
@@ -128,12 +178,12 @@ bool iSoundSystem::stopAll(unsigned int group)
         fadeOut(0, 0.0f, fadeMs, true);
     }
     auto const ownGroup = [](auto const &sound) -> unsigned int { return sound.getSoundGroup(); };
-    isAny |= deleteGroup(stereoSounds, group, ownGroup);
-    isAny |= deleteGroup(subwooferSounds, group, ownGroup);
-    isAny |= deleteGroup(clips, group, [](iSoundClip const &clip) -> unsigned int {
+    isAny |= destroyGroup(stereoSounds, group, ownGroup);
+    isAny |= destroyGroup(subwooferSounds, group, ownGroup);
+    isAny |= destroyGroup(clips, group, [](iSoundClip const &clip) -> unsigned int {
         return clip.getSoundSource() == nullptr ? 0 : clip.getSoundSource()->getSoundGroup();
     });
-    isAny |= deleteGroup(vorbisStreams, group, ownGroup);
+    isAny |= destroyGroup(vorbisStreams, group, ownGroup);
     for (std::size_t i = 0; i < channelTable.size(); ++i) {
         iSoundChannel const *const channel = channelTable[i];
         if (channel != nullptr && (group == 0 || channel->getSoundGroup() == group)) {
@@ -162,7 +212,7 @@ void iSoundSystem::destroyEntry(std::vector<iSoundClip *>::iterator place, unsig
     tell("iSoundSystem::destroySoundClip(): destroyed soundclip ID %d.\n", id);
     if (ms == 0) {
         clips.erase(place);
-        std::default_delete<iSoundClip>()(clip);
+        destroyNow(clip);
     }
 }
 
@@ -182,7 +232,7 @@ bool iSoundSystem::destroySoundClip(iSoundSource *source, unsigned int ms)
 
 bool iSoundSystem::destroySoundClip(iSoundClip *clip, unsigned int ms)
 {
-    auto const place = clip == nullptr ? clips.end() : std::find(clips.begin(), clips.end(), clip);
+    auto const place = findEntry(clips, clip);
     if (!inited || place == clips.end()) {
         tellNotFound("destroySoundClip", 2, "vClips", clip);
         return false;
@@ -205,8 +255,7 @@ bool iSoundSystem::destroyVorbis(iSoundSource const *source, unsigned int ms)
 
 bool iSoundSystem::destroyVorbis(iSoundVorbis const *stream, unsigned int ms)
 {
-    auto const place =
-        stream == nullptr ? vorbisStreams.end() : findById(vorbisStreams, stream->getUniqueID());
+    auto const place = findEntry(vorbisStreams, stream);
     if (!inited || place == vorbisStreams.end()) {
         tellNotFound("destroyVorbis", 2, "vVorbis", stream);
         return false;
@@ -224,7 +273,7 @@ void iSoundSystem::destroyVorbis_work(iSoundVorbis **entry, unsigned int ms)
         return;
     }
     vorbisStreams.erase(vorbisStreams.begin() + (entry - vorbisStreams.data()));
-    std::default_delete<iSoundVorbis>()(stream);
+    destroyNow(stream);
 }
 
 void iSoundSystem::destroyEntry(std::vector<iSound3DStereo *>::iterator place, unsigned int ms)
@@ -236,7 +285,7 @@ void iSoundSystem::destroyEntry(std::vector<iSound3DStereo *>::iterator place, u
     }
     tell("iSoundSystem::destroy3DStereo(): destroyed 3DStereo source #%d.\n", sound->getUniqueID());
     stereoSounds.erase(place);
-    std::default_delete<iSound3DStereo>()(sound);
+    destroyNow(sound);
 }
 
 bool iSoundSystem::destroy3DStereo(iSoundSource const *source, unsigned int ms)
@@ -252,7 +301,7 @@ bool iSoundSystem::destroy3DStereo(iSoundSource const *source, unsigned int ms)
 
 bool iSoundSystem::destroy3DStereo(iSound3DStereo const *sound, unsigned int ms)
 {
-    auto const place = sound == nullptr ? stereoSounds.end() : findById(stereoSounds, sound->getUniqueID());
+    auto const place = findEntry(stereoSounds, sound);
     if (!inited || place == stereoSounds.end()) {
         tellNotFound("destroy3DStereo", 2, "v3DStereo", sound);
         return false;
@@ -270,7 +319,7 @@ void iSoundSystem::destroyEntry(std::vector<iSound3DSubwoofer *>::iterator place
         return;
     }
     subwooferSounds.erase(place);
-    std::default_delete<iSound3DSubwoofer>()(sound);
+    destroyNow(sound);
 }
 
 bool iSoundSystem::destroy3DSubwoofer(iSoundSource const *source, unsigned int ms)
@@ -287,8 +336,7 @@ bool iSoundSystem::destroy3DSubwoofer(iSoundSource const *source, unsigned int m
 
 bool iSoundSystem::destroy3DSubwoofer(iSound3DSubwoofer const *sound, unsigned int ms)
 {
-    auto const place =
-        sound == nullptr ? subwooferSounds.end() : findById(subwooferSounds, sound->getUniqueID());
+    auto const place = findEntry(subwooferSounds, sound);
     if (!inited || place == subwooferSounds.end()) {
         tellNotFound("destroy3DSubwoofer", 2, "v3DSubwoofer", sound);
         return false;

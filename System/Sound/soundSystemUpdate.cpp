@@ -26,53 +26,68 @@ void tell(char const *format, unsigned int id)
     }
 }
 
-// Whether an entry of a list has finished; it is destroyed then. Streams that belonged to it go with the pass
-// over the streams that follows.
-class cFinishedDestroy {
-public:
-    bool operator()(iSound3DStereo *sound) const
-    {
-        return destroy(sound, "cFinishedDestroy: destroyed 3DStereo #%d.\n",
-                       {sound->getLeftVorbis(), sound->getRightVorbis(), sound->getLFEVorbis()});
-    }
+bool hasFinished(iSound3DStereo const &sound)
+{
+    return sound.isFinished();
+}
 
-    bool operator()(iSound3DSubwoofer *sound) const
-    {
-        return destroy(sound, "cFinishedDestroy: destroyed 3DSubwoofer #%d.\n",
-                       {sound->getVorbis(), sound->getLFEVorbis()});
-    }
+bool hasFinished(iSound3DSubwoofer const &sound)
+{
+    return sound.isFinished();
+}
 
-    bool operator()(iSoundVorbis *stream) const
-    {
-        if (!stream->isStandAlone() || !stream->isFinished()) {
-            return false;
-        }
-        tell("cFinishedDestroy: destroyed vorbis stream #%d.\n", stream->getUniqueID());
-        std::default_delete<iSoundVorbis>()(stream);
-        return true;
-    }
+bool hasFinished(iSoundVorbis const &stream)
+{
+    return stream.isStandAlone() && stream.isFinished();
+}
 
-private:
-    template <class Sound>
-    bool destroy(Sound *sound, char const *format, std::initializer_list<iSoundVorbis *> streams) const
-    {
-        if (!sound->isFinished()) {
-            return false;
+void setStandAlone(std::initializer_list<iSoundVorbis *> streams)
+{
+    for (iSoundVorbis *const stream : streams) {
+        if (stream != nullptr) {
+            stream->setStandAlone();
         }
-        tell(format, sound->getUniqueID());
-        for (iSoundVorbis *const stream : streams) {
-            if (stream != nullptr) {
-                stream->setStandAlone();
-            }
-        }
-        std::default_delete<Sound>()(sound);
-        return true;
     }
-};
+}
+
+// Streams that belonged to it go with the pass over the streams that follows.
+void tellDestroyed(iSound3DStereo const &sound)
+{
+    tell("cFinishedDestroy: destroyed 3DStereo #%d.\n", sound.getUniqueID());
+    setStandAlone({sound.getLeftVorbis(), sound.getRightVorbis(), sound.getLFEVorbis()});
+}
+
+void tellDestroyed(iSound3DSubwoofer const &sound)
+{
+    tell("cFinishedDestroy: destroyed 3DSubwoofer #%d.\n", sound.getUniqueID());
+    setStandAlone({sound.getVorbis(), sound.getLFEVorbis()});
+}
+
+void tellDestroyed(iSoundVorbis const &stream)
+{
+    tell("cFinishedDestroy: destroyed vorbis stream #%d.\n", stream.getUniqueID());
+}
 
 } // namespace
 
-// The order is fixed: 3D sounds hand their streams over to the pass over the streams.
+// Each is out of its list before it dies, since what dies stops its channels, and those look at the lists.
+template <class Sound>
+void iSoundSystem::destroyFinished(std::vector<Sound *> &list)
+{
+    for (std::size_t i = 0; i < list.size();) {
+        Sound *const sound = list[i];
+        if (!hasFinished(*sound)) {
+            ++i;
+            continue;
+        }
+        tellDestroyed(*sound);
+        list.erase(list.begin() + static_cast<std::ptrdiff_t>(i));
+        destroyNow(sound);
+    }
+}
+
+// The order is fixed: 3D sounds hand their streams over to the pass over the streams. A back end's operation
+// may change any list: no iterator is kept over one.
 void iSoundSystem::update(float dt)
 {
     constexpr float trimSeconds = 20.0f;
@@ -86,25 +101,25 @@ void iSoundSystem::update(float dt)
         D3DXVECTOR3 up(0, 0, 0);
         getListener(pos, at, up);
         cStereoCalc calc(pos, at, up);
-        for (iSound3DStereo *const sound : stereoSounds) {
-            calc.setBlendDistance(sound->getMaxDistance() * share);
-            sound->update(dt, &calc);
+        for (std::size_t i = 0; i < stereoSounds.size(); ++i) {
+            calc.setBlendDistance(stereoSounds[i]->getMaxDistance() * share);
+            stereoSounds[i]->update(dt, &calc);
         }
-        std::erase_if(stereoSounds, cFinishedDestroy());
+        destroyFinished(stereoSounds);
     }
-    for (iSound3DSubwoofer *const sound : subwooferSounds) {
-        sound->update(dt);
+    for (std::size_t i = 0; i < subwooferSounds.size(); ++i) {
+        subwooferSounds[i]->update(dt);
     }
-    std::erase_if(subwooferSounds, cFinishedDestroy());
-    for (iSoundVorbis *const stream : vorbisStreams) {
-        if (stream->isStandAlone()) {
-            stream->update(dt);
+    destroyFinished(subwooferSounds);
+    for (std::size_t i = 0; i < vorbisStreams.size(); ++i) {
+        if (vorbisStreams[i]->isStandAlone()) {
+            vorbisStreams[i]->update(dt);
         }
     }
-    std::erase_if(vorbisStreams, cFinishedDestroy());
-    for (iSoundClip *const clip : clips) {
-        if (clip != nullptr) {
-            clip->update(dt);
+    destroyFinished(vorbisStreams);
+    for (std::size_t i = 0; i < clips.size(); ++i) {
+        if (clips[i] != nullptr) {
+            clips[i]->update(dt);
         }
     }
     std::erase(clips, nullptr);
@@ -126,7 +141,7 @@ void iSoundSystem::updateChannels(float dt)
             continue;
         }
         channel->update(dt);
-        if (channel->isFinished()) {
+        if (channelTable[i] == channel && channel->isFinished()) {
             stopChannel(static_cast<unsigned int>(i), 0);
         }
     }
@@ -262,16 +277,16 @@ void iSoundSystem::setPause(bool pause)
         return;
     }
     int numClips = 0;
-    for (iSoundClip *const clip : clips) {
-        if (clip != nullptr) {
-            clip->setPause(pause, true);
+    for (std::size_t i = 0; i < clips.size(); ++i) {
+        if (clips[i] != nullptr) {
+            clips[i]->setPause(pause, true);
             ++numClips;
         }
     }
     int numChannels = 0;
-    for (iSoundChannel *const channel : channelTable) {
-        if (channel != nullptr) {
-            channel->setPause(pause, true);
+    for (std::size_t i = 0; i < channelTable.size(); ++i) {
+        if (channelTable[i] != nullptr) {
+            channelTable[i]->setPause(pause, true);
             ++numChannels;
         }
     }
@@ -289,7 +304,8 @@ bool iSoundSystem::fade(unsigned int id, float target, unsigned int ms, bool wai
         return false;
     }
     bool isAny = false;
-    for (iSoundChannel *const channel : channelTable) {
+    for (std::size_t i = 0; i < channelTable.size(); ++i) {
+        iSoundChannel *const channel = channelTable[i];
         if (channel != nullptr && (id == 0 || channel->getUniqueID() == id)) {
             if (up) {
                 channel->fadeUp(target, ms);

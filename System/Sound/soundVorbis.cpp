@@ -106,6 +106,12 @@ iSoundVorbis::~iSoundVorbis()
     channel = nullptr;
 }
 
+void iSoundVorbis::operator delete(iSoundVorbis *stream, std::destroying_delete_t)
+{
+    stream->iSoundVorbis::~iSoundVorbis();
+    ::operator delete(static_cast<void *>(stream));
+}
+
 // Opens what the source names. With isTold failures are logged.
 bool iSoundVorbis::openDecoder(iSoundSource &source, bool isTold)
 {
@@ -148,6 +154,7 @@ bool iSoundVorbis::open(iSoundSource *newSource, iSoundChannel *newChannel)
     eof = false;
     setSpeakerSettings(true, true, true);
     channel = nullptr;
+    m_lastId = 0;
     bytePosition = 0;
     m_hasAdvanced = false;
     time = 0.0f;
@@ -213,11 +220,10 @@ bool iSoundVorbis::play()
     if (!opened || channel == nullptr || channel->isPlaying()) {
         return false;
     }
-    while (!segmentFilled[0] && !eof) {
-        bool const wasOpened = opened;
+    while (!segmentFilled[0] && !eof && channel->isChannelInited()) {
         update(0.0f);
-        if (!opened || !wasOpened || !channel->isChannelInited()) {
-            break;
+        if (!opened || channel == nullptr) {
+            return false; // it was stopped meanwhile
         }
     }
     time = 0.0f;
@@ -263,12 +269,12 @@ void iSoundVorbis::update(float dt)
         stop(0);
         return;
     }
-    for (unsigned int i = 0; i < numSegments && !eof; ++i) {
+    for (unsigned int i = 0; i < numSegments && !eof && channel != nullptr; ++i) {
         unsigned int const bit = 1u << i;
         if ((wanted & bit) == 0) {
             continue;
         }
-        if (unsigned int const bytes = stream(bit, segmentSize); bytes != 0) {
+        if (unsigned int const bytes = stream(bit, segmentSize); bytes != 0 && channel != nullptr) {
             channel->fillBuffer(bit, buffer, bytes);
         }
     }
@@ -322,7 +328,7 @@ unsigned int iSoundVorbis::stream(unsigned int segmentBit, unsigned int maxBytes
     while (segment < numSegments && segmentBit != 1u << segment) {
         ++segment;
     }
-    if (segment == numSegments || maxBytes == 0 || !opened || eof) {
+    if (segment == numSegments || maxBytes == 0 || !opened || eof || channel == nullptr) {
         return 0;
     }
     sSoundParams const &params = channel->getSoundParams();
@@ -353,6 +359,11 @@ unsigned int iSoundVorbis::stream(unsigned int segmentBit, unsigned int maxBytes
             eof = true;
             break;
         }
+        vorbis_info const *const info = ov_info(&m_decoder->file, -1);
+        if (info == nullptr || info->channels != channels) {
+            eof = true; // a link of a chained file that no segment of this stream can hold
+            break;
+        }
         auto const count = static_cast<unsigned int>(got);
         short scratch[scratchSize / sizeof(short)];
         std::memset(scratch, 0, std::size_t{count} * frameBytes);
@@ -361,22 +372,18 @@ unsigned int iSoundVorbis::stream(unsigned int segmentBit, unsigned int maxBytes
                 transform_float_I16(samples[decoded], scratch + at, count, channels);
             }
         };
-        // A chained file may change its count of channels: what it has is taken then.
-        vorbis_info const *const info = ov_info(&m_decoder->file, -1);
-        if (info != nullptr && info->channels == channels) {
-            if (channels == 1 || channels == 2) {
-                for (unsigned int i = 0; i < channels; ++i) {
-                    put(i, i, true);
-                }
-            } else if (channels == 6) {
-                // Left, centre, right, rear left, rear right, subwoofer, to the device's order.
-                put(0, 0, hasFront);
-                put(1, 2, hasCenter);
-                put(2, 1, hasFront);
-                put(3, 4, hasRear);
-                put(4, 5, hasRear);
-                put(5, 3, hasCenter);
+        if (channels == 1 || channels == 2) {
+            for (unsigned int i = 0; i < channels; ++i) {
+                put(i, i, true);
             }
+        } else if (channels == 6) {
+            // Left, centre, right, rear left, rear right, subwoofer, to the device's order.
+            put(0, 0, hasFront);
+            put(1, 2, hasCenter);
+            put(2, 1, hasFront);
+            put(3, 4, hasRear);
+            put(4, 5, hasRear);
+            put(5, 3, hasCenter);
         }
         std::memcpy(buffer + total, scratch, std::size_t{count} * frameBytes);
         frames += count;
@@ -452,7 +459,15 @@ unsigned char iSoundVorbis::getSoundGroup() const
 
 unsigned int iSoundVorbis::getUniqueID() const
 {
-    return channel == nullptr ? 0 : channel->getUniqueID();
+    return channel == nullptr ? m_lastId : channel->getUniqueID();
+}
+
+void iSoundVorbis::_forget(iSoundChannel const *gone)
+{
+    if (channel == gone) {
+        m_lastId = channel->getUniqueID();
+        channel = nullptr;
+    }
 }
 
 void iSoundVorbis::transform_float_I16(float const *in, short *out, unsigned int count, unsigned int stride)
@@ -485,6 +500,16 @@ char const *iSoundVorbis::oggErrorString(int code)
     default:
         return "Unknown Ogg error.";
     }
+}
+
+bool iSoundVorbis::checkHeaderWAV(unsigned char const *data, char const *name)
+{
+    if (data == nullptr || std::memcmp(data, "RIFF", 4) != 0) {
+        return false;
+    }
+    constexpr std::uint64_t riffHead = 8;
+    std::uint64_t const size = std::min<std::uint64_t>(riffHead + longAt(data + 4), 0xFFFFFFFFu);
+    return checkHeaderWAV(data, static_cast<unsigned int>(size), name);
 }
 
 bool iSoundVorbis::checkHeaderWAV(unsigned char const *data, unsigned int size, char const *name)

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <new>
 
 namespace Qel {
 
@@ -21,13 +22,17 @@ class iSoundSystem;
 /// the channel's update() asks for. 16-bit PCM, interleaved; six channels come as left, right, centre,
 /// subwoofer, rear left, rear right.
 ///
-/// @par Limits     1, 2 and 6 channels; another count gives silence.
+/// @par Limits     1, 2 and 6 channels; another count gives silence. A chained file ends where that changes.
 /// @par Ownership  The sound system's; a 3D stereo or subwoofer sound's while it is not stand-alone. Channel
 ///                 and source are not owned.
 class QEL_API iSoundVorbis {
 public:
     explicit iSoundVorbis(iSoundSystem *owner);
     ~iSoundVorbis(); ///< as close()
+
+    /// As an iSoundVorbis, whatever was made, and its memory as a whole.
+    static void operator delete(iSoundVorbis *stream, std::destroying_delete_t);
+
     iSoundVorbis(iSoundVorbis const &) = delete;
     iSoundVorbis &operator=(iSoundVorbis const &) = delete;
 
@@ -64,7 +69,8 @@ public:
     bool isFinished() const;      ///< true without a channel
     iSoundChannel *getChannel() const { return channel; }
     unsigned char getSoundGroup() const;
-    unsigned int getUniqueID() const;                ///< of the channel's source; 0 without a usable channel
+    /// Of the channel's source, also once the channel has been given back; 0 without a usable channel.
+    unsigned int getUniqueID() const;
     bool isStandAlone() const { return standAlone; } ///< Does the system update and destroy it by itself?
     void setStandAlone() { standAlone = true; }
     void resetStandAlone() { standAlone = false; }
@@ -73,6 +79,8 @@ public:
     {
         return bytePosition;
     } ///< decoded since the start or the last round
+
+    void _forget(iSoundChannel const *gone); ///< it is not this stream's any more; its id is kept
 
     /// Fills segments until all are filled, the end comes, or nothing more does.
     void _prefill();
@@ -86,10 +94,11 @@ public:
     static char const *oggErrorString(int code);
 
     /// Reads the head of a WAV image.
-    /// @param data  an image that holds a "data" chunk
+    /// @param data  the image
     /// @param size  its size in bytes
     /// @return true if it is 16-bit PCM; the payload's place, channels and rate are then this stream's
     bool checkHeaderWAV(unsigned char const *data, unsigned int size, char const *name);
+    bool checkHeaderWAV(unsigned char const *data, char const *name); ///< as large as its head says
     /// @}
 
 private:
@@ -115,6 +124,7 @@ private:
     bool centerLFE = true;
     float time = 0.0f;
     bool m_hasAdvanced = false; // since the start or the last round
+    std::uint32_t m_lastId = 0; // of the source, when the channel was given back
 };
 
 #pragma GCC diagnostic pop

@@ -8,6 +8,7 @@ cStereoCalc::cStereoCalc(D3DXVECTOR3 const &listener, D3DXVECTOR3 const &at, D3D
     : listenerPosition(listener),
       rightVector(at.z * up.y - at.y * up.z, at.x * up.z - up.x * at.z, up.x * at.y - at.x * up.y)
 {
+    D3DXVec3Normalize(&rightVector, &rightVector);
 }
 
 void cStereoCalc::setBlendDistance(float distance)

@@ -10,7 +10,7 @@ namespace Qel {
 class QEL_API cStereoCalc {
 public:
     /// @param listener  its place
-    /// @param at,up     its direction, unit vectors; to the right is up x at
+    /// @param at,up     its direction; to the right is up x at
     cStereoCalc(D3DXVECTOR3 const &listener, D3DXVECTOR3 const &at, D3DXVECTOR3 const &up);
 
     void setBlendDistance(float distance); ///< and its square
@@ -20,7 +20,7 @@ public:
     void getPositions(D3DXVECTOR3 const &place, D3DXVECTOR3 &left, D3DXVECTOR3 &right) const;
 
     D3DXVECTOR3 listenerPosition;
-    D3DXVECTOR3 rightVector;
+    D3DXVECTOR3 rightVector;      ///< of length 1
     float blendDistance = 250.0f; ///< where the voices meet
     float spread = 200.0f;        ///< half their distance when the sound is at the listener
     float blendDistanceSquared = 62500.0f;
