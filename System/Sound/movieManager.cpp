@@ -19,16 +19,19 @@ void MovieManager::addMovieFactory(MovieFactory *factory)
     }
     String const type = factory->getType();
     if (m_factories.emplace(type, factory).second) {
-        PluginMgr::registered(factory, [type, factory] {
+        PluginMgr::registered(factory, [factory] {
             if (MovieManager *const manager = InstancePtr()) {
-                auto const place = manager->m_factories.find(type);
-                if (place != manager->m_factories.end() && place->second == factory) {
-                    manager->m_factories.erase(place);
-                }
+                manager->removeMovieFactory(factory);
             }
         });
     }
     logMessage("MovieFactory type " + type + " registered.\n", 2);
+}
+
+void MovieManager::removeMovieFactory(MovieFactory *factory)
+{
+    // The factory itself may be gone: it is only compared.
+    std::erase_if(m_factories, [&](auto const &entry) { return entry.second == factory; });
 }
 
 iMovie *MovieManager::create(String const &name, String const &type)

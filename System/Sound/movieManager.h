@@ -30,6 +30,7 @@ public:
     /// Registers a type; a type that is there keeps its first factory. One that a plugin registers when it
     /// starts goes with the plugin.
     void addMovieFactory(MovieFactory *factory);
+    void removeMovieFactory(MovieFactory *factory); ///< its movies are gone by then
 
 private:
     std::map<String, MovieFactory *> m_factories;

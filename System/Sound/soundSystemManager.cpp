@@ -4,6 +4,7 @@
 #include "System/System/pluginMgr.h"
 #include "System/System/stringTools.h"
 
+#include <algorithm>
 #include <memory>
 
 namespace Qel {
@@ -26,19 +27,25 @@ void SoundSystemManager::addSoundSystemFactory(SoundSystemFactory *factory)
     }
     String const type = factory->getType();
     if (m_factories.emplace(type, factory).second) {
-        PluginMgr::registered(factory, [type, factory] {
-            SoundSystemManager *const manager = InstancePtr();
-            if (manager == nullptr) {
-                return;
-            }
-            auto const place = manager->m_factories.find(type);
-            if (place != manager->m_factories.end() && place->second == factory) {
-                manager->m_factories.erase(place);
-                manager->destroyIf([&](cResource const &system) { return system.getFactoryName() == type; });
+        PluginMgr::registered(factory, [factory] {
+            if (SoundSystemManager *const manager = InstancePtr()) {
+                manager->removeSoundSystemFactory(factory);
             }
         });
     }
     logMessage("SoundSystemFactory type '" + type + "' registered.\n", 2);
+}
+
+void SoundSystemManager::removeSoundSystemFactory(SoundSystemFactory *factory)
+{
+    // The factory itself may be gone: it is only compared.
+    auto const place = std::find_if(m_factories.begin(), m_factories.end(),
+                                    [&](auto const &entry) { return entry.second == factory; });
+    if (place != m_factories.end()) {
+        String const type = place->first;
+        m_factories.erase(place);
+        destroyIf([&](cResource const &system) { return system.getFactoryName() == type; });
+    }
 }
 
 iSoundSystem *SoundSystemManager::load(String const &name, String const &type, ePriority priority)

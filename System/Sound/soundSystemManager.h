@@ -31,6 +31,9 @@ public:
     /// starts goes with the plugin, and its sound systems with it.
     void addSoundSystemFactory(SoundSystemFactory *factory);
 
+    /// Forgets a factory, and destroys the sound systems of its type: a plugin calls it when it stops.
+    void removeSoundSystemFactory(SoundSystemFactory *factory);
+
     /// The sound system of a name, made if there is none.
     /// @param type      of a factory; not looked at if the name is there
     /// @param priority  0 loads it now
