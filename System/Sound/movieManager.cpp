@@ -4,6 +4,7 @@
 #include "System/System/pluginMgr.h"
 
 #include <memory>
+#include <new>
 
 namespace Qel {
 

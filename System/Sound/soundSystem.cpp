@@ -66,7 +66,7 @@ iSoundSystem::~iSoundSystem()
         std::default_delete<iSoundClip>()(clip);
     }
     for (auto *const stream : vorbisStreams) {
-        std::default_delete<iSoundVorbis>()(stream);
+        iSoundVorbis::_destroy(stream);
     }
     emptyChannels();
 }

@@ -46,6 +46,12 @@ float distanceBetween(D3DXVECTOR3 const &a, D3DXVECTOR3 const &b)
     return D3DXVec3Length(&apart);
 }
 
+// What the system makes itself: final, since a stream has no virtual destructor.
+class OwnVorbis final : public iSoundVorbis {
+public:
+    using iSoundVorbis::iSoundVorbis;
+};
+
 // Names of sounds, and what is said of them.
 void tell(LogMessageLevel weight, char const *format, char const *first, char const *second = "")
 {
@@ -458,7 +464,7 @@ iSoundVorbis *iSoundSystem::createVorbisStream()
         return nullptr;
     }
     vorbisStreams.push_back(nullptr);
-    vorbisStreams.back() = std::make_unique<iSoundVorbis>(this).release();
+    vorbisStreams.back() = std::make_unique<OwnVorbis>(this).release();
     return vorbisStreams.back();
 }
 

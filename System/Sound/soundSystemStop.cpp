@@ -69,7 +69,7 @@ void iSoundSystem::destroyNow(iSoundVorbis *stream)
     for (iSound3DSubwoofer *const sound : subwooferSounds) {
         sound->_forget(stream);
     }
-    std::default_delete<iSoundVorbis>()(stream);
+    iSoundVorbis::_destroy(stream);
 }
 
 // Each is out of its list before it dies, since what dies stops its channels, and those look at the lists.

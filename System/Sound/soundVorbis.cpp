@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <new>
 
 namespace Qel {
 
@@ -106,7 +107,7 @@ iSoundVorbis::~iSoundVorbis()
     channel = nullptr;
 }
 
-void iSoundVorbis::operator delete(iSoundVorbis *stream, std::destroying_delete_t)
+void iSoundVorbis::_destroy(iSoundVorbis *stream)
 {
     stream->iSoundVorbis::~iSoundVorbis();
     ::operator delete(static_cast<void *>(stream));
@@ -366,16 +367,18 @@ unsigned int iSoundVorbis::stream(unsigned int segmentBit, unsigned int maxBytes
         }
         auto const count = static_cast<unsigned int>(got);
         short scratch[scratchSize / sizeof(short)];
-        std::memset(scratch, 0, std::size_t{count} * frameBytes);
+        if (channels > 2) {
+            std::memset(scratch, 0, std::size_t{count} * frameBytes); // what is off or unknown is silent
+        }
         auto const put = [&](unsigned int decoded, unsigned int at, bool isOn) {
             if (isOn) {
                 transform_float_I16(samples[decoded], scratch + at, count, channels);
             }
         };
-        if (channels == 1 || channels == 2) {
-            for (unsigned int i = 0; i < channels; ++i) {
-                put(i, i, true);
-            }
+        if (channels == 1) {
+            put(0, 0, true);
+        } else if (channels == 2) {
+            transformStereo(samples[0], samples[1], scratch, count);
         } else if (channels == 6) {
             // Left, centre, right, rear left, rear right, subwoofer, to the device's order.
             put(0, 0, hasFront);
@@ -467,20 +470,6 @@ void iSoundVorbis::_forget(iSoundChannel const *gone)
     if (channel == gone) {
         m_lastId = channel->getUniqueID();
         channel = nullptr;
-    }
-}
-
-void iSoundVorbis::transform_float_I16(float const *in, short *out, unsigned int count, unsigned int stride)
-{
-    for (unsigned int i = 0; i < count; ++i, out += stride) {
-        float const sample = in[i];
-        if (sample >= 1.0f) {
-            *out = 32767;
-        } else if (sample <= -1.0f) {
-            *out = -32768;
-        } else {
-            *out = sample == sample ? static_cast<short>(sample * 32767) : short{0};
-        }
     }
 }
 

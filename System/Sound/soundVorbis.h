@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <new>
 
 namespace Qel {
 
@@ -30,8 +29,8 @@ public:
     explicit iSoundVorbis(iSoundSystem *owner);
     ~iSoundVorbis(); ///< as close()
 
-    /// As an iSoundVorbis, whatever was made, and its memory as a whole.
-    static void operator delete(iSoundVorbis *stream, std::destroying_delete_t);
+    /// Deletes it as an iSoundVorbis, whatever was made, and its memory as a whole.
+    static void _destroy(iSoundVorbis *stream);
 
     iSoundVorbis(iSoundVorbis const &) = delete;
     iSoundVorbis &operator=(iSoundVorbis const &) = delete;
@@ -104,6 +103,7 @@ public:
 private:
     struct Decoder;
 
+    static void transformStereo(float const *left, float const *right, short *out, unsigned int count);
     bool openDecoder(iSoundSource &source, bool isTold);
     bool rewindOrEnd();
 

@@ -51,7 +51,7 @@ TEST(SoundSystemManager, MakesEachNameOnceByItsType)
     EXPECT_EQ(first.made, 2);
 }
 
-struct Player : iMovie {
+struct Player final : iMovie {
     Player(String const &title, String const &type) : iMovie(title, type) {}
     bool state(int number) const
     {

@@ -172,6 +172,29 @@ TEST(VorbisConversion, CutsAtTheEndsAndDropsFractions)
     }
 }
 
+// By the rule in double arithmetic, which is exact here: 24 bits by 15.
+TEST(VorbisConversion, RoundsEverySampleAlikeWhateverTheStride)
+{
+    std::vector<float> in;
+    for (int i = -70'000; i <= 70'000; ++i) {
+        in.push_back(static_cast<float>(i) / 65'536.0f * 1.03f);
+    }
+    auto const count = static_cast<unsigned int>(in.size());
+    for (unsigned int stride : {1u, 2u, 3u}) {
+        std::vector<short> out(in.size() * stride);
+        iSoundVorbis::transform_float_I16(in.data(), out.data(), count, stride);
+        int wrong = 0;
+        for (std::size_t i = 0; i < in.size(); ++i) {
+            float const scaled = static_cast<float>(static_cast<double>(in[i]) * 32767.0);
+            double const expected = in[i] >= 1    ? 32767
+                                    : in[i] <= -1 ? -32768
+                                                  : std::trunc(static_cast<double>(scaled));
+            wrong += out[i * stride] != expected;
+        }
+        EXPECT_EQ(wrong, 0) << stride;
+    }
+}
+
 TEST(VorbisConversion, ReadsTheHeadOfAWavOfSixteenBits)
 {
     using test::chunk;
