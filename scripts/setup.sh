@@ -5,8 +5,11 @@ set -euo pipefail
 packages=(
     g++ cmake ninja-build pkg-config    # build
     zlib1g-dev libvorbis-dev            # the library itself
+    zlib1g-dev libfreetype-dev libfontconfig1-dev # the library itself
+    fonts-dejavu-core                   # tests of fonts
     libzip-dev                          # plugin for zip archives
     python3                             # the sample host's media
+    libpng-dev                          # pictures of tools and hosts
     libcli11-dev libedit-dev            # command lines of hosts and tools, the host's console
     libgtest-dev                        # tests
     clang-format-14 clang-tidy-14       # checks of the sources
@@ -14,6 +17,7 @@ packages=(
     clang-14 libclang-rt-14-dev         # second compiler, fuzzers
     libbenchmark-dev                    # benchmarks, and the peers in them:
     libabsl-dev
+    libavcodec-dev
     libbullet-dev
     libdeflate-dev
     libeigen3-dev
@@ -28,6 +32,7 @@ packages=(
     libstb-dev
     libtbb-dev
     libtiff-dev
+    libyuv-dev
     libzstd-dev
     re2c
 )

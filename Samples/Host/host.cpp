@@ -2,6 +2,7 @@
 #include "frameClock.h"
 #include "mediaJob.h"
 #include "options.h"
+#include "pictures.h"
 #include "report.h"
 #include "settings.h"
 #include "terminalConsole.h"
@@ -86,7 +87,14 @@ int runEngine(Options const &options)
     root.removeFrameListener(&workload);
     root.removeFrameListener(&clock);
     workload.finish();
-    printReport(options, root, clock, workload, media ? &*media : nullptr);
+    Pictures const pictures(options.media.folder);
+    bool const isSheetWritten =
+        options.contactSheet.empty() || pictures.writeContactSheet(options.contactSheet);
+    printReport(options, root, clock, workload, media ? &*media : nullptr, pictures);
+
+    if (!isSheetWritten) {
+        return fail("the contact sheet has not been written");
+    }
 
     if (workload.primes() != Workload::primesThatThereAre()) {
         return fail("the tasks have counted wrongly");

@@ -62,6 +62,8 @@ std::optional<Options> readOptions(int argc, char **argv, int &exitCode)
         ->type_name("DIR");
     app.add_option("--zip", options.media.zip, "Zip file to load all files of, in place of the usual media")
         ->type_name("FILE");
+    app.add_option("--contact-sheet", options.contactSheet, "PNG to write with all pictures of the folder")
+        ->type_name("FILE");
     app.add_option("--set", assignments, "Set a console variable, as often as wished")
         ->type_name("NAME=VALUE")
         ->allow_extra_args(false);

@@ -12,6 +12,7 @@ struct Options {
     std::string pluginFile; ///< plugins.cfg of the working folder, else the one beside the program
     std::string logFile = "debug.log";
     std::string profileFile = "profile.txt";
+    std::string contactSheet;  ///< where a PNG of all pictures is written; empty: nowhere
     MediaPlaces media;         ///< those beside the program unless the user has some
     bool hasUserMedia = false; ///< --media or --zip was given
 };

@@ -34,6 +34,13 @@ bool isOver(iSoundChannel const *channel)
 iSound3DStereo::~iSound3DStereo()
 {
     iSound3DStereo::close();
+    // Streams live on until their next turn, but what they play does not.
+    for (iSoundVorbis *const stream : {m_leftStream, m_rightStream, m_lfeStream}) {
+        if (stream != nullptr) {
+            stream->close();
+            stream->_forget(stream->getChannel());
+        }
+    }
     parent = nullptr;
 }
 

@@ -9,6 +9,13 @@ namespace Qel {
 iSound3DSubwoofer::~iSound3DSubwoofer()
 {
     iSound3DSubwoofer::close();
+    // Streams live on until their next turn, but what they play does not.
+    for (iSoundVorbis *const stream : {m_mainStream, m_lfeStream}) {
+        if (stream != nullptr) {
+            stream->close();
+            stream->_forget(stream->getChannel());
+        }
+    }
     parent = nullptr;
 }
 

@@ -467,7 +467,7 @@ unsigned int iSoundVorbis::getUniqueID() const
 
 void iSoundVorbis::_forget(iSoundChannel const *gone)
 {
-    if (channel == gone) {
+    if (channel != nullptr && channel == gone) {
         m_lastId = channel->getUniqueID();
         channel = nullptr;
     }

@@ -198,6 +198,7 @@ TEST_F(Sound3D, StreamsOfAPairGoInTheSameUpdate)
     system.stereoSounds.push_back(again);
     iSoundVorbis *const others[] = {system.createVorbisStream(), system.createVorbisStream()};
     ASSERT_TRUE(again->open(parent, voices[0], voices[1], nullptr, others[0], others[1], nullptr));
+    system.channelTable[voices[0]->getIndex()] = voices[0]; // the other one never was
     EXPECT_TRUE(system.destroyVorbis(others[1], 0)) << "under the pair's feet";
     system.update(0.01f);
     EXPECT_TRUE(system.stereoSounds.empty());
