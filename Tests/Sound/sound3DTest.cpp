@@ -197,11 +197,15 @@ TEST_F(Sound3D, StreamsOfAPairGoInTheSameUpdate)
     auto *const again = std::make_unique<iSound3DStereo>(&system).release();
     system.stereoSounds.push_back(again);
     iSoundVorbis *const others[] = {system.createVorbisStream(), system.createVorbisStream()};
-    ASSERT_TRUE(again->open(parent, voices[0], voices[1], nullptr, others[0], others[1], nullptr));
-    system.channelTable[voices[0]->getIndex()] = voices[0]; // the other one never was
+    iSoundChannel *const two[] = {system.getFreeChannel(true), system.getFreeChannel(true)};
+    ASSERT_TRUE(again->open(parent, two[0], two[1], nullptr, others[0], others[1], nullptr));
+    for (iSoundChannel *const voice : two) {
+        system.channelTable[voice->getIndex()] = voice;
+    }
     EXPECT_TRUE(system.destroyVorbis(others[1], 0)) << "under the pair's feet";
     system.update(0.01f);
-    EXPECT_TRUE(system.stereoSounds.empty());
+    EXPECT_TRUE(system.stereoSounds.empty() && system.vorbisStreams.empty());
+    EXPECT_EQ(system.all().size(), 3u);
 }
 
 } // namespace
