@@ -1,6 +1,7 @@
 #include "console.h"
 #include "frameClock.h"
 #include "mediaJob.h"
+#include "modelScreen.h"
 #include "options.h"
 #include "pictures.h"
 #include "report.h"
@@ -129,6 +130,9 @@ int main(int argc, char **argv)
             std::puts(line.c_str());
         }
         return 0;
+    }
+    if (!options->model.mesh.empty()) {
+        return showModel(options->model) ? 0 : 1;
     }
     if (options->console && !TerminalConsole::available()) {
         return fail("--console needs a terminal");

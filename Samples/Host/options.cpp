@@ -62,6 +62,15 @@ std::optional<Options> readOptions(int argc, char **argv, int &exitCode)
         ->type_name("DIR");
     app.add_option("--zip", options.media.zip, "Zip file to load all files of, in place of the usual media")
         ->type_name("FILE");
+    CLI::Option *const model =
+        app.add_option("--model", options.model.mesh, "Show a model in place of all else")->type_name("FILE");
+    app.add_option("--animation", options.model.animations, "Pose it; as often as wished")
+        ->type_name("FILE")
+        ->allow_extra_args(false)
+        ->needs(model);
+    app.add_option("--screenshot", options.model.screenshot, "PNG file to draw it into")
+        ->type_name("FILE")
+        ->needs(model);
     app.add_option("--contact-sheet", options.contactSheet, "PNG to write with all pictures of the folder")
         ->type_name("FILE");
     app.add_option("--set", assignments, "Set a console variable, as often as wished")

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "mediaJob.h"
+#include "modelScreen.h"
 
 #include <optional>
 #include <string>
@@ -15,6 +16,7 @@ struct Options {
     std::string contactSheet;  ///< where a PNG of all pictures is written; empty: nowhere
     MediaPlaces media;         ///< those beside the program unless the user has some
     bool hasUserMedia = false; ///< --media or --zip was given
+    ModelRequest model;        ///< to be shown in place of all else
 };
 
 /// Reads the command line into the options and the settings, and answers --help and mistakes by itself.

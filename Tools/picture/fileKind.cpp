@@ -106,12 +106,14 @@ FileKind pcxKind(std::string_view bytes)
     return kind;
 }
 
-FileKind icoKind(std::string_view bytes)
+FileKind icoKind(std::string_view bytes, unsigned int index)
 {
     FileKind kind{.name = "ICO"};
     kind.pictures = numberAt<std::uint16_t>(bytes, 4);
-    auto const at = std::size_t{numberAt<std::uint32_t>(bytes, 18)};
-    kind.details = std::to_string(kind.pictures) + " pictures; the first: ";
+    constexpr std::size_t firstOffset = 18;
+    constexpr std::size_t entrySize = 16;
+    auto const at = std::size_t{numberAt<std::uint32_t>(bytes, firstOffset + entrySize * index)};
+    kind.details = std::to_string(kind.pictures) + " pictures; number " + std::to_string(index) + ": ";
     if (bytes.substr(std::min(at, bytes.size())).starts_with("\x89PNG")) {
         kind.details += "a PNG";
         refuse(kind, "a PNG inside an icon has no reader");
@@ -178,7 +180,7 @@ bool looksLikeTga(std::string_view bytes)
 
 } // namespace
 
-FileKind fileKindOf(std::string_view bytes)
+FileKind fileKindOf(std::string_view bytes, unsigned int index)
 {
     if (bytes.starts_with("BM") && bytes.size() >= 26) {
         return bmpKind(bytes);
@@ -190,7 +192,7 @@ FileKind fileKindOf(std::string_view bytes)
         return pcxKind(bytes);
     }
     if (looksLikeIcon(bytes)) {
-        return icoKind(bytes);
+        return icoKind(bytes, index);
     }
     struct {
         std::string_view mark;

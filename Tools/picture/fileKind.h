@@ -16,7 +16,8 @@ struct FileKind {
     bool isReadable = true; ///< the head promises what a reader takes
 };
 
-FileKind fileKindOf(std::string_view bytes);
+/// @param index  which picture of an icon
+FileKind fileKindOf(std::string_view bytes, unsigned int index = 0);
 
 /// @return the reader for a name of fileKindOf(); null if there is none
 std::unique_ptr<Qel::iImageIO> readerOf(std::string const &name);

@@ -97,8 +97,8 @@ ExitCode inform(Options const &options)
         std::fprintf(stderr, "qelinfo: %s: cannot be read\n", options.file.c_str());
         return exitFile;
     }
-    FileKind const kind =
-        fileKindOf(std::string_view(reinterpret_cast<char const *>(file.getData()), file.size()));
+    FileKind const kind = fileKindOf(
+        std::string_view(reinterpret_cast<char const *>(file.getData()), file.size()), options.index);
     std::printf("%s: %s, %u bytes\n", options.file.c_str(),
                 kind.name.empty() ? "no picture" : kind.name.c_str(), file.size());
     if (!kind.size.empty()) {

@@ -166,13 +166,13 @@ unsigned int cImage::setImage(cPixelFormat const &format, cImage const &source)
     }
     cPixelFormat const to(format.getFormat());
     cPixelFormat const from(source.m_format.getFormat());
-    if (setCanvas(to, source.width, source.height, nullptr) == 0 || source.data == nullptr) {
+    if (setCanvas(format, source.width, source.height, nullptr) == 0 || source.data == nullptr) {
         return 0;
     }
     // Rows without gaps are one stream: where a layout of one's own is named as another, pixels are taken
     // across the ends of rows.
     unsigned int const rows = source.pitch == width ? height : 1;
-    unsigned int const rowSize = to.getBytePerPixel() * width;
+    unsigned int const rowSize = getBytesPerPixel() * width;
     for (unsigned int y = 0; y < height; y += rows) {
         cPixelFormat::convertStream(to, pixelAt(0, y), rowSize * rows, from, source.pixelAt(0, y),
                                     source.getBytesPerPixel() * width * rows);

@@ -34,11 +34,6 @@ constexpr Kernel kernels[] = {
 
 constexpr unsigned int imageContext = 0x228FC766; // "Default resource data"
 
-unsigned int clampToByte(int value)
-{
-    return static_cast<unsigned int>(std::clamp(value, 0, 255));
-}
-
 bool isByte(unsigned int mask, unsigned int shift, unsigned int numBits)
 {
     return mask == 0 || (numBits <= 8 && mask >> shift == (1u << numBits) - 1);
@@ -216,30 +211,33 @@ bool cImage::filterPixels(short const kernel[5][5], int divisor)
     if (source.data == nullptr) {
         return false;
     }
+    auto const channel = [divisor](std::uint32_t sum) {
+        std::int64_t const mean = std::int64_t{static_cast<std::int32_t>(sum)} / divisor;
+        return static_cast<unsigned int>(std::clamp<std::int64_t>(mean, 0, 255));
+    };
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
-            int red = 0;
-            int green = 0;
-            int blue = 0;
-            int alpha = 0;
+            std::uint32_t red = 0; // sums wrap: a channel of one's own may be as wide as 32 bits
+            std::uint32_t green = 0;
+            std::uint32_t blue = 0;
+            std::uint32_t alpha = 0;
             for (int dy = -2; dy <= 2; ++dy) {
                 for (int dx = -2; dx <= 2; ++dx) {
-                    int const weight = kernel[dy + 2][dx + 2];
+                    auto const weight = static_cast<std::uint32_t>(kernel[dy + 2][dx + 2]);
                     if (weight == 0 || y + dy < 0 || y + dy > height - 2 || x + dx < 0 ||
                         x + dx > width - 2) {
                         continue;
                     }
                     unsigned int const pixel =
                         source.getPixel(static_cast<unsigned int>(x + dx), static_cast<unsigned int>(y + dy));
-                    red += weight * static_cast<int>(m_format.getRedBits(pixel));
-                    green += weight * static_cast<int>(m_format.getGreenBits(pixel));
-                    blue += weight * static_cast<int>(m_format.getBlueBits(pixel));
-                    alpha += weight * static_cast<int>(m_format.getAlphaBits(pixel));
+                    red += weight * m_format.getRedBits(pixel);
+                    green += weight * m_format.getGreenBits(pixel);
+                    blue += weight * m_format.getBlueBits(pixel);
+                    alpha += weight * m_format.getAlphaBits(pixel);
                 }
             }
             setPixel(static_cast<unsigned int>(x), static_cast<unsigned int>(y),
-                     m_format.buildPixel(clampToByte(red / divisor), clampToByte(green / divisor),
-                                         clampToByte(blue / divisor), clampToByte(alpha / divisor)));
+                     m_format.buildPixel(channel(red), channel(green), channel(blue), channel(alpha)));
         }
     }
     return true;

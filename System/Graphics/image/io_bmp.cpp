@@ -25,10 +25,16 @@ bool readHeads(ImageSource &source, Heads &heads)
     return source.read(heads.core) && source.read(heads.info);
 }
 
-// A canvas counts its sides in 16 bits, and a height of 0 has no length of rows.
+// A height of 0 has no length of rows, and one below 0 is read by nobody here.
+bool hasRows(sHeaderBMPInfo const &info)
+{
+    return info.height > 0;
+}
+
+// A canvas counts its sides in 16 bits.
 bool hasSize(sHeaderBMPInfo const &info)
 {
-    return info.width > 0 && info.width <= 0xFFFF && info.height > 0 && info.height <= 0xFFFF;
+    return info.width > 0 && info.width <= 0xFFFF && info.height <= 0xFFFF;
 }
 
 std::uint32_t fileRowSize(sHeaderBMPInfo const &info)
@@ -41,6 +47,9 @@ enum class Canvas { MADE, REFUSED, NO_MEMORY };
 Canvas makeCanvas(ImageSource const &source, cImage &image, ePixelFormat format, sHeaderBMPInfo const &info,
                   cPalette const *palette)
 {
+    if (!hasSize(info)) {
+        return Canvas::REFUSED;
+    }
     auto const width = static_cast<unsigned short>(info.width);
     auto const height = static_cast<unsigned short>(info.height);
     cPixelFormat const pixels(format);
@@ -107,7 +116,7 @@ bool cIO_bmp::read_type_rgb(cFile &file, cImage &image)
 {
     ImageSource source(file);
     Heads heads;
-    if (!readHeads(source, heads) || !hasSize(heads.info)) {
+    if (!readHeads(source, heads) || !hasRows(heads.info)) {
         return false;
     }
     Canvas canvas;
@@ -174,7 +183,7 @@ bool cIO_bmp::read_type_bf(cFile &file, cImage &image)
     ImageSource source(file);
     Heads heads;
     std::uint32_t masks[3];
-    if (!readHeads(source, heads) || !hasSize(heads.info)) {
+    if (!readHeads(source, heads) || !hasRows(heads.info)) {
         return false;
     }
     source.read(masks);

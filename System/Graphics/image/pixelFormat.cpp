@@ -154,8 +154,10 @@ unsigned int cPixelFormat::convertStream(cPixelFormat const &dstFormat, unsigned
         return dstSize;
     }
     PixelRoute route;
+    // Bits of a mask that lie beyond the pixel read as 0.
+    std::uint32_t const pixelBits = srcBytes >= 4 ? 0xFFFFFFFF : (1u << 8 * srcBytes) - 1;
     auto const add = [&](Channel const &to, Channel const &from) {
-        std::uint32_t const keep = to.pack(from.unpack(0xFFFFFFFF));
+        std::uint32_t const keep = to.pack(from.unpack(pixelBits));
         std::uint32_t const rotate = (to.shift - from.shift + to.numBits - from.numBits) & 31;
         unsigned int i = 0;
         while (i < route.terms && route.rotate[i] != rotate) {

@@ -3,6 +3,7 @@
 #include "System/System/export.h"
 
 #include <cstdint>
+#include <type_traits>
 
 namespace Qel {
 
@@ -89,12 +90,18 @@ public:
     {
         return buildPixel(unsigned{r}, unsigned{g}, unsigned{b}, unsigned{a});
     }
-    unsigned int buildPixel(int r, int g, int b, int a) const ///< for plain literals
-    {
-        return buildPixel(static_cast<unsigned int>(r), static_cast<unsigned int>(g),
-                          static_cast<unsigned int>(b), static_cast<unsigned int>(a));
-    }
     /// @}
+
+    /// Plain literals and mixed types: floats if there is a floating-point number among them.
+    template <class R, class G, class B, class A>
+    requires(std::is_arithmetic_v<R> &&std::is_arithmetic_v<G> &&std::is_arithmetic_v<B>
+                 &&std::is_arithmetic_v<A>) unsigned int buildPixel(R r, G g, B b, A a) const
+    {
+        using Number =
+            std::conditional_t<std::is_integral_v<std::common_type_t<R, G, B, A>>, unsigned int, float>;
+        return buildPixel(static_cast<Number>(r), static_cast<Number>(g), static_cast<Number>(b),
+                          static_cast<Number>(a));
+    }
 
     /// @name One channel of a pixel as an 8-bit value
     /// @{

@@ -536,6 +536,9 @@ TEST(ImageFile, DdsReadsNoMoreThanItsSizes)
     char const *const none = "\0\0\0";
     // A white block: both colours 0xFFFF, all indices 0.
     Bytes const white = {0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0};
+    // As steps: 0 for the first pixel, 7 for the last. As ends of 128 and 8: the first end, then the second
+    // point between, (5 * 128 + 2 * 8) / 7 = 93.
+    Bytes const alphaAndWhite = {0x80, 0x08, 0, 0, 0, 0, 0, 0x7A, 0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0};
     struct {
         char const *what;
         Bytes file;
@@ -556,6 +559,11 @@ TEST(ImageFile, DdsReadsNoMoreThanItsSizes)
          0x05050505, 0x05050505},
         {"plain, linear size below it", ddsFile(linear, 1, 2, 5, none, 32, Bytes(8, 5)), true, 0x05050505, 5},
         {"plain, cut", ddsFile(0, 1, 2, 0, none, 32, Bytes(3, 5)), true, 0x00050505, 0},
+        // One block of alpha, read as 16 steps a pixel or as two ends.
+        {"DXT2", ddsFile(linear, 4, 4, 16, "DXT2", 0, alphaAndWhite), true, 0x00FFFFFF, 0x77FFFFFF},
+        {"DXT3", ddsFile(linear, 4, 4, 16, "DXT3", 0, alphaAndWhite), true, 0x00FFFFFF, 0x77FFFFFF},
+        {"DXT4", ddsFile(linear, 4, 4, 16, "DXT4", 0, alphaAndWhite), true, 0x80FFFFFF, 0x5DFFFFFF},
+        {"DXT5", ddsFile(linear, 4, 4, 16, "DXT5", 0, alphaAndWhite), true, 0x80FFFFFF, 0x5DFFFFFF},
         {"DXT6", ddsFile(linear, 4, 4, 8, "DXT6", 0, white), false, 0, 0},
         {"DXT0", ddsFile(linear, 4, 4, 8, "DXT0", 0, white), false, 0, 0},
         {"width 65540", ddsFile(linear, 4, 65540, 8, "DXT1", 0, white), false, 0, 0},

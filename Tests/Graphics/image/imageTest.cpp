@@ -233,6 +233,17 @@ TEST(Image, FiltersDarkenTheBordersAndIgnoreTheLastRowAndColumn)
 }
 
 // A slope of 255 from the left: nx = -4 * 255 / 255, so l = 1 / sqrt(17).
+TEST(Image, FiltersWrapSumsOfChannelsWiderThanAByte)
+{
+    cImage image;
+    ASSERT_NE(image.setCanvas(cPixelFormat(32, 0x3FF, 0, 0, 0), 8, 8, nullptr), 0u);
+    for (unsigned i = 0; i < 64; ++i) {
+        image.setPixel(i % 8, i / 8, 2); // reads as 2 << 30
+    }
+    short const minusOne[5][5] = {{}, {}, {0, 0, -1, 0, 0}, {}, {}};
+    EXPECT_TRUE(image.applyFilter(minusOne)) << "the sum is the smallest number that there is";
+}
+
 TEST(Image, BumpMapsPointAlongTheSlope)
 {
     float (*const before)(float) = cMath::sqrt;

@@ -62,6 +62,16 @@ TEST(PixelFormat, IsEqualByMasksAndTakesOnlyKnownNames)
     EXPECT_EQ(byMasks.getAlphaMask(), 0u);
 }
 
+TEST(PixelFormat, TakesColoursOfAnyMixOfNumbers)
+{
+    cPixelFormat const format(A8R8G8B8);
+    unsigned const value = 8;
+    EXPECT_EQ(format.buildPixel(value, value, value, 255), 0xFF080808);
+    EXPECT_EQ(format.buildPixel(8, 8, 8, 255), 0xFF080808);
+    EXPECT_EQ(format.buildPixel(1.0f, 0, 0, 1), 0xFFFF0000);
+    EXPECT_EQ(format.buildPixel(0.0, 1.0, 0.0, 0.0), 0x0000FF00u);
+}
+
 TEST(PixelFormat, ConvertsUntilOneSideIsFull)
 {
     unsigned char const red565[] = {0x00, 0xF8, 0xE0, 0x07, 0x12}; // red, green, half a pixel
@@ -80,17 +90,23 @@ TEST(PixelFormat, EveryPairGivesTheSameAtEveryLevel)
 {
     std::mt19937 random(7);
     std::vector<unsigned char> source(65536 * 4);
-    cPixelFormat const custom(32, 0x3FF00000, 0xFFC00, 0x3FF, 0xC0000000);
-    for (unsigned from = 0; from <= PAL8; ++from) {
-        cPixelFormat const fromFormat = from == PAL8 ? custom : cPixelFormat(static_cast<ePixelFormat>(from));
+    // All with masks, one with wide channels, and one whose red lies beyond the pixel.
+    constexpr unsigned numFormats = PAL8 + 2;
+    auto const formatOf = [](unsigned i) {
+        return i == PAL8       ? cPixelFormat(32, 0x3FF00000, 0xFFC00, 0x3FF, 0xC0000000)
+               : i == PAL8 + 1 ? cPixelFormat(16, 0xFF0000, 0x07E0, 0x1F, 0)
+                               : cPixelFormat(static_cast<ePixelFormat>(i));
+    };
+    for (unsigned from = 0; from < numFormats; ++from) {
+        cPixelFormat const fromFormat = formatOf(from);
         std::size_t const pixels = fromFormat.getBPP() == 16 ? 65536 : 4099;
         for (std::size_t i = 0; i < pixels; ++i) {
             unsigned const pixel =
                 fromFormat.getBPP() == 16 ? static_cast<unsigned>(i) : static_cast<unsigned>(random());
             std::memcpy(&source[1 + i * fromFormat.getBytePerPixel()], &pixel, 4);
         }
-        for (unsigned to = 0; to <= PAL8; ++to) {
-            cPixelFormat const toFormat = to == PAL8 ? custom : cPixelFormat(static_cast<ePixelFormat>(to));
+        for (unsigned to = 0; to < numFormats; ++to) {
+            cPixelFormat const toFormat = formatOf(to);
             std::vector<unsigned char> expected(pixels * toFormat.getBytePerPixel());
             plain::convert(toFormat, expected.data(), fromFormat, &source[1], pixels);
             atEveryLevel([&] {
