@@ -4,6 +4,7 @@ set -euo pipefail
 
 packages=(
     g++ cmake ninja-build pkg-config    # build
+    zlib1g-dev libvorbis-dev            # the library itself
     zlib1g-dev libfreetype-dev libfontconfig1-dev # the library itself
     fonts-dejavu-core                   # tests of fonts
     libzip-dev                          # plugin for zip archives

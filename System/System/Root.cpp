@@ -7,6 +7,8 @@
 #include "System/Platform/configDialog.h"
 #include "System/Platform/platformManager.h"
 #include "System/Platform/renderSystem.h"
+#include "System/Sound/movieManager.h"
+#include "System/Sound/soundSystemManager.h"
 #include "System/System/logManager.h"
 #include "System/System/pluginMgr.h"
 #include "System/Time/processorInfo.h"
@@ -73,6 +75,8 @@ void Root::bringUp(String const &pluginFileName, String const &logFileName, bool
     made.m_pluginMgr = std::make_unique<PluginMgr>();
     made.m_archiveManager = std::make_unique<ArchiveManager>();
     made.m_platformManager = std::make_unique<PlatformManager>();
+    made.m_movieManager = std::make_unique<MovieManager>();
+    made.m_soundSystemManager = std::make_unique<SoundSystemManager>();
     made.m_codecManager = std::make_unique<CodecManager>();
     made.m_timer = std::make_unique<Timer>();
     m_initTime = made.m_timer->getDurationInProgress();

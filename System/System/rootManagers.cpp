@@ -3,6 +3,8 @@
 #include "System/Codec/codecManager.h"
 #include "System/File/archiveManager.h"
 #include "System/Platform/platformManager.h"
+#include "System/Sound/movieManager.h"
+#include "System/Sound/soundSystemManager.h"
 #include "System/System/exception.h"
 #include "System/System/logManager.h"
 #include "System/System/pluginMgr.h"
@@ -32,6 +34,8 @@ void RootManagers::takeDown()
 {
     m_timer.reset();
     m_codecManager.reset();
+    m_soundSystemManager.reset();
+    m_movieManager.reset();
     m_archiveManager.reset();
     m_platformManager.reset();
     m_logManager.reset();

@@ -11,10 +11,12 @@ namespace Qel {
 class ArchiveManager;
 class CodecManager;
 class LogManager;
+class MovieManager;
 class PlatformManager;
 class Plugin;
 class PluginMgr;
 class ProcessorInfo;
+class SoundSystemManager;
 class Timer;
 
 /// What Root makes, and the two orders: Root::bringUp() makes the members from the first to the last,
@@ -26,6 +28,8 @@ struct RootManagers {
     std::unique_ptr<PluginMgr> m_pluginMgr;
     std::unique_ptr<ArchiveManager> m_archiveManager;
     std::unique_ptr<PlatformManager> m_platformManager;
+    std::unique_ptr<MovieManager> m_movieManager;
+    std::unique_ptr<SoundSystemManager> m_soundSystemManager;
     std::unique_ptr<CodecManager> m_codecManager;
     std::unique_ptr<Timer> m_timer;
     std::vector<Plugin *> m_plugins; // started, in that order
