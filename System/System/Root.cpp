@@ -4,6 +4,7 @@
 
 #include "System/Codec/codecManager.h"
 #include "System/File/archiveManager.h"
+#include "System/Graphics/particle/particleSystemMgr.h"
 #include "System/Patterns/tSingletonImpl.h"
 #include "System/Platform/configDialog.h"
 #include "System/Platform/platformManager.h"
@@ -74,6 +75,7 @@ void Root::bringUp(String const &pluginFileName, String const &logFileName, bool
     made.m_pluginMgr = std::make_unique<PluginMgr>();
     made.m_archiveManager = std::make_unique<ArchiveManager>();
     made.m_platformManager = std::make_unique<PlatformManager>();
+    made.m_particleSystemMgr = std::make_unique<ParticleSystemMgr>();
     made.m_codecManager = std::make_unique<CodecManager>();
     made.m_timer = std::make_unique<Timer>();
     m_initTime = made.m_timer->getDurationInProgress();

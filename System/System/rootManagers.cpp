@@ -2,6 +2,7 @@
 
 #include "System/Codec/codecManager.h"
 #include "System/File/archiveManager.h"
+#include "System/Graphics/particle/particleSystemMgr.h"
 #include "System/Platform/platformManager.h"
 #include "System/System/exception.h"
 #include "System/System/logManager.h"
@@ -32,6 +33,7 @@ void RootManagers::takeDown()
 {
     m_timer.reset();
     m_codecManager.reset();
+    m_particleSystemMgr.reset();
     m_archiveManager.reset();
     m_platformManager.reset();
     m_logManager.reset();

@@ -11,6 +11,7 @@ namespace Qel {
 class ArchiveManager;
 class CodecManager;
 class LogManager;
+class ParticleSystemMgr;
 class PlatformManager;
 class Plugin;
 class PluginMgr;
@@ -26,6 +27,7 @@ struct RootManagers {
     std::unique_ptr<PluginMgr> m_pluginMgr;
     std::unique_ptr<ArchiveManager> m_archiveManager;
     std::unique_ptr<PlatformManager> m_platformManager;
+    std::unique_ptr<ParticleSystemMgr> m_particleSystemMgr;
     std::unique_ptr<CodecManager> m_codecManager;
     std::unique_ptr<Timer> m_timer;
     std::vector<Plugin *> m_plugins; // started, in that order
