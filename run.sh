@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds release, runs the sample host for a bounded number of frames and packs a
+# Installs what is missing, builds release, runs the sample host over its media and packs a
 # file. Arguments go to the host in place of the usual ones: ./run.sh --help
 set -euo pipefail
 cd "$(dirname "$0")"

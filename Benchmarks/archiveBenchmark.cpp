@@ -1,3 +1,5 @@
+#include "allocationCounter.h"
+
 #include "System/File/archive.h"
 #include "System/File/archiveContainer.h"
 #include "System/File/archiveManager.h"
@@ -324,7 +326,7 @@ public:
 protected:
     bool load() override
     {
-        m_size = 100;
+        size = 100;
         return true;
     }
 };
@@ -367,16 +369,66 @@ void BM_cResourceManager_getByName(benchmark::State &state)
 }
 BENCHMARK(BM_cResourceManager_getByName);
 
+// The counter sees what it is there to see: a block of the system's and one of the library's lists.
+void requireCounting(benchmark::State &state)
+{
+    AllocationCounter const seen;
+    benchmark::DoNotOptimize(std::make_unique<int>());
+    benchmark::DoNotOptimize(Qel::String("longer than what a text holds within itself"));
+    if (seen.count() < 2) { // the first text of a size takes more
+        state.SkipWithError("allocations are not counted");
+    }
+}
+
 // A pass that looks at all and finds nothing old enough: the most that it can cost without evicting.
 void BM_cResourceManager_checkUsage100000(benchmark::State &state)
 {
     Manager manager(100000);
     manager.setMemoryBudget(1);
+    requireCounting(state);
+    std::uint64_t allocations = 0;
     for (auto _ : state) {
+        AllocationCounter const counter;
         manager.checkUsage();
+        allocations += counter.count();
     }
     state.SetItemsProcessed(state.iterations() * 100000);
+    state.counters["allocations"] = static_cast<double>(allocations);
 }
 BENCHMARK(BM_cResourceManager_checkUsage100000);
+
+// A pass over 100 000 that unloads the third that is oldest; they are loaded again outside the time.
+void BM_cResourceManager_evictOf100000(benchmark::State &state)
+{
+    constexpr unsigned count = 100000;
+    Manager manager(count);
+    for (unsigned id = 1; id <= count; ++id) {
+        manager.getByID(id, false)->incRefCount(); // so that they are unloaded and not destroyed
+    }
+    requireCounting(state);
+    std::uint64_t allocations = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        manager.setMemoryBudget(0);
+        for (unsigned id = 1; id <= count; ++id) {
+            manager.getByID(id, true);
+        }
+        for (int ticks = 0; ticks < 3; ++ticks) {
+            Qel::cResourceManager::resourceMgrTick();
+        }
+        unsigned const before = manager.getMemoryUsage();
+        state.ResumeTiming();
+        AllocationCounter const counter;
+        manager.setMemoryBudget(before / 9 * 8);
+        allocations += counter.count();
+        if (manager.getMemoryUsage() > before / 3 * 2) {
+            state.SkipWithError("nothing was evicted");
+            break;
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * (count / 3));
+    state.counters["allocations"] = static_cast<double>(allocations);
+}
+BENCHMARK(BM_cResourceManager_evictOf100000);
 
 } // namespace

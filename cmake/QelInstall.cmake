@@ -23,4 +23,5 @@ install(FILES
     ${PROJECT_BINARY_DIR}/qelSystemConfig.cmake
     ${PROJECT_BINARY_DIR}/qelSystemConfigVersion.cmake
     ${PROJECT_SOURCE_DIR}/cmake/QelAddPlugin.cmake
+    ${PROJECT_SOURCE_DIR}/cmake/plugin.map
     DESTINATION ${QEL_PACKAGE_DIR})

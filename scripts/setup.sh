@@ -6,10 +6,12 @@ packages=(
     g++ cmake ninja-build pkg-config    # build
     zlib1g-dev                          # the library itself
     libzip-dev                          # plugin for zip archives
+    python3                             # the sample host's media
     libcli11-dev libedit-dev            # command lines of hosts and tools, the host's console
     libgtest-dev                        # tests
-    clang-format-14                     # formatting check
-    clang-14 libclang-rt-14-dev         # fuzzers
+    clang-format-14 clang-tidy-14       # checks of the sources
+    doxygen python3                     # reference of the headers, rules of the tree
+    clang-14 libclang-rt-14-dev         # second compiler, fuzzers
     libbenchmark-dev                    # benchmarks, and the peers in them:
     libabsl-dev
     libbullet-dev

@@ -15,8 +15,8 @@ protected:
     bool stream_callback(PoolBlk &data, Qel::eStreamCallback) override
     {
         m_bytes = std::move(data); // what is left in it is freed after the call
-        m_size = m_bytes.size();   // counts against the budget
-        m_loaded = true;
+        size = m_bytes.size();     // counts against the budget
+        loaded = true;
         return true;
     }
     void unload() override { m_bytes.free(); }

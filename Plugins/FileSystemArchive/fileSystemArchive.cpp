@@ -1,19 +1,12 @@
 #include "fileSystemArchive.h"
 
-#include "System/File/archiveIndex.h"
 #include "System/File/diskName.h"
-#include "System/File/fileInfo.h"
 #include "System/System/logManager.h"
 
-#include "Support/OS/rootedFolder.h"
-
-#include <cstring>
-#include <string>
 #include <utility>
 
 using Qel::ArchiveIndex;
 using Qel::FileInfo;
-using Qel::HashConstCharPtr;
 using Qel::String;
 
 namespace {
@@ -27,51 +20,54 @@ void report(String const &text)
 
 } // namespace
 
-/// What the archive shows, from one reading of the folder to the next. Never changes: a thread that reads
-/// keeps the one it began with.
-struct FileSystemArchive::View {
-    os::RootedFolder folder;
-    ArchiveIndex index;
-    std::string paths; // as they are spelled on the disk; an entry's place is an offset
+// A file that was kept open and not read tells that reads do not follow, as with a streamer, which looks up
+// many files before it reads the first.
+bool FolderContents::expectsRead(std::size_t at)
+{
+    os::RootedFile unread;
+    std::lock_guard const hold(lock);
+    if (foundAt != ArchiveIndex::npos) {
+        unread = std::move(found);
+        foundAt = ArchiveIndex::npos;
+        readsFollow = false;
+    }
+    lookedUp = at;
+    return readsFollow;
+}
 
-    char const *pathOf(std::size_t at) const { return paths.data() + index[at].place; }
-};
+// The open file, if it is this one.
+os::RootedFile FolderContents::take(std::size_t at)
+{
+    std::lock_guard const hold(lock);
+    readsFollow = readsFollow || lookedUp == at;
+    if (foundAt != at) {
+        return {};
+    }
+    foundAt = ArchiveIndex::npos;
+    return std::move(found);
+}
 
-FileSystemArchive::FileSystemArchive(char const *folderName) : iArchive(folderName)
+FileSystemArchive::FileSystemArchive(char const *folderName) : tIndexedArchive(folderName)
 {
 }
 
-FileSystemArchive::~FileSystemArchive() = default;
-
-std::shared_ptr<FileSystemArchive::View const> FileSystemArchive::view() const
+std::shared_ptr<FolderContents> FileSystemArchive::readContents() const
 {
-    std::lock_guard const hold(m_lock);
-    return m_view;
-}
-
-void FileSystemArchive::setView(std::shared_ptr<View const> view)
-{
-    std::lock_guard const hold(m_lock);
-    m_view.swap(view);
-}
-
-std::shared_ptr<FileSystemArchive::View const> FileSystemArchive::makeView() const
-{
-    auto fresh = std::make_shared<View>();
+    auto fresh = std::make_shared<FolderContents>();
     String const path = Qel::findDiskName(getName());
     if (path.empty() || !fresh->folder.open(path)) {
         report("FILESYSTEM '" + getName() + "': there is no such folder\n");
         return nullptr;
     }
     for (os::RootedFolder::File const &file : fresh->folder.list()) {
-        if (file.size >= tooLong) {
+        if (file.status.size >= tooLong) {
             report(path + "/" + file.path + ": left out, 4 GiB or longer\n");
             continue;
         }
         ArchiveIndex::Entry entry;
-        entry.size = static_cast<std::uint32_t>(file.size);
+        entry.size = static_cast<std::uint32_t>(file.status.size);
         entry.packedSize = entry.size;
-        entry.modTime = file.modTime;
+        entry.modTime = file.status.modTime;
         entry.place = fresh->paths.size();
         // A backslash in a name would separate in a lookup what it does not separate on the disk.
         if (file.path.find('\\') != std::string::npos || !fresh->index.add(file.path.c_str(), entry)) {
@@ -87,77 +83,34 @@ std::shared_ptr<FileSystemArchive::View const> FileSystemArchive::makeView() con
     return fresh;
 }
 
-bool FileSystemArchive::load()
+bool FileSystemArchive::checkEntry(FolderContents &contents, std::size_t at, FileInfo *info)
 {
-    std::shared_ptr<View const> fresh = makeView();
-    bool const there = fresh != nullptr;
-    setView(std::move(fresh));
-    return there;
-}
-
-void FileSystemArchive::unload()
-{
-    setView(nullptr);
-}
-
-void FileSystemArchive::refresh()
-{
-    setView(makeView());
-}
-
-bool FileSystemArchive::exists(HashConstCharPtr const &file)
-{
-    return findFile(file.text, nullptr, file.hash);
-}
-
-bool FileSystemArchive::findFile(char const *name, FileInfo *info, unsigned int hash)
-{
-    auto const shown = view();
-    std::size_t const at = shown ? shown->index.find({name, hash}) : ArchiveIndex::npos;
-    std::uint64_t size = 0;
-    std::int64_t modTime = 0;
-    if (at == ArchiveIndex::npos || !shown->folder.stat(shown->pathOf(at), size, modTime) ||
-        size >= tooLong) {
+    char const *const path = contents.pathOf(at);
+    os::RootedFolder::Status status;
+    os::RootedFile file;
+    bool const keep = info != nullptr && contents.expectsRead(at) && file.open(contents.folder, path, status);
+    if ((!keep && !contents.folder.stat(path, status)) || status.size >= tooLong) {
         return false;
     }
     if (info != nullptr) {
-        shown->index.fill(at, *this, *info);
-        info->size = static_cast<std::uint32_t>(size);
+        info->size = static_cast<std::uint32_t>(status.size);
         info->packedSize = info->size;
-        info->modTime = modTime;
+        info->modTime = status.modTime;
+    }
+    if (keep) {
+        std::lock_guard const hold(contents.lock);
+        contents.found = std::move(file);
+        contents.foundAt = at;
     }
     return true;
 }
 
-unsigned int FileSystemArchive::readFile(FileInfo *info, void *buffer, unsigned int size, unsigned int)
+unsigned int FileSystemArchive::readEntry(FolderContents &contents, std::size_t at, void *buffer,
+                                          unsigned int room)
 {
-    auto const shown = view();
-    std::size_t const at = shown && info != nullptr ? shown->index.find(*info) : ArchiveIndex::npos;
-    return at == ArchiveIndex::npos
-               ? 0
-               : static_cast<unsigned int>(shown->folder.read(shown->pathOf(at), buffer, size));
-}
-
-unsigned int FileSystemArchive::listFolder(char const *folder, Qel::StringVector &out)
-{
-    auto const shown = view();
-    return shown ? shown->index.listFolder(folder, out) : 0;
-}
-
-std::int64_t FileSystemArchive::getFileTime(HashConstCharPtr const &file)
-{
-    FileInfo info;
-    return findFile(file.text, &info, file.hash) ? info.modTime : 0;
-}
-
-int FileSystemArchive::getNumFiles()
-{
-    auto const shown = view();
-    return shown ? static_cast<int>(shown->index.size()) : 0;
-}
-
-HashConstCharPtr FileSystemArchive::getFile(int index)
-{
-    auto const shown = view();
-    return shown ? shown->index.file(index) : HashConstCharPtr();
+    os::RootedFile file = contents.take(at);
+    if (!file.isOpen() && !file.open(contents.folder, contents.pathOf(at))) {
+        return 0;
+    }
+    return static_cast<unsigned int>(file.read(buffer, room));
 }

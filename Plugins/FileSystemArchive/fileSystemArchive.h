@@ -1,40 +1,46 @@
 #pragma once
 
-#include "System/File/archive.h"
+#include "System/File/indexedArchive.h"
+
+#include "Support/OS/rootedFolder.h"
 
 #include <memory>
 #include <mutex>
+#include <string>
+
+/// What the archive shows, from one reading of the folder to the next.
+struct FolderContents {
+    os::RootedFolder folder;
+    Qel::ArchiveIndex index; // an entry's place is its path's
+    std::string paths;       // as they are spelled on the disk
+
+    std::mutex lock; // over the rest
+    os::RootedFile found;
+    std::size_t foundAt = Qel::ArchiveIndex::npos;  // whose file is open
+    std::size_t lookedUp = Qel::ArchiveIndex::npos; // the last one
+    bool readsFollow = false;
+
+    char const *pathOf(std::size_t at) const { return paths.data() + index[at].place; }
+
+    bool expectsRead(std::size_t at);
+    os::RootedFile take(std::size_t at);
+};
 
 /// A folder of plain files as an archive, type "FILESYSTEM".
 ///
 /// The names on the disk may be in any case and hold any UTF-8; the archive finds them by their normal form,
 /// by an index that is made when it is loaded and by refresh(). What is known of a file's size and time is
 /// asked of the disk anew at each lookup.
-class FileSystemArchive : public Qel::iArchive {
+///
+/// Where lookups are followed by reads, the file that a lookup finds stays open for the read. It is one at
+/// the most, and as soon as lookups come without reads it is none.
+class FileSystemArchive : public Qel::tIndexedArchive<FolderContents> {
 public:
     explicit FileSystemArchive(char const *folderName);
-    ~FileSystemArchive() override;
-
-    bool exists(Qel::HashConstCharPtr const &file) override;
-    bool findFile(char const *name, Qel::FileInfo *info, unsigned int hash) override;
-    unsigned int readFile(Qel::FileInfo *info, void *buffer, unsigned int size, unsigned int handle) override;
-    unsigned int listFolder(char const *folder, Qel::StringVector &out) override;
-    std::int64_t getFileTime(Qel::HashConstCharPtr const &file) override;
-    int getNumFiles() override;
-    Qel::HashConstCharPtr getFile(int index) override;
-    void refresh() override;
 
 protected:
-    bool load() override;
-    void unload() override;
-
-private:
-    struct View;
-
-    std::shared_ptr<View const> view() const;
-    void setView(std::shared_ptr<View const> view);
-    std::shared_ptr<View const> makeView() const;
-
-    mutable std::mutex m_lock; // over the pointer: a streamer reads while the archive is reread
-    std::shared_ptr<View const> m_view;
+    std::shared_ptr<FolderContents> readContents() const override;
+    unsigned int readEntry(FolderContents &contents, std::size_t at, void *buffer,
+                           unsigned int room) override;
+    bool checkEntry(FolderContents &contents, std::size_t at, Qel::FileInfo *info) override;
 };

@@ -7,7 +7,9 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 
 namespace {
 
@@ -22,6 +24,10 @@ unsigned setting(Qel::ConfigFile &config, char const *key, unsigned long most, u
 Streamer::Limits limits()
 {
     Streamer::Limits result;
+    std::error_code unknown;
+    if (!std::filesystem::exists("streamer.cfg", unknown)) {
+        return result;
+    }
     try {
         Qel::ConfigFile config;
         config.load("streamer.cfg", "=");
@@ -29,7 +35,7 @@ Streamer::Limits limits()
         unsigned const megabytes = setting(config, "MegabytesInFlight", 4096, 0);
         result.bytesInFlight = megabytes == 0 ? result.bytesInFlight : std::uint64_t{megabytes} << 20;
     } catch (Qel::Exception const &) {
-        // No file, no wishes.
+        // The log names it; no wishes then.
     }
     return result;
 }

@@ -1,10 +1,6 @@
 #include "zipArchive.h"
 
-#include "zipReader.h"
-
-#include "System/File/archiveIndex.h"
 #include "System/File/diskName.h"
-#include "System/File/fileInfo.h"
 #include "System/System/logManager.h"
 
 #include <algorithm>
@@ -13,8 +9,6 @@
 #include <vector>
 
 using Qel::ArchiveIndex;
-using Qel::FileInfo;
-using Qel::HashConstCharPtr;
 using Qel::String;
 
 namespace {
@@ -60,23 +54,7 @@ std::string faultOf(zip_stat_t const &member, std::uint64_t archiveSize)
 
 } // namespace
 
-/// What the archive shows, from one reading of its contents to the next.
-struct ZipArchive::View {
-    os::PlainFile file;
-    ArchiveIndex index; // an entry's place is the member's number
-    String path;
-    String comment;
-    zip_int64_t members = 0;
-
-    std::mutex lock; // over the readers that nobody uses
-    std::vector<std::unique_ptr<ZipReader>> idle;
-
-    std::unique_ptr<ZipReader> take(std::string &error);
-    void giveBack(std::unique_ptr<ZipReader> reader);
-    void addMember(zip_t *zip, zip_uint64_t number);
-};
-
-std::unique_ptr<ZipReader> ZipArchive::View::take(std::string &error)
+std::unique_ptr<ZipReader> ZipContents::take(std::string &error)
 {
     {
         std::lock_guard const hold(lock);
@@ -97,13 +75,13 @@ std::unique_ptr<ZipReader> ZipArchive::View::take(std::string &error)
     return reader;
 }
 
-void ZipArchive::View::giveBack(std::unique_ptr<ZipReader> reader)
+void ZipContents::giveBack(std::unique_ptr<ZipReader> reader)
 {
     std::lock_guard const hold(lock);
     idle.push_back(std::move(reader));
 }
 
-void ZipArchive::View::addMember(zip_t *zip, zip_uint64_t number)
+void ZipContents::addMember(zip_t *zip, zip_uint64_t number)
 {
     zip_stat_t member;
     zip_stat_init(&member);
@@ -128,27 +106,13 @@ void ZipArchive::View::addMember(zip_t *zip, zip_uint64_t number)
            fault + "\n");
 }
 
-ZipArchive::ZipArchive(char const *fileName) : iArchive(fileName)
+ZipArchive::ZipArchive(char const *fileName) : tIndexedArchive(fileName)
 {
 }
 
-ZipArchive::~ZipArchive() = default;
-
-std::shared_ptr<ZipArchive::View> ZipArchive::view() const
+std::shared_ptr<ZipContents> ZipArchive::readContents() const
 {
-    std::lock_guard const hold(m_lock);
-    return m_view;
-}
-
-void ZipArchive::setView(std::shared_ptr<View> view)
-{
-    std::lock_guard const hold(m_lock);
-    m_view.swap(view);
-}
-
-std::shared_ptr<ZipArchive::View> ZipArchive::makeView() const
-{
-    auto fresh = std::make_shared<View>();
+    auto fresh = std::make_shared<ZipContents>();
     fresh->path = Qel::findDiskName(getName());
     if (fresh->path.empty() || !fresh->file.open(fresh->path)) {
         report("ZIP '" + getName() + "': there is no such file\n");
@@ -178,92 +142,30 @@ std::shared_ptr<ZipArchive::View> ZipArchive::makeView() const
     return fresh;
 }
 
-bool ZipArchive::load()
-{
-    std::shared_ptr<View> fresh = makeView();
-    bool const there = fresh != nullptr;
-    setView(std::move(fresh));
-    return there;
-}
-
-void ZipArchive::unload()
-{
-    setView(nullptr);
-}
-
-void ZipArchive::refresh()
-{
-    setView(makeView());
-}
-
 String ZipArchive::getComment() const
 {
-    auto const shown = view();
+    auto const shown = contents();
     return shown ? shown->comment : String();
 }
 
 std::int64_t ZipArchive::getModTime()
 {
-    auto const shown = view();
+    auto const shown = contents();
     return shown ? shown->file.modTime() : 0;
 }
 
-bool ZipArchive::exists(HashConstCharPtr const &file)
+unsigned int ZipArchive::readEntry(ZipContents &contents, std::size_t at, void *buffer, unsigned int room)
 {
-    return findFile(file.text, nullptr, file.hash);
-}
-
-bool ZipArchive::findFile(char const *name, FileInfo *info, unsigned int hash)
-{
-    auto const shown = view();
-    std::size_t const at = shown ? shown->index.find({name, hash}) : ArchiveIndex::npos;
-    if (at != ArchiveIndex::npos && info != nullptr) {
-        shown->index.fill(at, *this, *info);
-    }
-    return at != ArchiveIndex::npos;
-}
-
-unsigned int ZipArchive::readFile(FileInfo *info, void *buffer, unsigned int size, unsigned int)
-{
-    auto const shown = view();
-    std::size_t const at = shown && info != nullptr ? shown->index.find(*info) : ArchiveIndex::npos;
-    if (at == ArchiveIndex::npos) {
-        return 0;
-    }
-    ArchiveIndex::Entry const &entry = shown->index[at];
+    ArchiveIndex::Entry const &entry = contents.index[at];
     std::string error;
     std::uint32_t read = 0;
-    if (std::unique_ptr<ZipReader> reader = shown->take(error)) {
-        read = reader->read(entry.place, entry.size, buffer, size, error);
-        shown->giveBack(std::move(reader));
+    if (std::unique_ptr<ZipReader> reader = contents.take(error)) {
+        read = reader->read(entry.place, entry.size, buffer, room, error);
+        contents.giveBack(std::move(reader));
     }
     if (!error.empty()) {
-        report(shown->path + ": member " + std::to_string(entry.place) + " '" + shown->index.nameOf(entry) +
-               "': " + error + "\n");
+        report(contents.path + ": member " + std::to_string(entry.place) + " '" +
+               contents.index.nameOf(entry) + "': " + error + "\n");
     }
     return read;
-}
-
-unsigned int ZipArchive::listFolder(char const *folder, Qel::StringVector &out)
-{
-    auto const shown = view();
-    return shown ? shown->index.listFolder(folder, out) : 0;
-}
-
-std::int64_t ZipArchive::getFileTime(HashConstCharPtr const &file)
-{
-    FileInfo info;
-    return findFile(file.text, &info, file.hash) ? info.modTime : 0;
-}
-
-int ZipArchive::getNumFiles()
-{
-    auto const shown = view();
-    return shown ? static_cast<int>(shown->index.size()) : 0;
-}
-
-HashConstCharPtr ZipArchive::getFile(int index)
-{
-    auto const shown = view();
-    return shown ? shown->index.file(index) : HashConstCharPtr();
 }

@@ -6,8 +6,9 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
-FrameClock::FrameClock()
+FrameClock::FrameClock(std::function<bool()> mayEnd) : m_mayEnd(std::move(mayEnd))
 {
     m_times.reserve(static_cast<std::size_t>(std::clamp<int>(settings::frames, 0, 100'000)));
 }
@@ -29,7 +30,7 @@ bool FrameClock::frameStarted(Qel::FrameEvent const &)
 bool FrameClock::frameEnded(Qel::FrameEvent const &)
 {
     ++m_frames;
-    if (m_frames >= settings::frames) {
+    if (m_frames >= settings::frames && m_mayEnd()) {
         Qel::Root::Instance().endMessageLoop();
     }
     return true;

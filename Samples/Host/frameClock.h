@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 /// Times of the frames that were run, in milliseconds.
@@ -18,7 +19,8 @@ struct FrameTimes {
 /// waiting included.
 class FrameClock final : public Qel::FrameListener {
 public:
-    FrameClock();
+    /// @param mayEnd  asked after the last frame; one more is run as long as it says no
+    explicit FrameClock(std::function<bool()> mayEnd);
 
     bool frameStarted(Qel::FrameEvent const &event) override;
     bool frameEnded(Qel::FrameEvent const &event) override;
@@ -29,6 +31,7 @@ public:
     FrameTimes times() const;
 
 private:
+    std::function<bool()> m_mayEnd;
     int m_frames = 0;
     int m_fps = -1; // as Root was told
     std::uint64_t m_idleEvents = 0;

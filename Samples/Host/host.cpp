@@ -1,11 +1,13 @@
 #include "console.h"
 #include "frameClock.h"
+#include "mediaJob.h"
 #include "options.h"
 #include "report.h"
 #include "settings.h"
 #include "terminalConsole.h"
 #include "workload.h"
 
+#include "System/File/archiveManager.h"
 #include "System/System/Root.h"
 #include "System/System/configFile.h"
 #include "System/System/exception.h"
@@ -16,6 +18,7 @@
 #include <exception>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <set>
 #include <string>
 
@@ -42,6 +45,12 @@ bool logHolds(std::string const &logFile, std::string const &text)
     return all.find(text) != std::string::npos;
 }
 
+bool hasArchiveTypes()
+{
+    auto const &types = Qel::ArchiveManager::Instance().getArchiveFactories();
+    return types.contains("FILESYSTEM") && types.contains("ZIP");
+}
+
 int runEngine(Options const &options)
 {
     // Tells the log of this run from one that an earlier run has left.
@@ -50,29 +59,42 @@ int runEngine(Options const &options)
 
     Qel::Root root(options.pluginFile, options.logFile, true);
     Qel::logMessage(mark, 2);
-    FrameClock clock;
+    std::optional<MediaJob> media;
+    if (options.hasUserMedia || (!options.media.list.empty() && hasArchiveTypes())) {
+        media.emplace(options.media, options.console);
+    }
+    FrameClock clock([&media] { return !media || media->isDone(); });
     root.addFrameListener(&clock);
     Workload workload(options.profileFile);
     root.addFrameListener(&workload);
+    if (media) {
+        root.addFrameListener(&*media);
+    }
     bool left = false; // by the user, before the last frame
     if (options.console) {
         TerminalConsole terminal;
         root.addFrameListener(&terminal);
         root.run();
         root.removeFrameListener(&terminal);
-        left = clock.frames() < settings::frames;
+        left = clock.frames() < settings::frames || (media && !media->isDone());
     } else {
         root.run();
+    }
+    if (media) {
+        root.removeFrameListener(&*media);
     }
     root.removeFrameListener(&workload);
     root.removeFrameListener(&clock);
     workload.finish();
-    printReport(options, root, clock, workload);
+    printReport(options, root, clock, workload, media ? &*media : nullptr);
 
     if (workload.primes() != Workload::primesThatThereAre()) {
         return fail("the tasks have counted wrongly");
     }
 
+    if (!left && media && !media->isRight()) {
+        return fail("the media are not what they should be");
+    }
     if (!left && clock.frames() < settings::frames) {
         return fail("the loop has ended early");
     }

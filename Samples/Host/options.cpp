@@ -22,6 +22,16 @@ std::string usualPluginFile(char const *program)
     return (std::filesystem::path(program).parent_path() / name).string();
 }
 
+// Those that the build has made; nothing if they are not there.
+MediaPlaces usualMedia(char const *program)
+{
+    std::filesystem::path const base = std::filesystem::path(program).parent_path();
+    MediaPlaces const places{(base / "media").string(), (base / "media.zip").string(),
+                             (base / "media.crc").string()};
+    std::error_code unknown;
+    return std::filesystem::exists(places.list, unknown) ? places : MediaPlaces{};
+}
+
 } // namespace
 
 std::optional<Options> readOptions(int argc, char **argv, int &exitCode)
@@ -34,7 +44,9 @@ std::optional<Options> readOptions(int argc, char **argv, int &exitCode)
     std::vector<std::string> assignments;
 
     CLI::App app("Starts the engine, runs its frame loop for a while and reports how that went.", "qelHost");
-    app.add_option("--frames", frames, "Frames to run")->check(CLI::PositiveNumber)->capture_default_str();
+    app.add_option("--frames", frames, "Frames to run; more if the media take longer")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
     app.add_option("--fps", fps, "Frames a second at most, 0 for no limit")
         ->check(CLI::Range(0, 1000))
         ->capture_default_str();
@@ -45,6 +57,11 @@ std::optional<Options> readOptions(int argc, char **argv, int &exitCode)
     app.add_option("--profile", options.profileFile, "Where the timeline of a few frames is written")
         ->type_name("FILE")
         ->capture_default_str();
+    app.add_option("--media", options.media.folder,
+                   "Folder to load all files of, in place of the usual media")
+        ->type_name("DIR");
+    app.add_option("--zip", options.media.zip, "Zip file to load all files of, in place of the usual media")
+        ->type_name("FILE");
     app.add_option("--set", assignments, "Set a console variable, as often as wished")
         ->type_name("NAME=VALUE")
         ->allow_extra_args(false);
@@ -55,6 +72,10 @@ std::optional<Options> readOptions(int argc, char **argv, int &exitCode)
     } catch (CLI::ParseError const &mistake) {
         exitCode = app.exit(mistake);
         return std::nullopt;
+    }
+    options.hasUserMedia = !options.media.folder.empty() || !options.media.zip.empty();
+    if (!options.hasUserMedia) {
+        options.media = usualMedia(argv[0]);
     }
     settings::frames = frames;
     settings::fps = fps;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "mediaJob.h"
+
 #include <optional>
 #include <string>
 
@@ -10,6 +12,8 @@ struct Options {
     std::string pluginFile; ///< plugins.cfg of the working folder, else the one beside the program
     std::string logFile = "debug.log";
     std::string profileFile = "profile.txt";
+    MediaPlaces media;         ///< those beside the program unless the user has some
+    bool hasUserMedia = false; ///< --media or --zip was given
 };
 
 /// Reads the command line into the options and the settings, and answers --help and mistakes by itself.

@@ -64,9 +64,52 @@ void printWork(Workload &workload)
     }
 }
 
+void printPass(MediaJob::Pass const &pass)
+{
+    if (!pass.hasRun) {
+        std::printf("%-13s not run: there is no streamer\n", pass.name);
+        return;
+    }
+    double const loads = static_cast<double>(std::max<std::size_t>(1, pass.loads));
+    std::printf("%-13s %zu loads, %" PRIu64 " bytes, %zu evictions, a load %.3f ms, the longest %.3f ms\n",
+                pass.name, pass.loads, pass.bytes, pass.evictions, pass.msInAll / loads, pass.longestMs);
+}
+
+void printMedia(MediaJob const &media)
+{
+    std::printf("media         %zu files, %zu of them empty\n", media.files() + media.emptyFiles(),
+                media.emptyFiles());
+    for (MediaJob::Mounted const &mounted : media.mounted()) {
+        std::printf("              %s, %zu of %zu files, %" PRIu64 " bytes, from %s\n", mounted.type.c_str(),
+                    mounted.found, mounted.listed, mounted.bytes, mounted.path.c_str());
+    }
+    if (media.leftOut() > 0) {
+        std::printf("              files left out: %zu, the log says why\n", media.leftOut());
+    }
+    for (MediaJob::Pass const &pass : media.passes()) {
+        printPass(pass);
+    }
+    if (settings::budget <= 0) {
+        std::printf("budget        none: at most %" PRIu64 " bytes at one time\n", media.peak());
+    } else {
+        std::printf("budget        %s: %d bytes, at most %" PRIu64 " at one time%s\n",
+                    media.isBudgetKept() ? "kept" : "not kept", settings::budget.get(), media.peak(),
+                    media.canKeepBudget() ? "" : "; a file is longer than it");
+    }
+    std::string const &list = media.places().list;
+    std::printf("checksums     %zu compared with %s, %zu with nothing, %zu mistakes\n", media.compared(),
+                list.empty() ? "what the disk and the zip file say" : list.c_str(), media.notCompared(),
+                media.mistakes().size());
+    constexpr std::size_t shown = 10;
+    for (std::size_t i = 0; i < std::min(shown, media.mistakes().size()); ++i) {
+        std::printf("              %s\n", media.mistakes()[i].c_str());
+    }
+}
+
 } // namespace
 
-void printReport(Options const &options, Qel::Root &root, FrameClock const &clock, Workload &workload)
+void printReport(Options const &options, Qel::Root &root, FrameClock const &clock, Workload &workload,
+                 MediaJob const *media)
 {
     Qel::BuildVersion const &version = root.getVersion();
     Qel::BuildDate const &built = root.getBuildDate();
@@ -79,14 +122,19 @@ void printReport(Options const &options, Qel::Root &root, FrameClock const &cloc
     }
 
     FrameTimes const times = clock.times();
-    std::printf("frames        %d of %d, %" PRIu64 " idle events, limit %d a second\n", clock.frames(),
-                settings::frames.get(), clock.idleEvents(), settings::fps.get());
+    std::printf("frames        %d of %d asked for, %" PRIu64 " idle events, limit %d a second\n",
+                clock.frames(), settings::frames.get(), clock.idleEvents(), settings::fps.get());
     std::printf("frame times   min %.3f ms, mean %.3f ms, 95th %.3f ms, max %.3f ms\n", times.shortest,
                 times.mean, times.percentile95, times.longest);
     std::printf("rate          %.1f a second over %.2f s\n", times.mean > 0.0 ? 1000.0 / times.mean : 0.0,
                 root.getTimeSinceInit().getSeconds());
     printMachine();
     printWork(workload);
+    if (media != nullptr) {
+        printMedia(*media);
+    } else {
+        std::printf("media         not run: there are none beside the program, or no plugins for them\n");
+    }
     printMemory();
     std::printf("log           %s\n", std::filesystem::absolute(options.logFile).string().c_str());
 }

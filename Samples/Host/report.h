@@ -1,10 +1,13 @@
 #pragma once
 
 #include "frameClock.h"
+#include "mediaJob.h"
 #include "options.h"
 #include "workload.h"
 
 #include "System/System/Root.h"
 
 /// Prints, for a person, what the engine is and how the run went.
-void printReport(Options const &options, Qel::Root &root, FrameClock const &clock, Workload &workload);
+/// @param media  null if it did not run
+void printReport(Options const &options, Qel::Root &root, FrameClock const &clock, Workload &workload,
+                 MediaJob const *media);

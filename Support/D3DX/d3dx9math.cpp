@@ -32,6 +32,28 @@ float widened(std::uint16_t half)
     return std::bit_cast<float>(sign | wideExponent << 23 | fraction << 13);
 }
 
+std::uint16_t narrowed(float f)
+{
+    auto const bits = std::bit_cast<std::uint32_t>(f);
+    std::uint32_t const sign = bits >> 16 & 0x8000;
+    std::uint32_t magnitude = bits & 0x7FFFFFFF;
+    if (magnitude > 0x7F800000) {
+        return static_cast<std::uint16_t>(sign | 0x7E00);
+    }
+    if (magnitude >= std::bit_cast<std::uint32_t>(65520.0f)) {
+        return static_cast<std::uint16_t>(sign | 0x7C00);
+    }
+    if (magnitude >= std::bit_cast<std::uint32_t>(0x1p-14f)) {
+        magnitude -= std::uint32_t{127 - 15} << 23;
+        magnitude += 0xFFF + (magnitude >> 13 & 1);
+        return static_cast<std::uint16_t>(sign | magnitude >> 13);
+    }
+    // A float from 0.5 on counts in the same steps as the denormal halves do, so the sum rounds for them.
+    std::uint32_t const steps = std::bit_cast<std::uint32_t>(std::bit_cast<float>(magnitude) + 0.5f) -
+                                std::bit_cast<std::uint32_t>(0.5f);
+    return static_cast<std::uint16_t>(sign | steps);
+}
+
 // In double, so that neither a large nor a small vector loses its length to the square.
 double length(float x, float y, float z)
 {
@@ -78,6 +100,15 @@ namespace {
 });
 
 } // namespace
+
+D3DXFLOAT16::D3DXFLOAT16(float f) : value(narrowed(f))
+{
+}
+
+D3DXFLOAT16::operator float() const
+{
+    return widened(value);
+}
 
 float *D3DXFloat16To32Array(float *out, D3DXFLOAT16 const *in, unsigned n)
 {

@@ -26,6 +26,11 @@
 /// A half-precision float (IEEE 754 binary16): sign, 5 bits of exponent, 10 bits of fraction.
 struct D3DXFLOAT16 {
     std::uint16_t value; ///< the bits
+
+    D3DXFLOAT16() = default; // leaves the bits as they are
+    /// Rounds to the nearest half, ties to even; from 65520 on that is infinity. A NaN stays one.
+    QEL_API D3DXFLOAT16(float f);
+    QEL_API operator float() const; ///< exact
 };
 
 /// Widens @p n halves. Exact, with denormals, infinities and NaN.

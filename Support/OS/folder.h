@@ -20,6 +20,7 @@ struct FileId {
     std::uint64_t device = 0;
     std::uint64_t number = 0;
 
+    // NOLINTNEXTLINE(modernize-use-nullptr): it takes the comparison with 0 in here for a pointer.
     auto operator<=>(FileId const &) const = default;
 };
 

@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/inotify.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -82,16 +83,21 @@ bool FolderWatch::addTree(std::string const &folder, bool tellFiles, Folders con
             }
             continue; // gone again, or not ours to see
         }
-        bool const isNew =
-            m_folders.insert_or_assign(watch, path).second && (known == nullptr || known->count(watch) == 0);
-        if (!m_recursive || !listFolder(reach(path).c_str(), entries)) {
+        auto const [place, inserted] = m_folders.insert_or_assign(watch, Folder{path, {}});
+        bool const isNew = inserted && (known == nullptr || known->count(watch) == 0);
+        if (!listFolder(reach(path).c_str(), entries)) {
             continue;
         }
         for (FolderEntry const &entry : entries) {
             std::string name = path + entry.name;
             if (entry.kind == FileKind::Folder && !entry.isLink) {
-                waiting.push_back(std::move(name) + pathSeparator);
-            } else if (tellFiles && isNew) {
+                if (m_recursive) {
+                    waiting.push_back(std::move(name) + pathSeparator);
+                }
+                continue;
+            }
+            noteTime(place->second, entry.name);
+            if (tellFiles && isNew) {
                 tell(FolderChange::Added, name);
                 m_listed.insert(std::move(name));
             }
@@ -100,10 +106,22 @@ bool FolderWatch::addTree(std::string const &folder, bool tellFiles, Folders con
     return true;
 }
 
+// @return is it another one than was known? Of a file that is gone nobody can tell, so it may be
+bool FolderWatch::noteTime(Folder &folder, std::string const &name) const
+{
+    struct stat status {};
+    if (fstatat(m_root, (folder.path + name).c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        return true;
+    }
+    std::int64_t const time = std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
+    auto const [place, isNew] = folder.times.try_emplace(name, time);
+    return std::exchange(place->second, time) != time || isNew;
+}
+
 void FolderWatch::forgetTree(std::string const &folder)
 {
     for (auto it = m_folders.begin(); it != m_folders.end();) {
-        if (it->second.compare(0, folder.size(), folder) == 0) {
+        if (it->second.path.compare(0, folder.size(), folder) == 0) {
             inotify_rm_watch(m_events, it->first);
             it = m_folders.erase(it);
         } else {
@@ -114,9 +132,9 @@ void FolderWatch::forgetTree(std::string const &folder)
 
 void FolderWatch::moveTree(std::string const &from, std::string const &to)
 {
-    for (auto &[watch, path] : m_folders) {
-        if (path.compare(0, from.size(), from) == 0) {
-            path.replace(0, from.size(), to);
+    for (auto &[watch, folder] : m_folders) {
+        if (folder.path.compare(0, from.size(), from) == 0) {
+            folder.path.replace(0, from.size(), to);
         }
     }
 }
@@ -127,7 +145,7 @@ void FolderWatch::findWayAgain()
     settleAll();
     Folders const before = std::exchange(m_folders, {});
     addTree("", true, &before);
-    for (auto const &[watch, path] : before) {
+    for (auto const &[watch, folder] : before) {
         if (m_folders.count(watch) == 0) {
             inotify_rm_watch(m_events, watch);
         }
@@ -193,10 +211,16 @@ void FolderWatch::translate(inotify_event const &event, char const *name)
     if (folder == m_folders.end() || *name == 0) {
         return; // of a folder that has left the tree, or of the folder itself
     }
-    std::string const path = folder->second + name;
+    std::string const path = folder->second.path + name;
+    bool isOther = false;
+    if ((event.mask & (IN_DELETE | IN_MOVED_FROM)) != 0) {
+        folder->second.times.erase(name);
+    } else if ((event.mask & IN_ISDIR) == 0) {
+        isOther = noteTime(folder->second, name);
+    }
     if ((event.mask & (IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO)) != 0) {
         cameOrWent(event, path);
-    } else if ((event.mask & IN_ISDIR) == 0) {
+    } else if (isOther || (event.mask & (IN_MODIFY | IN_ISDIR)) == IN_MODIFY) {
         tell(FolderChange::Modified, path);
     }
 }

@@ -17,7 +17,7 @@ struct inotify_event;
 namespace os {
 
 enum class FolderChange {
-    Modified, ///< content, size, times or rights
+    Modified, ///< content, size or time of change
     Added,
     RenamedOld, ///< comes right before RenamedNew, which has the new name
     RenamedNew,
@@ -29,6 +29,8 @@ enum class FolderChange {
 /// Folders themselves are not told of; a recursive watch follows those that come, move and go, and tells of
 /// the files in one that comes as added. Links to folders are files to it. What it watches is the folder that
 /// was opened, wherever that is moved; once it is removed nothing more happens in it.
+///
+/// The time of change of every file is remembered, since the system tells of times and of rights alike.
 ///
 /// The system keeps a limited number of changes. When it had to drop some, the watch finds its way again in
 /// the tree as it is then; files of folders that are new to it are told of, other changes are lost.
@@ -61,11 +63,16 @@ private:
         std::string name;
         bool isFolder;
     };
-    using Folders = std::unordered_map<int, std::string>;
+    struct Folder {
+        std::string path;                                    // "" or one that ends with a separator
+        std::unordered_map<std::string, std::int64_t> times; // of its files, in nanoseconds
+    };
+    using Folders = std::unordered_map<int, Folder>;
 
     FolderWatch() = default;
     std::string reach(std::string const &folder) const;
     bool addTree(std::string const &folder, bool tellFiles, Folders const *known);
+    bool noteTime(Folder &folder, std::string const &name) const;
     void forgetTree(std::string const &folder);
     void moveTree(std::string const &from, std::string const &to);
     void findWayAgain();
@@ -81,7 +88,7 @@ private:
     int m_events = -1; // where the system puts the changes
     int m_root = -1;   // the folder itself, under whatever name it goes
     bool m_recursive = false;
-    Folders m_folders; // by watch: "" or a path that ends with a separator
+    Folders m_folders; // by watch
     std::deque<std::pair<FolderChange, std::string>> m_ready;
     std::vector<Moved> m_moved;               // names that went and may yet come
     std::unordered_set<std::string> m_listed; // files told of whose own event may still come

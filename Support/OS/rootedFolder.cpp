@@ -70,6 +70,22 @@ bool readNames(int handle, std::vector<std::string> &names)
     return true;
 }
 
+// A name in the folder itself, on the way to which there is nothing that could lead out.
+bool isPlainName(char const *path)
+{
+    return std::strchr(path, '/') == nullptr && std::strcmp(path, "..") != 0 && *path != '\0';
+}
+
+// @return false if it is no plain file
+bool tell(struct stat const &found, RootedFolder::Status &status)
+{
+    if (!S_ISREG(found.st_mode)) {
+        return false;
+    }
+    status = {static_cast<std::uint64_t>(found.st_size), found.st_mtim.tv_sec};
+    return true;
+}
+
 // Element by element, through no link.
 int openStepByStep(int root, std::string_view path, int flags)
 {
@@ -117,6 +133,13 @@ bool RootedFolder::open(char const *path)
 
 int RootedFolder::openInside(char const *path, int flags) const
 {
+    // Of what is asked to be a folder the system does not tell that it is a link.
+    if ((flags & (O_PATH | O_DIRECTORY)) == 0 && isPlainName(path)) {
+        int const handle = ::openat(m_handle, path, flags | O_CLOEXEC | O_NOFOLLOW);
+        if (handle >= 0 || errno != ELOOP) {
+            return handle;
+        }
+    }
     if (beneathWorks.load(std::memory_order_relaxed)) {
         open_how how{};
         how.flags = static_cast<std::uint64_t>(flags | O_CLOEXEC);
@@ -158,56 +181,95 @@ void RootedFolder::listInto(Listing &listing, std::string const &folder, unsigne
         return;
     }
     for (std::string const &name : names) {
-        std::string path = folder.empty() ? name : folder + '/' + name;
-        struct stat status {};
-        if (fstatat(m_handle, path.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        std::string path = folder;
+        if (!path.empty()) {
+            path += '/';
+        }
+        path += name;
+        struct stat found {};
+        if (fstatat(m_handle, path.c_str(), &found, AT_SYMLINK_NOFOLLOW) != 0) {
             continue;
         }
-        if (S_ISLNK(status.st_mode)) {
+        if (S_ISLNK(found.st_mode)) {
             Handle const target(openInside(path.c_str(), O_RDONLY | O_NONBLOCK));
-            if (target.get() < 0 || fstat(target.get(), &status) != 0) {
+            if (target.get() < 0 || fstat(target.get(), &found) != 0) {
                 continue;
             }
         }
-        if (S_ISREG(status.st_mode)) {
-            listing.files.push_back(
-                {std::move(path), static_cast<std::uint64_t>(status.st_size), status.st_mtim.tv_sec});
-        } else if (S_ISDIR(status.st_mode) && depth < deepest) {
+        Status status;
+        if (tell(found, status)) {
+            listing.files.push_back({std::move(path), status});
+        } else if (S_ISDIR(found.st_mode) && depth < deepest) {
             listInto(listing, path, depth + 1);
         }
     }
 }
 
-bool RootedFolder::stat(char const *path, std::uint64_t &size, std::int64_t &modTime) const
+bool RootedFolder::stat(char const *path, Status &status) const
 {
-    struct stat status {};
-    if (fstatat(m_handle, path, &status, AT_SYMLINK_NOFOLLOW) != 0) {
-        return false;
-    }
-    if (S_ISLNK(status.st_mode)) {
-        Handle const target(openInside(path, O_RDONLY | O_NONBLOCK));
-        if (target.get() < 0 || fstat(target.get(), &status) != 0) {
+    struct stat found {};
+    // By its name alone where there are no folders on the way, which could have become links; a name that is
+    // a link itself is followed within bounds.
+    if (isPlainName(path)) {
+        if (fstatat(m_handle, path, &found, AT_SYMLINK_NOFOLLOW) != 0) {
             return false;
         }
+        if (!S_ISLNK(found.st_mode)) {
+            return tell(found, status);
+        }
     }
-    if (!S_ISREG(status.st_mode)) {
-        return false;
-    }
-    size = static_cast<std::uint64_t>(status.st_size);
-    modTime = status.st_mtim.tv_sec;
-    return true;
+    Handle const target(openInside(path, O_PATH));
+    return target.get() >= 0 && fstat(target.get(), &found) == 0 && tell(found, status);
 }
 
-std::size_t RootedFolder::read(char const *path, void *buffer, std::size_t size) const
+RootedFile::RootedFile(RootedFile &&other) noexcept : m_handle(std::exchange(other.m_handle, -1))
 {
-    // Without waiting: a pipe may have come in the file's place.
-    Handle const handle(openInside(path, O_RDONLY | O_NONBLOCK));
-    if (handle.get() < 0) {
-        return 0;
+}
+
+RootedFile &RootedFile::operator=(RootedFile &&other) noexcept
+{
+    if (this != &other) {
+        close();
+        m_handle = std::exchange(other.m_handle, -1);
     }
+    return *this;
+}
+
+RootedFile::~RootedFile()
+{
+    close();
+}
+
+void RootedFile::close()
+{
+    if (m_handle >= 0) {
+        ::close(std::exchange(m_handle, -1));
+    }
+}
+
+bool RootedFile::open(RootedFolder const &folder, char const *path)
+{
+    close();
+    // Without waiting: a pipe may have come in the file's place.
+    m_handle = folder.openInside(path, O_RDONLY | O_NONBLOCK);
+    return isOpen();
+}
+
+bool RootedFile::open(RootedFolder const &folder, char const *path, RootedFolder::Status &status)
+{
+    struct stat found {};
+    if (open(folder, path) && fstat(m_handle, &found) == 0 && tell(found, status)) {
+        return true;
+    }
+    close();
+    return false;
+}
+
+std::size_t RootedFile::read(void *buffer, std::size_t size)
+{
     std::size_t done = 0;
     while (done < size) {
-        ssize_t const got = ::read(handle.get(), static_cast<char *>(buffer) + done, size - done);
+        ssize_t const got = ::read(m_handle, static_cast<char *>(buffer) + done, size - done);
         if (got < 0 && errno == EINTR) {
             continue;
         }

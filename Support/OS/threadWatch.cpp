@@ -50,6 +50,13 @@ ThreadWatch::ThreadWatch() : m_id(currentThreadId())
     }
 }
 
+void ThreadWatch::restart()
+{
+    if (m_usedBefore >= 0) {
+        m_usedBefore = readClock(m_clock);
+    }
+}
+
 bool ThreadWatch::hasGoneOn() const
 {
     std::int64_t const now = m_usedBefore < 0 ? -1 : readClock(m_clock);

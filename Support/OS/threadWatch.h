@@ -8,10 +8,12 @@ namespace os {
 
 /// Tells whether the thread that made it has gone on since, or is merely being kept from the processor.
 ///
-/// @par Threads  Made on the watched thread, asked on any other.
+/// @par Threads  Made on the watched thread, asked on one other.
 class QEL_API ThreadWatch {
 public:
     ThreadWatch();
+
+    void restart(); ///< asks from now on about what comes after this call
 
     /// @return true if the thread has used a millisecond of the processor since, waits for something, or has
     ///         ended; false while it could go on and has had no turn

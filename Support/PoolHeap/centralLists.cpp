@@ -8,7 +8,8 @@ namespace PoolHeap::detail::central {
 
 namespace {
 
-constexpr std::size_t kSpanBytes = 256 * 1024; // also its alignment: a block finds its span by masking
+constexpr std::size_t kSpanBytes =
+    std::size_t{256} * 1024; // also its alignment: a block finds its span by masking
 constexpr std::uint32_t kKeptBatches = 8;
 constexpr std::uint32_t kKeptSpans = 8;
 
@@ -57,10 +58,12 @@ Span *makeSpan()
             --spare.count;
         }
     }
-    if (!span)
+    if (!span) {
         span = static_cast<Span *>(std::aligned_alloc(kSpanBytes, kSpanBytes));
-    if (span)
+    }
+    if (span) {
         *span = Span{nullptr, nullptr, nullptr, sizeof(Span), 0};
+    }
     return span;
 }
 
@@ -80,16 +83,18 @@ void open(List &list, Span *span)
 {
     span->previous = nullptr;
     span->next = list.open;
-    if (list.open)
+    if (list.open) {
         list.open->previous = span;
+    }
     list.open = span;
 }
 
 void close(List &list, Span *span)
 {
     (span->previous ? span->previous->next : list.open) = span->next;
-    if (span->next)
+    if (span->next) {
         span->next->previous = span->previous;
+    }
 }
 
 bool hasBlock(Span const *span, std::size_t bytes)
@@ -111,14 +116,16 @@ void *cutBlock(Span *span, std::size_t bytes)
 
 void returnBlock(List &list, void *block, std::size_t bytes)
 {
-    auto *span = reinterpret_cast<Span *>(reinterpret_cast<std::uintptr_t>(block) & ~(kSpanBytes - 1));
+    auto *span = reinterpret_cast<Span *>(static_cast<char *>(block) -
+                                          (reinterpret_cast<std::uintptr_t>(block) & (kSpanBytes - 1)));
     bool const wasOpen = hasBlock(span, bytes);
     auto *freed = static_cast<Free *>(block);
     freed->next = span->free;
     span->free = freed;
     if (--span->out == 0) {
-        if (wasOpen)
+        if (wasOpen) {
             close(list, span);
+        }
         dropSpan(span);
     } else if (!wasOpen) {
         open(list, span);
@@ -136,8 +143,9 @@ std::uint32_t take(std::size_t sizeClass, void **blocks, std::uint32_t count)
         Free *block = list.batches;
         list.batches = block->nextBatch;
         --list.batchCount;
-        for (std::uint32_t i = kBatch; i-- > 0; block = block->next)
+        for (std::uint32_t i = kBatch; i-- > 0; block = block->next) {
             blocks[i] = block;
+        }
         return kBatch;
     }
     // Filled from the end: a thread takes its last block first, and so walks upwards through fresh memory.
@@ -146,19 +154,23 @@ std::uint32_t take(std::size_t sizeClass, void **blocks, std::uint32_t count)
         Span *span = list.open;
         if (!span) {
             span = makeSpan();
-            if (!span)
+            if (!span) {
                 break;
+            }
             open(list, span);
         }
-        while (left > 0 && hasBlock(span, bytes))
+        while (left > 0 && hasBlock(span, bytes)) {
             blocks[--left] = cutBlock(span, bytes);
-        if (!hasBlock(span, bytes))
+        }
+        if (!hasBlock(span, bytes)) {
             close(list, span);
+        }
     }
     std::uint32_t const got = count - left;
     if (left > 0) {
-        for (std::uint32_t i = 0; i < got; ++i)
+        for (std::uint32_t i = 0; i < got; ++i) {
             blocks[i] = blocks[left + i];
+        }
     }
     return got;
 }
@@ -168,8 +180,9 @@ void give(std::size_t sizeClass, void *const *blocks, std::uint32_t count)
     List &list = lists[sizeClass];
     // The links of a batch are written before the lock is taken; in vain if there is no room for it.
     Free *batch = nullptr;
-    for (std::uint32_t i = 0; i < count && count == kBatch; ++i)
+    for (std::uint32_t i = 0; i < count && count == kBatch; ++i) {
         batch = new (blocks[i]) Free{batch, nullptr};
+    }
 
     std::lock_guard guard(list.lock);
     if (batch && list.batchCount < kKeptBatches) {
@@ -178,8 +191,9 @@ void give(std::size_t sizeClass, void *const *blocks, std::uint32_t count)
         ++list.batchCount;
         return;
     }
-    for (std::uint32_t i = 0; i < count; ++i)
+    for (std::uint32_t i = 0; i < count; ++i) {
         returnBlock(list, blocks[i], classBytes(sizeClass));
+    }
 }
 
 void trim()

@@ -44,8 +44,9 @@ static_assert(kBuckets == std::size_t{1} << (32 - 22));
 Context *find(std::uint32_t id)
 {
     for (Context *context = bucketOf(id); context; context = context->nextOfBucket) {
-        if (context->id == id)
+        if (context->id == id) {
             return context;
+        }
     }
     return nullptr;
 }
@@ -53,11 +54,13 @@ Context *find(std::uint32_t id)
 // The system's allocator and not operator new: a host may have built its own operator new on this library.
 Context *findOrMake(std::uint32_t id)
 {
-    if (Context *context = find(id))
+    if (Context *context = find(id)) {
         return context;
+    }
     void *memory = std::malloc(sizeof(Context));
-    if (!memory)
+    if (!memory) {
         return nullptr;
+    }
     auto *context = new (memory) Context;
     context->id = id;
     Context *&bucket = bucketOf(id);
@@ -93,8 +96,9 @@ void addTo(Context &sum, ThreadCount &slot)
 void foldLocked(ThreadCount &slot)
 {
     Context *context = slot.context;
-    if (!context)
+    if (!context) {
         return;
+    }
     context->peak = std::max(context->peak, context->bytes + Amount{look(slot.peak)}.bytes());
     addTo(*context, slot);
     publish(slot.taken, 0);
@@ -108,8 +112,9 @@ ContextCounts countsOf(Context const &context)
     std::int64_t peak = context.bytes;
     for (ThreadCounts *thread = registry.threads; thread; thread = thread->next) {
         ThreadCount &slot = thread->slots[countSlot(context.id)];
-        if (slot.context != &context)
+        if (slot.context != &context) {
             continue;
+        }
         addTo(sum, slot);
         peak += Amount{look(slot.peak)}.bytes();
     }
@@ -128,40 +133,46 @@ ContextCounts countsOf(Context const &context)
 void name(ContextInfo const &info)
 {
     std::lock_guard guard(registry.lock);
-    if (Context *context = findOrMake(info.id))
+    if (Context *context = findOrMake(info.id)) {
         context->name = info.name;
+    }
 }
 
 void addThread(ThreadCounts &counts)
 {
     // An empty place holds an id that belongs elsewhere, so that it never passes for a hit.
-    for (std::uint32_t i = 0; i < kCountSlots; ++i)
+    for (std::uint32_t i = 0; i < kCountSlots; ++i) {
         counts.slots[i].id = countSlot(0) == i ? 1 : 0;
+    }
     static_assert(countSlot(0) != countSlot(1));
 
     std::lock_guard guard(registry.lock);
     counts.next = registry.threads;
-    if (registry.threads)
+    if (registry.threads) {
         registry.threads->previous = &counts;
+    }
     registry.threads = &counts;
 }
 
 void removeThread(ThreadCounts &counts)
 {
     std::lock_guard guard(registry.lock);
-    for (ThreadCount &slot : counts.slots)
+    for (ThreadCount &slot : counts.slots) {
         foldLocked(slot);
+    }
     (counts.previous ? counts.previous->next : registry.threads) = counts.next;
-    if (counts.next)
+    if (counts.next) {
         counts.next->previous = counts.previous;
+    }
 }
 
 bool enter(ThreadCount &slot, std::uint32_t id)
 {
     std::lock_guard guard(registry.lock);
     Context *context = findOrMake(id);
-    if (!context)
+    if (!context) {
         return false;
+    }
     foldLocked(slot);
     slot.context = context;
     slot.id = id;
@@ -178,10 +189,12 @@ bool countDirect(ThreadCount *slot, std::uint32_t id, std::int64_t blocks, std::
 {
     std::lock_guard guard(registry.lock);
     Context *context = findOrMake(id);
-    if (!context)
+    if (!context) {
         return false;
-    if (slot)
+    }
+    if (slot) {
         foldLocked(*slot);
+    }
     (blocks > 0 ? context->allocations : context->releases) += 1;
     context->bytes += bytes;
     context->peak = std::max(context->peak, context->bytes);
@@ -192,8 +205,9 @@ bool read(std::uint32_t id, ContextCounts &counts)
 {
     std::lock_guard guard(registry.lock);
     Context const *context = find(id);
-    if (!context)
+    if (!context) {
         return false;
+    }
     counts = countsOf(*context);
     return true;
 }
@@ -202,8 +216,9 @@ std::size_t readAll(ContextCounts *counts, std::size_t room)
 {
     std::lock_guard guard(registry.lock);
     std::size_t at = 0;
-    for (Context const *context = registry.firstSeen; context && at < room; context = context->nextSeen)
+    for (Context const *context = registry.firstSeen; context && at < room; context = context->nextSeen) {
         counts[at++] = countsOf(*context);
+    }
     return registry.count;
 }
 

@@ -58,7 +58,7 @@ inline void publish(std::int64_t &value, std::int64_t now)
 }
 
 /// A thread tells the others once its live bytes have moved by this much.
-inline constexpr std::int64_t kUnfoldedBytes = 64 * 1024;
+inline constexpr std::int64_t kUnfoldedBytes = std::int64_t{64} * 1024;
 
 inline constexpr std::uint32_t kCountSlots = 16;
 

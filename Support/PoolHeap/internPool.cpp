@@ -22,8 +22,9 @@ InternPool::InternPool(unsigned expectedBytes, unsigned chunkBytes, unsigned mem
 char const *InternPool::str_add(char const *text)
 {
     std::size_t const length = text ? std::strlen(text) : 0;
-    if (length == 0)
+    if (length == 0) {
         return "";
+    }
     char *copy = room(length + 1);
     return copy ? static_cast<char const *>(std::memcpy(copy, text, length + 1)) : nullptr;
 }
@@ -34,8 +35,9 @@ char *InternPool::room(std::size_t bytes)
         std::size_t const chunkRoom = std::max(m_chunkBytes, m_chunks ? 0 : m_expectedBytes);
         std::size_t const whole = sizeof(Chunk) + std::max(bytes, chunkRoom);
         void *memory = PoolHeap::fast_alloc(whole, m_memoryContext);
-        if (!memory)
+        if (!memory) {
             return nullptr;
+        }
         auto *chunk = new (memory) Chunk{nullptr, whole};
         if (bytes > chunkRoom && m_chunks) {
             // The chunk before it still has room for shorter texts.

@@ -23,8 +23,9 @@ PoolBlk &PoolBlk::operator=(PoolBlk &&other) noexcept
 bool PoolBlk::alloc(std::uint32_t size, std::uint32_t memoryContext)
 {
     void *data = PoolHeap::fast_alloc(size, memoryContext);
-    if (!data)
+    if (!data) {
         return false;
+    }
     free();
     m_data = data;
     m_size = size;

@@ -13,7 +13,7 @@
 
 namespace PoolHeap {
 
-using namespace detail;
+using namespace detail; // NOLINT(google-build-using-namespace): the inner part of this very library
 
 Config the_config;
 
@@ -29,8 +29,9 @@ struct Stack {
 constexpr std::size_t slotsBefore(std::size_t sizeClass)
 {
     std::size_t slots = 0;
-    for (std::size_t i = 0; i < sizeClass; ++i)
+    for (std::size_t i = 0; i < sizeClass; ++i) {
         slots += capacityOf(i) + 1;
+    }
     return slots;
 }
 
@@ -83,8 +84,9 @@ void giveAllBack(ThreadHeap &heap)
         Stack &stack = heap.stacks[sizeClass];
         std::uint32_t const height = heightOf(stack, sizeClass);
         stack.top -= height;
-        for (std::uint32_t given = 0; given < height; given += kBatch)
+        for (std::uint32_t given = 0; given < height; given += kBatch) {
             central::give(sizeClass, stack.top + 1 + given, std::min(kBatch, height - given));
+        }
     }
 }
 
@@ -95,8 +97,9 @@ struct ThreadEnd {
     {
         ThreadHeap *heap = here.heap;
         here = Thread{.ended = true};
-        if (heap == &noHeap)
+        if (heap == &noHeap) {
             return;
+        }
         giveAllBack(*heap);
         contexts::removeThread(heap->counts);
         std::free(heap);
@@ -108,15 +111,18 @@ thread_local ThreadEnd theEnd;
 // @return null if the thread is past its end, or if there is no memory
 ThreadHeap *heapOfThread()
 {
-    if (here.heap != &noHeap)
+    if (here.heap != &noHeap) {
         return here.heap;
-    if (here.ended)
+    }
+    if (here.ended) {
         return nullptr;
+    }
     constexpr std::size_t aligned =
         (kHeapBytes + alignof(ThreadHeap) - 1) / alignof(ThreadHeap) * alignof(ThreadHeap);
     void *memory = std::aligned_alloc(alignof(ThreadHeap), aligned);
-    if (!memory)
+    if (!memory) {
         return nullptr;
+    }
     auto *heap = new (memory) ThreadHeap;
     initStacks(*heap);
     contexts::addThread(heap->counts);
@@ -155,8 +161,9 @@ std::int64_t difference(std::int64_t taken, std::int64_t returned)
     std::int64_t const live = difference(taken, count.returned);
     if (live > count.peak) [[unlikely]] {
         publish(count.peak, live);
-        if (live > Amount::of(0, kUnfoldedBytes).value)
+        if (live > Amount::of(0, kUnfoldedBytes).value) {
             return foldAfterAlloc(count, block);
+        }
     }
     return block;
 }
@@ -165,32 +172,38 @@ std::int64_t difference(std::int64_t taken, std::int64_t returned)
 {
     std::int64_t const returned = bump(count.returned, Amount::of(1, static_cast<std::int64_t>(size)).value);
     std::int64_t const live = difference(count.taken, returned);
-    if (live < Amount::of(0, -kUnfoldedBytes).value) [[unlikely]]
-        contexts::fold(count);
+    if (live < Amount::of(0, -kUnfoldedBytes).value) {
+        [[unlikely]] contexts::fold(count);
+    }
 }
 
 // Counts off the hot path. @return false if there is no memory for the context
 bool countSlow(ThreadHeap *heap, bool taken, std::size_t size, std::uint32_t context)
 {
     ThreadCount *count = heap ? &heap->counts.slots[countSlot(context)] : nullptr;
-    if (count && count->id != context && !contexts::enter(*count, context))
+    if (count && count->id != context && !contexts::enter(*count, context)) {
         return false;
-    if (count)
+    }
+    if (count) {
         here.count = count;
+    }
     auto const bytes = static_cast<std::int64_t>(size);
-    if (!count || bytes > kUnfoldedBytes)
+    if (!count || bytes > kUnfoldedBytes) {
         return contexts::countDirect(count, context, taken ? 1 : -1, taken ? bytes : -bytes);
-    if (taken)
+    }
+    if (taken) {
         noteAlloc(*count, size, nullptr);
-    else
+    } else {
         noteFree(*count, size);
+    }
     return true;
 }
 
 void *takeBlock(ThreadHeap *heap, std::size_t blockSize)
 {
-    if (QEL_POOLHEAP_PLAIN || blockSize > kSmallLimit)
+    if (QEL_POOLHEAP_PLAIN || blockSize > kSmallLimit) {
         return std::malloc(blockSize);
+    }
     std::size_t const sizeClass = classOf(blockSize);
     if (!heap) {
         void *block = nullptr;
@@ -198,8 +211,9 @@ void *takeBlock(ThreadHeap *heap, std::size_t blockSize)
         return block;
     }
     Stack &stack = heap->stacks[sizeClass];
-    if (!*stack.top)
+    if (!*stack.top) {
         stack.top += central::take(sizeClass, stack.top + 1, kBatch);
+    }
     void *block = *stack.top;
     stack.top -= block != nullptr;
     return block;
@@ -230,8 +244,9 @@ void giveBlock(ThreadHeap *heap, void *block, std::size_t blockSize)
 
 [[gnu::noinline]] void *allocSlow(std::size_t blockSize, std::size_t size, std::uint32_t context)
 {
-    if (size > kLargestBlock)
+    if (size > kLargestBlock) {
         return nullptr;
+    }
     ThreadHeap *heap = heapOfThread();
     blockSize += blockSize == 0;
     void *block = takeBlock(heap, blockSize);
@@ -244,8 +259,9 @@ void giveBlock(ThreadHeap *heap, void *block, std::size_t blockSize)
 
 [[gnu::noinline]] void freeSlow(void *block, std::size_t blockSize, std::size_t size, std::uint32_t context)
 {
-    if (!block)
+    if (!block) {
         return;
+    }
     ThreadHeap *heap = heapOfThread();
     blockSize += blockSize == 0;
     giveBlock(heap, block, blockSize);
@@ -263,14 +279,16 @@ Stack &stackOf(ThreadHeap &heap, std::size_t size)
 // blockSize is what the block takes, size what is counted.
 [[gnu::always_inline]] inline void *alloc(std::size_t blockSize, std::size_t size, std::uint32_t context)
 {
-    if (QEL_POOLHEAP_PLAIN || blockSize - 1 >= kSmallLimit) [[unlikely]]
-        return allocSlow(blockSize, size, context);
+    if (QEL_POOLHEAP_PLAIN || blockSize - 1 >= kSmallLimit) {
+        [[unlikely]] return allocSlow(blockSize, size, context);
+    }
     ThreadCount *const count = here.count;
     Stack &stack = stackOf(*here.heap, blockSize);
     void **const top = stack.top;
     void *const block = *top;
-    if (!block || count->id != context) [[unlikely]]
-        return allocSlow(blockSize, size, context);
+    if (!block || count->id != context) {
+        [[unlikely]] return allocSlow(blockSize, size, context);
+    }
 
     stack.top = top - 1;
     __builtin_prefetch(top[-1], 1); // the next one's memory: it has not been looked at since it was freed
@@ -280,13 +298,15 @@ Stack &stackOf(ThreadHeap &heap, std::size_t size)
 [[gnu::always_inline]] inline void free(void *block, std::size_t blockSize, std::size_t size,
                                         std::uint32_t context)
 {
-    if (QEL_POOLHEAP_PLAIN || !block || blockSize - 1 >= kSmallLimit) [[unlikely]]
-        return freeSlow(block, blockSize, size, context);
+    if (QEL_POOLHEAP_PLAIN || !block || blockSize - 1 >= kSmallLimit) {
+        [[unlikely]] return freeSlow(block, blockSize, size, context);
+    }
     ThreadCount *const count = here.count;
     Stack &stack = stackOf(*here.heap, blockSize);
     void **const top = stack.top;
-    if (top == stack.end || count->id != context) [[unlikely]]
-        return freeSlow(block, blockSize, size, context);
+    if (top == stack.end || count->id != context) {
+        [[unlikely]] return freeSlow(block, blockSize, size, context);
+    }
 
     top[1] = block;
     stack.top = top + 1;
@@ -308,35 +328,41 @@ constexpr std::uint32_t kBack = 0xDEADB10C;
 
 void *markedAlloc(std::size_t size, std::uint32_t context)
 {
-    if (size > kLargestBlock)
+    if (size > kLargestBlock) {
         return nullptr;
+    }
     void *memory = alloc(size + sizeof(Mark), size, context);
-    if (!memory)
+    if (!memory) {
         return nullptr;
+    }
     return new (memory) Mark{size, context, kOut} + 1;
 }
 
 void markedFree(void *block, std::size_t size, std::uint32_t context)
 {
-    if (!block)
+    if (!block) {
         return;
+    }
     Mark *mark = static_cast<Mark *>(block) - 1;
     Mark const told = *mark;
     bool const wasOut = told.state == kOut;
     if (!wasOut || told.size != size || told.context != context) {
         char text[192];
-        if (wasOut)
+        if (wasOut) {
             std::snprintf(text, sizeof(text),
                           "PoolHeap - block %p: freed as %zu bytes of context 0x%X, taken as %zu of 0x%X\n",
                           block, size, context, told.size, told.context);
-        else
+        } else {
             std::snprintf(text, sizeof(text), "PoolHeap - block %p: %s\n", block,
                           told.state == kBack ? "freed twice" : "freed, but never given out");
-        if (the_config.message)
+        }
+        if (the_config.message) {
             the_config.message(text);
+        }
         if (!wasOut) {
-            if (the_config.breakpoint)
+            if (the_config.breakpoint) {
                 the_config.breakpoint();
+            }
             return;
         }
     }
@@ -354,8 +380,9 @@ void init()
 
 void shutdown()
 {
-    if (here.heap != &noHeap)
+    if (here.heap != &noHeap) {
         giveAllBack(*here.heap);
+    }
     central::trim();
 }
 
@@ -407,8 +434,9 @@ std::size_t all_context_counts(ContextCounts *counts, std::size_t room)
 
 void *poolheap_malloc(std::size_t size)
 {
-    if (size > PoolHeap::detail::kLargestBlock)
+    if (size > PoolHeap::detail::kLargestBlock) {
         return nullptr;
+    }
     return std::malloc(size > 0 ? size : 1);
 }
 

@@ -42,7 +42,7 @@ constexpr std::size_t classBytes(std::size_t sizeClass)
 /// Blocks that a thread keeps of one class: no more than 128 KiB of them.
 constexpr std::size_t capacityOf(std::size_t sizeClass)
 {
-    std::size_t const blocks = 128 * 1024 / classBytes(sizeClass);
+    std::size_t const blocks = std::size_t{128} * 1024 / classBytes(sizeClass);
     return blocks < 1024 ? blocks : 1024;
 }
 

@@ -34,4 +34,14 @@ void iCodec::operator delete(void *block) noexcept
     PoolHeap::std_free(block);
 }
 
+void *iCodec::operator new(std::size_t size, std::align_val_t alignment) noexcept
+{
+    return ::operator new(size, alignment, std::nothrow);
+}
+
+void iCodec::operator delete(void *block, std::align_val_t alignment) noexcept
+{
+    ::operator delete(block, alignment);
+}
+
 } // namespace Qel

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <new>
 
 namespace Qel {
 
@@ -19,7 +20,7 @@ namespace Qel {
 /// | Codec         | encode, when done | decode, when done | decode of damaged data                     |
 /// |---------------|-------------------|-------------------|--------------------------------------------|
 /// | cCodecMTF     | true              | true              | there is none                              |
-/// | cCodecHuffman | true              | true              | true; false at the limit of output         |
+/// | cCodecHuffman | true              | true              | true; false at setOutputLimit()            |
 /// | cCodecLZ77    | false             | false             | false                                      |
 /// | cCodecLZW     | false             | true              | false                                      |
 /// | cCodecZIP     | true              | true              | false                                      |
@@ -28,7 +29,8 @@ namespace Qel {
 /// false means that the output did not take everything or that memory ran out.
 ///
 /// Somebody else's codec is derived from this one and made by a CodecFactory. It is made and destroyed
-/// through the operators of this class, so that it lies in the memory library whoever makes it.
+/// through the operators of this class, so that it lies in the memory library whoever makes it; one that
+/// needs more than the usual alignment has its block from the global operators.
 ///
 /// @par Threads  Codecs hold working state: one object does one job at a time. Threads that work at the same
 ///               time make objects of their own, and do not ask CodecManager, which has one for each name.
@@ -45,14 +47,31 @@ public:
 
     virtual ~iCodec();
 
-    /// Sets how many bytes a decode() may write when they are out of proportion to its input: more than 2040
-    /// for each byte of it. Beyond both it stops and gives false. For the process; 64 MiB at start.
+    /// Sets how many bytes a decode() of cCodecHuffman may write when they are out of proportion to its
+    /// input: more than 8 for each byte of it. Beyond both it stops and gives false. That can only be damage,
+    /// or data of one byte value alone, whose codes take no bits. The other codecs' formats set a proportion
+    /// themselves, and cCodecZIP refuses 64 MiB. For the process; 64 MiB at start.
     static void setOutputLimit(std::uint32_t bytes);
     static std::uint32_t getOutputLimit(); ///< as setOutputLimit() was told
 
     static void *operator new(std::size_t size) noexcept; ///< PoolHeap::std_alloc(); null without memory
+    static void *operator new(std::size_t size, std::nothrow_t const &) noexcept
+    {
+        return operator new(size);
+    }
+    static void *operator new(std::size_t size, std::align_val_t alignment) noexcept;
+    static void *operator new(std::size_t size, std::align_val_t alignment, std::nothrow_t const &) noexcept
+    {
+        return operator new(size, alignment);
+    }
     static void *operator new(std::size_t, void *place) noexcept { return place; }
     static void operator delete(void *block) noexcept; ///< PoolHeap::std_free()
+    static void operator delete(void *block, std::nothrow_t const &) noexcept { operator delete(block); }
+    static void operator delete(void *block, std::align_val_t alignment) noexcept;
+    static void operator delete(void *block, std::align_val_t alignment, std::nothrow_t const &) noexcept
+    {
+        operator delete(block, alignment);
+    }
     static void operator delete(void *, void *) noexcept {}
 
 protected:

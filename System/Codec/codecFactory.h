@@ -9,6 +9,10 @@ namespace Qel {
 ///
 /// createInstance() gives a codec made by `new`, which CodecManager deletes; the name it is told can be
 /// ignored.
-using CodecFactory = FactoryObj<iCodec>;
+class QEL_API CodecFactory : public FactoryObj<iCodec> {
+public:
+    String getType() const override = 0;
+    iCodec *createInstance(String const &name) override = 0;
+};
 
 } // namespace Qel

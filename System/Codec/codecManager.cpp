@@ -5,7 +5,6 @@
 #include "System/Codec/codecs/codec_lzw.h"
 #include "System/Codec/codecs/codec_mtf.h"
 #include "System/Codec/codecs/codec_zip.h"
-#include "System/Patterns/tSingletonImpl.h"
 #include "System/System/logManager.h"
 #include "System/System/pluginMgr.h"
 
@@ -42,10 +41,11 @@ void CodecManager::addFactory(CodecFactory *factory)
         return;
     }
     String const name = factory->getType();
-    if (!factories.try_emplace(name, factory).second) {
+    bool const isFree = factories.try_emplace(name, factory).second;
+    logMessage("Codec type '" + name + "' registered.\n", 2);
+    if (!isFree) {
         return;
     }
-    logMessage("Codec type '" + name + "' registered.\n", 2);
     PluginMgr::registered(factory, [factory] {
         if (CodecManager *const manager = InstancePtr()) {
             manager->removeFactory(factory);

@@ -35,7 +35,8 @@ public:
     CodecManager(CodecManager const &) = delete;
     CodecManager &operator=(CodecManager const &) = delete;
 
-    /// Registers a factory under its getType() and logs it. If the name is taken, the first factory keeps it.
+    /// Registers a factory under its getType(). If the name is taken, the first factory keeps it; the call is
+    /// logged all the same.
     /// @param factory  not owned; must live as long as the manager, or until removeFactory(). Null does
     ///                 nothing
     void addFactory(CodecFactory *factory);

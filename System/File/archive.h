@@ -54,33 +54,33 @@ public:
     /// Looks a file up. Called for every lookup that is to give a record.
     /// @param info  filled with at least name, size, handle and archive if it is not null
     /// @return false if the archive does not hold it; @p info is then not looked at
-    virtual bool findFile(char const *name, FileInfo *info, unsigned int hash) = 0;
+    virtual bool findFile(char const *fileName, FileInfo *info, unsigned int hash) = 0;
 
     /// The record of the file that getFile() gives for an index.
     virtual bool getFileInfo(int index, FileInfo *info);
 
     /// Reads a file whole. Called on any thread.
     /// @param info    as findFile() filled it
-    /// @param buffer  @p size bytes; not a byte more is written
+    /// @param buffer  @p room bytes; not a byte more is written
     /// @param handle  the handle of @p info
     /// @return bytes delivered, 0 on failure. A file that turns out shorter than its record said gives fewer:
     ///         the caller fills up with zeros
-    virtual unsigned int readFile(FileInfo *info, void *buffer, unsigned int size, unsigned int handle) = 0;
+    virtual unsigned int readFile(FileInfo *info, void *buffer, unsigned int room, unsigned int handle) = 0;
 
     /// Stores a file whole, in place of one of that name.
     /// @return bytes taken, 0 on failure or if not supported
-    virtual unsigned int writeFile(char const *name, void const *buffer, unsigned int size);
-    virtual bool removeFile(char const *name);                 ///< false if not supported
+    virtual unsigned int writeFile(char const *fileName, void const *buffer, unsigned int bytes);
+    virtual bool removeFile(char const *fileName);             ///< false if not supported
     virtual bool renameFile(char const *from, char const *to); ///< false if not supported
-    virtual bool createFolder(char const *name);               ///< false if not supported
-    virtual bool removeFolder(char const *name);               ///< false if not supported
+    virtual bool createFolder(char const *folder);             ///< false if not supported
+    virtual bool removeFolder(char const *folder);             ///< false if not supported
 
     /// Appends the names that stand directly in a folder, those of folders with a slash behind.
     /// @param folder  without a slash at its end; "" for the root
     /// @return the number of names appended; 0 if not supported
     virtual unsigned int listFolder(char const *folder, StringVector &out);
-    virtual std::int64_t getFileTime(HashConstCharPtr const &file);   ///< seconds since 1970; 0 if not known
-    virtual bool setFileTime(char const *name, std::int64_t seconds); ///< false if not supported
+    virtual std::int64_t getFileTime(HashConstCharPtr const &file); ///< seconds since 1970; 0 if not known
+    virtual bool setFileTime(char const *fileName, std::int64_t seconds); ///< false if not supported
 
     /// How many files the archive lists.
     virtual int getNumFiles() = 0;
@@ -93,7 +93,7 @@ public:
     virtual void refresh() = 0; ///< rereads the table of contents
 
 private:
-    std::uint16_t m_reserved = 0;
+    [[maybe_unused]] std::uint16_t m_reserved = 0;
 };
 
 } // namespace Qel

@@ -7,6 +7,7 @@
 #include "System/System/logManager.h"
 #include "System/System/memtrackAllocator.h"
 #include "System/System/pluginMgr.h"
+#include "System/math/nameHash.h"
 
 #include "Support/PoolHeap/poolBlk.h"
 
@@ -14,6 +15,7 @@
 #include <cstdio>
 #include <cstring>
 #include <iterator>
+#include <numeric>
 
 namespace Qel {
 
@@ -27,31 +29,6 @@ constexpr std::uint32_t tailFilled = 0x00100000; // bytes that a file may come s
 // Neither has to be destroyed, so archives and containers may die in any order.
 constinit cArchiveContainer *firstContainer = nullptr;
 constinit thread_local char threadMark = 0;
-
-// A name in normal form. Only names that are not looked up by users can be longer than the room.
-class NormalName {
-public:
-    explicit NormalName(char const *name)
-    {
-        char *normal = m_short;
-        if (strnlen(name, nameRoom) == nameRoom) {
-            m_long = name;
-            normal = m_long.data();
-        }
-        StringTools::remap(normal, name, StringTools::getMapTable(MAP_PATH));
-        m_text = normal;
-    }
-
-    NormalName(NormalName const &) = delete;
-    NormalName &operator=(NormalName const &) = delete;
-
-    char const *text() const { return m_text; }
-
-private:
-    char m_short[nameRoom];
-    String m_long;
-    char const *m_text;
-};
 
 bool askArchive(iArchive &archive, HashConstCharPtr const &file, FileInfo &info)
 {
@@ -103,7 +80,7 @@ private:
     void const *m_before;
 };
 
-void cArchiveContainer::checkNotChanging() const
+inline void cArchiveContainer::checkNotChanging() const
 {
     [[maybe_unused]] void const *const changer = m_changedBy.load(std::memory_order_relaxed);
     QEL_ASSERT(changer == nullptr || changer == &threadMark);
@@ -147,19 +124,37 @@ void cArchiveContainer::addArchive(iArchive &archive)
         }
         nameless = 0;
         iArchive *const owner = mExternals != nullptr && mExternals->exists(file) ? mExternals : &archive;
-        std::size_t const length = std::strlen(file.text);
-        if (sFileEntry *const known = findFileEntry({file.text, file.hash, length, true})) {
+        sFileEntry entry{nullptr, file.hash, 0, owner, {}};
+        Wanted const wanted = wantedOf(file, entry.head);
+        if (sFileEntry *const known = findFileEntry(wanted)) {
             known->archive = owner;
         } else if (char const *const text = m_names.str_add(file.text)) {
-            fresh.push_back({text, file.hash, static_cast<std::uint32_t>(length), owner});
+            entry.text = text;
+            entry.length = wanted.length;
+            // It may be there already.
+            std::memmove(entry.head, wanted.head, sizeof entry.head);
+            fresh.push_back(entry);
         }
     }
 
     m_archives.push_back(&archive);
-    std::stable_sort(fresh.begin(), fresh.end());
-    auto const sorted = static_cast<std::ptrdiff_t>(m_files.size());
-    m_files.insert(m_files.end(), fresh.begin(), fresh.end());
-    std::inplace_merge(m_files.begin(), m_files.begin() + sorted, m_files.end());
+    // By their numbers and not in place: the room that the standard library takes for the latter is not
+    // aligned as the entries are.
+    std::vector<std::uint32_t> order(fresh.size());
+    std::iota(order.begin(), order.end(), 0U);
+    std::stable_sort(order.begin(), order.end(),
+                     [&](std::uint32_t a, std::uint32_t b) { return fresh[a] < fresh[b]; });
+    std::vector<sFileEntry> files;
+    files.reserve(m_files.size() + fresh.size());
+    auto known = m_files.begin();
+    for (std::uint32_t const next : order) {
+        auto const before = std::upper_bound(known, m_files.end(), fresh[next]);
+        files.insert(files.end(), known, before);
+        files.push_back(fresh[next]);
+        known = before;
+    }
+    files.insert(files.end(), known, m_files.end());
+    m_files.swap(files);
     indexFiles();
 }
 
@@ -268,74 +263,94 @@ void cArchiveContainer::forget(iArchive &archive)
     }
 }
 
-// A name as it was written is compared as it stands: to bring it to normal form first would make each search
-// wait for what it has just stored. And how much is compared is the name's own length, so that the processor
-// can begin the next search while the entry and its text still come from memory.
-bool cArchiveContainer::Wanted::operator==(sFileEntry const &entry) const
+// What a lookup compares has one size, so that the processor can go on to the next name while the entry still
+// comes from memory.
+inline bool cArchiveContainer::Wanted::operator==(sFileEntry const &entry) const
 {
-    if (entry.length != length) {
-        return false;
+    constexpr std::size_t headSize = sizeof entry.head;
+    std::uint64_t mine[headSize / 8];
+    std::uint64_t its[headSize / 8];
+    std::memcpy(mine, head, headSize);
+    std::memcpy(its, entry.head, headSize);
+    std::uint64_t different = length ^ entry.length;
+    for (std::size_t i = 0; i < headSize / 8; ++i) {
+        different |= mine[i] ^ its[i];
     }
-    if (isNormal) {
-        return std::memcmp(entry.text, text, length) == 0;
-    }
-    unsigned char const *const map = StringTools::getMapTable(MAP_PATH);
-    unsigned different = 0;
-    for (std::size_t i = 0; i < length; ++i) {
-        different |= map[static_cast<unsigned char>(text[i])] ^ static_cast<unsigned char>(entry.text[i]);
-    }
-    return different == 0;
+    return different == 0 && (length <= headSize ||
+                              std::memcmp(entry.text + headSize, text + headSize, length - headSize) == 0);
 }
 
-cArchiveContainer::sFileEntry *cArchiveContainer::findFileEntry(Wanted const &wanted)
+// The head is used for a name that is too short to be looked at that far.
+cArchiveContainer::Wanted cArchiveContainer::wantedOf(HashConstCharPtr const &file, NameHead &head)
+{
+    std::size_t const length = std::strlen(file.text);
+    Wanted wanted{file.text, file.hash, static_cast<std::uint32_t>(length), file.text};
+    if (length < sizeof head) {
+        std::memset(head, 0, sizeof head);
+        std::memcpy(head, file.text, length);
+        wanted.head = head;
+    }
+    return wanted;
+}
+
+inline cArchiveContainer::sFileEntry *cArchiveContainer::findFileEntry(Wanted const &wanted)
 {
     HashIndex::Range const range = m_index.find(wanted.hash);
     sFileEntry *const first = m_files.data() + range.first;
     sFileEntry *const last = m_files.data() + range.last;
     if (last - first > 8) {
         // Names that were made to have one hash would make a long way through them, so it halves.
-        NormalName const normal(wanted.text);
-        sFileEntry const key{wanted.isNormal ? wanted.text : normal.text(), wanted.hash, 0, nullptr};
-        sFileEntry *const place = std::lower_bound(first, last, key);
-        return place != last && !(key < *place) ? place : nullptr;
+        sFileEntry *const place =
+            std::lower_bound(first, last, wanted, [](sFileEntry const &entry, Wanted const &name) {
+                return std::strcmp(entry.text, name.text) < 0;
+            });
+        return place != last && wanted == *place ? place : nullptr;
     }
-    sFileEntry *const found =
-        std::find_if(first, last, [&](sFileEntry const &entry) { return wanted == entry; });
-    return found != last ? found : nullptr;
+    for (sFileEntry *entry = first; entry != last; ++entry) {
+        if (wanted == *entry) {
+            return entry;
+        }
+    }
+    return nullptr;
 }
 
 bool cArchiveContainer::_findResource(char const *name, FileInfo *info)
 {
-    std::size_t const length = name == nullptr ? nameRoom : strnlen(name, nameRoom);
-    if (length == nameRoom) {
+    if (name == nullptr) {
         return false;
     }
-    std::uint32_t const hash = StringTools::calcHash(name, StringTools::getMapTable(MAP_PATH));
-    return findWanted({name, hash, length, false}, info);
+    alignas(64) char normal[nameRoom];
+    unsigned char const *const map = StringTools::getMapTable(MAP_PATH);
+    NameHash measured = mapShortName(name, map, normal);
+    if (measured.length == shortNameRoom) {
+        std::size_t const length = strnlen(name, nameRoom);
+        if (length == nameRoom) {
+            return false;
+        }
+        StringTools::remap(normal, name, map);
+        measured = hashName(normal);
+    }
+    return findWanted({normal, measured.hash, measured.length, normal}, info);
 }
 
 bool cArchiveContainer::_findResource(HashConstCharPtr const &file, FileInfo *info)
 {
-    return file.text != nullptr && findWanted({file.text, file.hash, std::strlen(file.text), true}, info);
+    NameHead head;
+    return file.text != nullptr && findWanted(wantedOf(file, head), info);
 }
 
-bool cArchiveContainer::findWanted(Wanted const &wanted, FileInfo *info)
+inline bool cArchiveContainer::findHere(Wanted const &wanted, FileInfo *info)
 {
-    if (this != &mCommonArchives && mCommonArchives.findWanted(wanted, info)) {
-        return true;
-    }
     checkNotChanging();
     if (sFileEntry const *const entry = findFileEntry(wanted)) {
         return info == nullptr || askArchive(*entry->archive, {entry->text, entry->hash}, *info);
     }
-    if (mInternals == nullptr) {
-        return false;
-    }
-    if (wanted.isNormal) {
-        return askInternals(*mInternals, {wanted.text, wanted.hash}, info);
-    }
-    NormalName const normal(wanted.text);
-    return askInternals(*mInternals, {normal.text(), wanted.hash}, info);
+    return mInternals != nullptr && askInternals(*mInternals, {wanted.text, wanted.hash}, info);
+}
+
+bool cArchiveContainer::findWanted(Wanted const &wanted, FileInfo *info)
+{
+    return (this != &mCommonArchives && mCommonArchives.findHere(wanted, info)) || findHere(wanted, info);
 }
 
 bool cArchiveContainer::_findResourceData(char const *name, PoolBlk &block, unsigned int memoryContext,

@@ -121,30 +121,36 @@ public:
 private:
     class ChangeScope;
 
-    struct sFileEntry {
+    // A line of the cache, with the text's beginning in it: a lookup waits for memory once.
+    struct alignas(64) sFileEntry {
         char const *text; // in m_names
         std::uint32_t hash;
         std::uint32_t length; // of the text
         iArchive *archive;
+        char head[40]; // of the text, zeros behind it
 
         bool operator<(sFileEntry const &other) const;
     };
 
-    // A name that is looked for: in normal form, or as it was written.
+    // A name in normal form that is looked for.
     struct Wanted {
         char const *text;
-        std::uint32_t hash; // of its normal form
-        std::size_t length;
-        bool isNormal;
+        std::uint32_t hash;
+        std::uint32_t length;
+        char const *head; // as many bytes as an entry has
 
         bool operator==(sFileEntry const &entry) const;
     };
 
+    using NameHead = char[sizeof sFileEntry::head];
+    static Wanted wantedOf(HashConstCharPtr const &file, NameHead &head);
+
     sFileEntry *findFileEntry(Wanted const &wanted);
     bool findWanted(Wanted const &wanted, FileInfo *info);
+    bool findHere(Wanted const &wanted, FileInfo *info);
     void forget(iArchive &archive);
     void indexFiles();
-    void checkNotChanging() const;
+    void checkNotChanging() const; // in debug builds
 
     InternPool m_names;
     std::vector<sFileEntry> m_files; // by hash, then by name

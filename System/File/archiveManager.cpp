@@ -3,7 +3,6 @@
 #include "System/File/archive.h"
 #include "System/File/archiveFactory.h"
 #include "System/File/archiveStreaming.h"
-#include "System/Patterns/tSingletonImpl.h"
 #include "System/System/logManager.h"
 #include "System/System/pluginMgr.h"
 
@@ -70,7 +69,7 @@ iArchive *ArchiveManager::load(String const &name, String const &type)
     }
     iArchive *const archive = place->second->createInstance(normal);
     if (archive != nullptr) {
-        static_cast<cResource *>(archive)->m_factoryName = type;
+        static_cast<cResource *>(archive)->factoryName = type;
         Register(archive, PRIORITY_MOST_URGENT);
     }
     return archive;

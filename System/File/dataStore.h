@@ -11,6 +11,13 @@ struct sBlockId {
     std::uint32_t value;
 };
 
+/// Whose image a cDataStore has.
+enum eMode : std::uint8_t {
+    MODE_CLOSED = 0, ///< none
+    MODE_OWNED = 1,  ///< the store's
+    MODE_SHARED = 2  ///< somebody else's; it is never written
+};
+
 /// A dictionary from names to bytes in one flat image, which can be saved whole and used again without
 /// parsing.
 ///
@@ -38,12 +45,8 @@ struct sBlockId {
 /// @par Threads  Any number of threads may read a store that nobody writes.
 class QEL_API cDataStore {
 public:
-    /// Whose image it is.
-    enum eMode : std::uint8_t {
-        MODE_CLOSED = 0, ///< none
-        MODE_OWNED = 1,  ///< the store's
-        MODE_SHARED = 2  ///< somebody else's; it is never written
-    };
+    using eMode = Qel::eMode;
+    using enum Qel::eMode;
 
     cDataStore() = default;                          ///< closed, with alignment 4
     cDataStore(void const *data, unsigned int size); ///< open_shared() with alignment 4

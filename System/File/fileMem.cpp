@@ -69,9 +69,6 @@ unsigned int cFileMem::writeAny(void const *buffer, unsigned int size)
         }
         from = own ? m_data + offset : from;
     }
-    if (m_position > m_size) {
-        std::memset(m_data + m_size, 0, m_position - m_size);
-    }
     if (size > 0) {
         std::memmove(m_data + m_position, from, size);
     }
@@ -105,8 +102,8 @@ bool cFileMem::reserve(unsigned int size)
     if (block == nullptr) {
         return false;
     }
-    if (m_size > 0) {
-        std::memcpy(block, m_data, m_size);
+    if (extent() > 0) {
+        std::memcpy(block, m_data, extent());
     }
     if (m_ownership == OWNERSHIP_HEAP) {
         poolheap_free(m_data);

@@ -48,7 +48,7 @@ public:
     unsigned int write(void const *buffer, unsigned int size) override
     {
         std::uint64_t const end = std::uint64_t{m_position} + size;
-        bool const simple = end <= m_capacity && m_position <= m_size && m_ownership != OWNERSHIP_SHARED;
+        bool const simple = end <= m_capacity && m_ownership != OWNERSHIP_SHARED;
         if (!simple || buffer == nullptr || !moveValue(m_data + m_position, buffer, size)) {
             return writeAny(buffer, size);
         }
@@ -94,8 +94,10 @@ public:
     /// writes give 0.
     /// @return false if @p data is null, and the stream is then empty
     bool openShared(unsigned int size, unsigned char *data);
+    bool isShared() const { return m_ownership == OWNERSHIP_SHARED; } ///< a block of openShared()?
 
-    /// Sets the size. The position stays, and new bytes may be anything.
+    /// Sets the size. The position stays, and new bytes may be anything. A write at a position behind the new
+    /// end brings back what was there before.
     /// @return false if there is no room; the size is then as it was
     bool resize(unsigned int size);
 
@@ -115,6 +117,9 @@ protected:
 
     /// Room for @p wanted bytes. As reserve(), also beyond what 32 bits hold.
     bool makeRoom(std::uint64_t wanted) { return wanted <= m_capacity || reserveWide(wanted); }
+
+    /// Bytes that a block takes along: also those behind the end that a write would bring back.
+    std::uint32_t extent() const { return m_size > m_position ? m_size : m_position; }
 
     unsigned char *m_data = nullptr;
     eOwnership m_ownership = OWNERSHIP_HEAP;

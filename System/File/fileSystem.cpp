@@ -127,20 +127,6 @@ bool walk(Walk::Wanted wanted, String const &search, std::vector<String> &out, S
     return true;
 }
 
-// Empty pieces are no components, so that separators at the ends and doubled ones change nothing.
-std::vector<String> components(String const &path)
-{
-    std::vector<String> result;
-    for (std::size_t at = 0; at < path.size();) {
-        std::size_t const end = std::min(path.find_first_of(separators, at), path.size());
-        if (end > at) {
-            result.emplace_back(path, at, end - at);
-        }
-        at = end + 1;
-    }
-    return result;
-}
-
 // Counts up a number of any length, written in digits; it gets longer when it has to.
 void increment(String &digits)
 {
@@ -170,8 +156,10 @@ bool FileSystem::getDirectories(String const &search, std::vector<String> &out, 
 
 String FileSystem::buildRelativePath(String const &target, String const &base)
 {
-    std::vector<String> to = components(target);
-    std::vector<String> from = components(base);
+    std::vector<String> to;
+    std::vector<String> from;
+    target.split(to, separators, 0);
+    base.split(from, separators, 0);
     std::size_t common = 0;
     for (; common < to.size() && common < from.size(); ++common) {
         to[common].toLowerCase();
@@ -211,11 +199,14 @@ long long FileSystem::fileSize(String const &path)
 
 String FileSystem::getNextUniqueFilename(String const &directory, String const &fileName)
 {
-    std::size_t const dot = std::min(fileName.rfind('.'), fileName.size());
-    String stem(fileName, 0, dot);
-    String const extension(fileName, dot, String::npos);
+    // Up to the first zero byte, where the system sees the ends of both.
+    String const folder(directory.c_str());
+    String const name(fileName.c_str());
+    std::size_t const dot = std::min(name.rfind('.'), name.size());
+    String stem(name, 0, dot);
+    String const extension(name, dot, String::npos);
 
-    String path = directory + stem + extension;
+    String path = folder + stem + extension;
     while (fileExist(path)) {
         std::size_t const last = stem.find_last_not_of("0123456789");
         if (last == String::npos) {
@@ -226,7 +217,7 @@ String FileSystem::getNextUniqueFilename(String const &directory, String const &
             stem.erase(last + 1);
             stem += number;
         }
-        path = directory + stem + extension;
+        path = folder + stem + extension;
     }
     return path;
 }

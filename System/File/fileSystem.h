@@ -47,7 +47,7 @@ public:
 
     /// The way from the folder @p base to @p target, as text with backslashes; the disk is not looked at, and
     /// "." and ".." are names like any other. Case does not count, and names that were compared come lowered.
-    /// A @p target with a drive of its own comes whole.
+    /// A @p target with a drive of its own comes whole, and an empty @p base counts as one folder.
     /// @return empty if both are the same
     static String buildRelativePath(String const &target, String const &base);
 

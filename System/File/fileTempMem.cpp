@@ -15,12 +15,14 @@ cFileTempMem::cFileTempMem(unsigned int size, unsigned char const *data) : cFile
 {
 }
 
+// NOLINTNEXTLINE(bugprone-copy-constructor-init): the room inside is set up before the contents come.
 cFileTempMem::cFileTempMem(cFileTempMem const &other) : cFileMem()
 {
     useInline();
     cFileMem::operator=(other);
 }
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the base looks for it.
 cFileTempMem &cFileTempMem::operator=(cFileTempMem const &other)
 {
     cFileMem::operator=(other);
@@ -37,8 +39,8 @@ bool cFileTempMem::reserve(unsigned int size)
     }
     // More than the capacity and no more than the object's own room: the contents are on the heap.
     unsigned char *const old = m_data;
-    if (m_size > 0) {
-        std::memcpy(m_inline, old, m_size);
+    if (extent() > 0) {
+        std::memcpy(m_inline, old, extent());
     }
     poolheap_free(old);
     useInline();

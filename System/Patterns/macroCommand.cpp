@@ -18,7 +18,6 @@ void cMacroCommand::execute()
 
 void cMacroCommand::add(cCommand *command)
 {
-    QEL_ASSERT(command != nullptr);
     m_commands.push_back(command);
 }
 

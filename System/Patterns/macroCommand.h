@@ -22,7 +22,7 @@ public:
     void execute() override; ///< runs all sub-commands in order
 
     /// Appends a command, which may be in the list already.
-    /// @param command  not null
+    /// @param command  not tested: not null when it is executed
     virtual void add(cCommand *command);
 
     /// Takes the command at @p index out, with all its other places in the list.

@@ -24,8 +24,8 @@ namespace Qel {
 ///     bool stream_callback(PoolBlk &data, Qel::eStreamCallback) override
 ///     {
 ///         m_pixels = std::move(data);
-///         m_size = m_pixels.size();
-///         m_loaded = true;
+///         size = m_pixels.size();
+///         loaded = true;
 ///         return true;
 ///     }
 ///
@@ -45,8 +45,8 @@ public:
     virtual ~cResource();
 
     /// Bytes that count against the manager's budget. A class that works them out anew must keep the field
-    /// `m_size` equal.
-    virtual unsigned int getSize() { return m_size; }
+    /// `size` equal.
+    virtual unsigned int getSize() { return size; }
 
     virtual bool operator<(cResource &other);                       ///< was it used less recently?
     virtual unsigned int getLoadBalanceFactor() const { return 1; } ///< asked by nobody in the library
@@ -55,43 +55,42 @@ protected:
     friend class cResourceManager;
 
     /// Called by the manager to load at once, on its thread.
-    /// @return true if the content is there, and the manager then sets `m_loaded`; false to be given the
-    /// file's
-    ///         content through stream_callback()
+    /// @return true if the content is there, and the manager then sets `loaded`; false to be given the
+    ///         file's content through stream_callback()
     virtual bool load();
 
-    /// Called by the manager to give the content up. `m_size` and `m_loaded` are cleared by the manager after
+    /// Called by the manager to give the content up. `size` and `loaded` are cleared by the manager after
     /// it.
     virtual void unload();
 
     /// Called by the manager with the content of the resource's file. Takes what it needs out of @p data,
-    /// which is freed after the call, and sets `m_size` and `m_loaded`; if it does not set `m_loaded`, the
+    /// which is freed after the call, and sets `size` and `loaded`; if it does not set `loaded`, the
     /// next request tries again.
     /// @return looked at by nobody
     virtual bool stream_callback(PoolBlk &data, eStreamCallback reason);
 
-    void setName(String const &text) { m_name = text; }
+    void setName(String const &text) { name = text; }
 
 public:
-    String const &getName() const { return m_name; }
-    String const &getFactoryName() const { return m_factoryName; } ///< of the factory that made it, or empty
-    long long getLastAccess() const { return m_lastAccess; }       ///< the manager's tick of the last use
-    bool isLoaded() const { return m_loaded; }
-    bool isStreaming() const { return m_streaming; } ///< is a load under way?
+    String const &getName() const { return name; }
+    String const &getFactoryName() const { return factoryName; } ///< of the factory that made it, or empty
+    long long getLastAccess() const { return lastAccess; }       ///< the manager's tick of the last use
+    bool isLoaded() const { return loaded; }
+    bool isStreaming() const { return streaming; } ///< is a load under way?
 
-    unsigned int getRefCount() const { return m_refCount; }
-    void incRefCount() { ++m_refCount; }
-    void decRefCount() { m_refCount -= m_refCount > 0; } ///< stays at 0
-    void touch();                                        ///< counts as used now
+    unsigned int getRefCount() const { return refCount; }
+    void incRefCount() { ++refCount; }
+    void decRefCount() { refCount -= refCount > 0; } ///< stays at 0
+    void touch();                                    ///< counts as used now
 
 protected:
-    String m_name;        ///< in normal form where it is to be found by name: lower case and slashes
-    String m_factoryName; ///< set by whoever makes it through a factory
-    std::uint32_t m_lastAccess;
-    std::uint32_t m_size = 0; ///< bytes counted against the budget
-    std::uint32_t m_refCount = 0;
-    bool m_loaded = false;
-    bool m_streaming = false; ///< a load is under way
+    String name;        ///< in normal form where it is to be found by name: lower case and slashes
+    String factoryName; ///< set by whoever makes it through a factory
+    std::uint32_t lastAccess;
+    std::uint32_t size = 0; ///< bytes counted against the budget
+    std::uint32_t refCount = 0;
+    bool loaded = false;
+    bool streaming = false; ///< a load is under way
 
 private:
     friend class ArchiveManager;

@@ -78,6 +78,10 @@ unsigned int cResourceManager::Register(cResource *resource, ePriority priority)
     }
     std::uint32_t id = idOf(*resource);
     if (id == 0) {
+        for (cResourceManager *other = firstManager; resource->m_id != 0 && other != nullptr;
+             other = other->m_next) {
+            other->letGo(*resource);
+        }
         if (m_freeIds.empty()) {
             id = static_cast<std::uint32_t>(m_resources.size());
             m_slots.emplace_back();
@@ -88,7 +92,7 @@ unsigned int cResourceManager::Register(cResource *resource, ePriority priority)
             m_resources[id] = resource;
         }
         resource->m_id = id;
-        char const *const name = resource->m_name.c_str();
+        char const *const name = resource->name.c_str();
         auto const [place, isNew] =
             m_nameToId.try_emplace(Key{String(name), StringTools::calcHash(name)}, id);
         m_slots[id] = Slot{isNew ? place : m_nameToId.end(), ++m_registrations};
@@ -131,7 +135,7 @@ void cResourceManager::Unregister(unsigned int id, bool force)
         return;
     }
     ++m_stats.unregistered;
-    if (resource->m_loaded) {
+    if (resource->loaded) {
         unloadAndDestroyResource(resource);
     }
 }
@@ -166,20 +170,20 @@ cResource *cResourceManager::getByID(unsigned int id, bool load)
     if (resource == nullptr) {
         return nullptr;
     }
-    if (load && !resource->m_loaded) {
+    if (load && !resource->loaded) {
         streamResourceById(id, PRIORITY_MOST_URGENT);
         resource = id < m_resources.size() ? m_resources[id] : nullptr;
         if (resource == nullptr) {
             return nullptr;
         }
     }
-    resource->m_lastAccess = mResourceMgrTick;
+    resource->lastAccess = mResourceMgrTick;
     return resource;
 }
 
 bool cResourceManager::findFile(cResource const &resource, FileInfo &info)
 {
-    return _findResource(HashConstCharPtr(resource.m_name.c_str()), &info);
+    return _findResource(HashConstCharPtr(resource.name.c_str()), &info);
 }
 
 void cResourceManager::request(FileInfo &info, ePriority priority)
@@ -192,21 +196,22 @@ void cResourceManager::request(FileInfo &info, ePriority priority)
 
 bool cResourceManager::streamResource(cResource &resource, ePriority priority)
 {
-    if (resource.m_loaded) {
+    if (resource.loaded) {
         return true;
     }
     Held const held(*this, resource);
-    resource.m_lastAccess = mResourceMgrTick;
+    resource.lastAccess = mResourceMgrTick;
     if (held.slot().loading) {
         return true;
     }
     if (priority == PRIORITY_MOST_URGENT) {
         loadNow(resource);
     } else {
-        if (streamer == nullptr || resource.m_streaming) {
+        if (streamer == nullptr || resource.streaming) {
             return true;
         }
-        resource.m_streaming = true;
+        resource.streaming = true;
+        held.slot().asked = priority;
         FileInfo info;
         if (findFile(resource, info) && held.alive() && streamer != nullptr) {
             request(info, priority);
@@ -215,29 +220,29 @@ bool cResourceManager::streamResource(cResource &resource, ePriority priority)
     if (!held.alive()) {
         return false;
     }
-    if (resource.m_loaded) {
-        resource.m_streaming = false;
+    if (resource.loaded) {
+        resource.streaming = false;
     }
-    return resource.m_loaded || resource.m_streaming;
+    return resource.loaded || resource.streaming;
 }
 
 void cResourceManager::loadNow(cResource &resource)
 {
     Held const held(*this, resource);
-    if (resource.m_streaming) {
+    if (resource.streaming) {
         abort_streaming(resource);
         if (!held.alive()) {
             return;
         }
     }
-    resource.m_streaming = true;
+    resource.streaming = true;
     bool hasLoaded = false;
     try {
         SlotFlag const loading(held, &Slot::loading);
         hasLoaded = resource.load();
     } catch (...) {
         if (held.alive()) {
-            resource.m_streaming = false;
+            resource.streaming = false;
         }
         throw;
     }
@@ -247,7 +252,7 @@ void cResourceManager::loadNow(cResource &resource)
     if (hasLoaded) {
         account(held);
         if (held.alive()) {
-            resource.m_loaded = true;
+            resource.loaded = true;
             checkUsage();
         }
         return;
@@ -258,6 +263,7 @@ void cResourceManager::loadNow(cResource &resource)
         return;
     }
     if (streamer != nullptr) {
+        held.slot().asked = PRIORITY_MOST_URGENT;
         request(info, PRIORITY_MOST_URGENT);
         return;
     }
@@ -273,16 +279,16 @@ void cResourceManager::stream_callback(cResource &resource, PoolBlk &data, eStre
         return;
     }
     Held const held(*this, resource);
-    if (!resource.m_loaded) {
+    if (!resource.loaded) {
         resource.incRefCount(); // it must outlive what it does in the call, and the eviction for its sake
-        resource.m_lastAccess = mResourceMgrTick;
+        resource.lastAccess = mResourceMgrTick;
         try {
             SlotFlag const loading(held, &Slot::loading);
             resource.stream_callback(data, reason);
         } catch (...) {
             if (held.alive()) {
                 resource.decRefCount();
-                resource.m_streaming = false;
+                resource.streaming = false;
             }
             throw;
         }
@@ -295,20 +301,26 @@ void cResourceManager::stream_callback(cResource &resource, PoolBlk &data, eStre
         }
         resource.decRefCount();
     }
-    resource.m_streaming = false;
+    resource.streaming = false;
+}
+
+bool cResourceManager::isLiving(void const *manager)
+{
+    cResourceManager const *living = firstManager;
+    while (living != nullptr && living != manager) {
+        living = living->m_next;
+    }
+    return living != nullptr;
 }
 
 // A streamer may be late: for a manager that is gone, for a resource that is gone, or twice.
 void cResourceManager::static_stream_callback(char const *name, PoolBlk &data, void *user,
                                               eStreamCallback reason)
 {
-    cResourceManager *manager = firstManager;
-    while (manager != nullptr && manager != user) {
-        manager = manager->m_next;
-    }
-    if (manager == nullptr) {
+    if (!isLiving(user)) {
         return;
     }
+    auto *const manager = static_cast<cResourceManager *>(user);
     if (cResource *const resource = manager->getByName(String(name), false)) {
         manager->stream_callback(*resource, data, reason);
     }
@@ -316,10 +328,35 @@ void cResourceManager::static_stream_callback(char const *name, PoolBlk &data, v
 
 void cResourceManager::abort_streaming(cResource &resource)
 {
-    if (streamer != nullptr && resource.m_streaming) {
-        resource.m_streaming = false;
-        String const name = resource.m_name; // the resource may be gone before the call has returned
-        streamer->abortFile(name.c_str());
+    if (streamer != nullptr && resource.streaming) {
+        resource.streaming = false;
+        String const file = resource.name; // the resource may be gone before the call has returned
+        streamer->abortFile(file.c_str());
+        // It knows requests by the name alone, so those of other managers are dropped, too.
+        std::vector<cResourceManager *> others;
+        for (cResourceManager *other = firstManager; other != nullptr; other = other->m_next) {
+            if (other != this) {
+                others.push_back(other);
+            }
+        }
+        for (cResourceManager *const other : others) {
+            if (isLiving(other)) {
+                other->askAgain(HashConstCharPtr(file.c_str()));
+            }
+        }
+    }
+}
+
+void cResourceManager::askAgain(HashConstCharPtr const &file)
+{
+    std::uint32_t const id = idOf(file.text, file.hash);
+    if (id == 0 || !m_resources[id]->streaming || m_slots[id].loading) {
+        return;
+    }
+    Held const held(*this, *m_resources[id]);
+    FileInfo info;
+    if (findFile(held.resource(), info) && held.alive() && streamer != nullptr) {
+        request(info, held.slot().asked);
     }
 }
 
@@ -354,7 +391,7 @@ bool cResourceManager::streamResourceByName(String const &name, ePriority priori
 void cResourceManager::refreshResource(unsigned int id)
 {
     cResource *const resource = id < m_resources.size() ? m_resources[id] : nullptr;
-    if (resource == nullptr || !resource->m_loaded) {
+    if (resource == nullptr || !resource->loaded) {
         return;
     }
     Held const held(*this, *resource);
@@ -364,12 +401,14 @@ void cResourceManager::refreshResource(unsigned int id)
     }
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the given way to take a name.
 bool cResourceManager::isResourceLoaded(String name)
 {
     cResource const *const resource = getByName(name, false);
-    return resource != nullptr && resource->m_loaded;
+    return resource != nullptr && resource->loaded;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the given way to take a name.
 bool cResourceManager::isResourceStreamed(String)
 {
     return false;
@@ -379,8 +418,8 @@ bool cResourceManager::isResourceInUse(String const &name)
 {
     unsigned int const id = nameToID(name);
     cResource const *const resource = id < m_resources.size() ? m_resources[id] : nullptr;
-    return resource != nullptr && (resource->m_loaded || resource->m_streaming) &&
-           std::uint64_t{resource->m_lastAccess} + 2 >= mResourceMgrTick;
+    return resource != nullptr && (resource->loaded || resource->streaming) &&
+           std::uint64_t{resource->lastAccess} + 2 >= mResourceMgrTick;
 }
 
 bool cResourceManager::_findResourceData(char const *name, PoolBlk &block, FileInfo *info)
@@ -401,8 +440,8 @@ unsigned int cResourceManager::getAllResources(StringVector &out) const
 unsigned int cResourceManager::listResources(StringVector &out, bool all) const
 {
     for (cResource const *const resource : m_resources) {
-        if (resource != nullptr && (all || resource->m_refCount != 0)) {
-            out.push_back(resource->m_name + " [" + String(static_cast<unsigned int>(resource->m_refCount)) +
+        if (resource != nullptr && (all || resource->refCount != 0)) {
+            out.push_back(resource->name + " [" + String(static_cast<unsigned int>(resource->refCount)) +
                           "]");
         }
     }

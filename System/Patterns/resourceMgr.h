@@ -17,6 +17,12 @@ class PoolBlk;
 
 namespace Qel {
 
+/// How a cResourceManager treats its resources: bits.
+enum eResourceFlags : std::uint32_t {
+    CACHE_UNREFERENCED_RESOURCES = 1, ///< Unregister() keeps what nobody refers to, unless forced
+    UNLOAD_REFERENCED_RESOURCES = 2   ///< eviction takes referenced ones too; it unloads and never destroys
+};
+
 /// Owns resources by name and number, counts them against a budget, throws out what was not used for longest
 /// and loads at once or through the streamer.
 ///
@@ -57,10 +63,7 @@ namespace Qel {
 /// @par Threads    Takes no lock. One thread drives a manager, its resources and the tick.
 class QEL_API cResourceManager : public cArchiveContainer {
 public:
-    enum eFlags : std::uint32_t {
-        CACHE_UNREFERENCED_RESOURCES = 1, ///< Unregister() keeps what nobody refers to, unless forced
-        UNLOAD_REFERENCED_RESOURCES = 2 ///< eviction takes referenced ones too; it unloads and never destroys
-    };
+    using enum eResourceFlags;
 
     struct Stats {
         std::uint32_t registered;   ///< calls of Register() with a resource, null included
@@ -76,7 +79,7 @@ public:
     };
 
     /// @param memoryContext  what blocks of loaded data are counted under
-    /// @param flags          of eFlags
+    /// @param flags          of eResourceFlags
     explicit cResourceManager(unsigned int memoryContext = 0x228FC766, unsigned int flags = 0);
     virtual ~cResourceManager(); ///< destroys no resource: unloadAndDestroyAll() comes before it
 
@@ -108,7 +111,8 @@ public:
     /// Takes a resource over. Its count stays as it is. If its name is taken, the name keeps leading to the
     /// resource before it.
     /// @param priority  0 loads it now
-    /// @return its number; 0 for null. One that is registered here already keeps its number
+    /// @return its number; 0 for null. One that is registered here already keeps its number, and one that
+    ///         another manager owned is taken from it
     virtual unsigned int Register(cResource *resource, ePriority priority);
 
     /// Finds the resource of a name or makes it through create(), if there is such a file; it is referenced
@@ -203,15 +207,16 @@ private:
         NameToId::iterator name;        // end() if its name belonged to another
         std::uint32_t registration = 0; // tells resources apart that had one number and one address
         std::uint32_t accounted = 0;    // bytes of m_memoryUsage
+        ePriority asked{};              // of the last request to the streamer
         bool loading = false;           // its load() or its stream_callback() runs
         bool unloading = false;         // its unload() runs
-        bool dying = false;             // destroy() has it
     };
 
     class Held;
     class SlotFlag;
 
     void abort_streaming(cResource &resource);
+    void askAgain(HashConstCharPtr const &file);
     bool checkUsage(sCheckUsage &s, unsigned int first, unsigned int last);
     bool checkUsageFlush(sCheckUsage &s);
     static void static_stream_callback(char const *name, PoolBlk &data, void *user, eStreamCallback reason);
@@ -228,6 +233,9 @@ private:
     void release(cResource const &resource);
     void unloadLoaded(cResource &resource);
     void destroyRegistered(cResource &resource);
+    void vacate(std::uint32_t id);
+    void letGo(cResource &resource);
+    static bool isLiving(void const *manager);
     bool finish(cResource &resource);
     unsigned int listResources(StringVector &out, bool all) const;
 

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
+#include <utility>
 
 namespace Qel {
 
@@ -88,22 +89,22 @@ void cResourceManager::checkUsage()
 
 bool cResourceManager::isCandidate(cResource const &resource) const
 {
-    return resource.m_loaded && std::uint64_t{resource.m_lastAccess} + 2 < mResourceMgrTick &&
-           (resource.m_refCount == 0 || (m_flags & UNLOAD_REFERENCED_RESOURCES) != 0);
+    return resource.loaded && std::uint64_t{resource.lastAccess} + 2 < mResourceMgrTick &&
+           (resource.refCount == 0 || (m_flags & UNLOAD_REFERENCED_RESOURCES) != 0);
 }
 
 bool cResourceManager::checkUsage(sCheckUsage &s, unsigned int first, unsigned int last)
 {
     for (std::size_t i = first; i < last && i < m_resources.size(); ++i) {
         if (i + prefetchAhead < m_resources.size() && m_resources[i + prefetchAhead] != nullptr) {
-            __builtin_prefetch(&m_resources[i + prefetchAhead]->m_lastAccess);
+            __builtin_prefetch(&m_resources[i + prefetchAhead]->lastAccess);
         }
         cResource *const resource = m_resources[i];
         if (resource == nullptr || !isCandidate(*resource)) {
             continue;
         }
         s.candidates[s.count++] = {resource, static_cast<std::uint32_t>(i), m_slots[i].registration,
-                                   resource->m_lastAccess};
+                                   resource->lastAccess};
         if (s.count == std::size(s.candidates) && checkUsageFlush(s)) {
             return true;
         }
@@ -154,7 +155,7 @@ void cResourceManager::account(Held const &held)
 void cResourceManager::release(cResource const &resource)
 {
     std::uint32_t const id = idOf(resource);
-    std::uint32_t bytes = resource.m_size;
+    std::uint32_t bytes = resource.size;
     if (id != 0) {
         bytes = m_slots[id].accounted;
         m_slots[id].accounted = 0;
@@ -165,7 +166,7 @@ void cResourceManager::release(cResource const &resource)
 void cResourceManager::unloadLoaded(cResource &resource)
 {
     Held const held(*this, resource);
-    if (!resource.m_loaded || held.slot().unloading) {
+    if (!resource.loaded || held.slot().unloading) {
         return;
     }
     release(resource);
@@ -174,9 +175,9 @@ void cResourceManager::unloadLoaded(cResource &resource)
         resource.unload();
     }
     if (held.alive()) {
-        resource.m_size = 0;
-        resource.m_loaded = false;
-        resource.m_streaming = false;
+        resource.size = 0;
+        resource.loaded = false;
+        resource.streaming = false;
     }
 }
 
@@ -199,14 +200,14 @@ void cResourceManager::unloadAndDestroyResource(cResource *resource)
                         "cResourceManager::unloadAndDestroyResource", "System/Patterns/resourceMgr",
                         __LINE__);
     }
-    if (resource->m_refCount != 0) {
+    if (resource->refCount != 0) {
         return;
     }
     Held const held(*this, *resource);
     unloadLoaded(*resource);
     // What unload() did may have made somebody refer to it. And one that is in the middle of a call of its
     // own has to outlive that.
-    if (held.alive() && resource->m_refCount == 0 && !held.slot().loading && !held.slot().unloading) {
+    if (held.alive() && resource->refCount == 0 && !held.slot().loading && !held.slot().unloading) {
         destroyRegistered(*resource);
     }
 }
@@ -214,19 +215,35 @@ void cResourceManager::unloadAndDestroyResource(cResource *resource)
 void cResourceManager::destroyRegistered(cResource &resource)
 {
     Held const held(*this, resource);
-    if (held.id() == 0 || held.slot().dying) {
+    if (held.id() == 0) {
         return;
     }
-    held.slot().dying = true;
     release(resource); // a load that failed may have left something
+    // First, since destroy() may call back when the resource is gone.
+    std::uint32_t const id = held.id();
+    std::uint32_t const registration = held.slot().registration;
+    vacate(id);
     destroy(&resource);
-    if (held.alive()) {
-        m_resources[held.id()] = nullptr;
-        if (held.slot().name != m_nameToId.end()) {
-            m_nameToId.erase(held.slot().name);
-        }
-        held.slot() = Slot{m_nameToId.end()};
-        m_freeIds.push_back(held.id());
+    if (id < m_slots.size() && m_slots[id].registration == registration) {
+        m_freeIds.push_back(id);
+    }
+}
+
+void cResourceManager::vacate(std::uint32_t id)
+{
+    m_resources[id] = nullptr;
+    if (m_slots[id].name != m_nameToId.end()) {
+        m_nameToId.erase(std::exchange(m_slots[id].name, m_nameToId.end()));
+    }
+}
+
+void cResourceManager::letGo(cResource &resource)
+{
+    if (std::uint32_t const id = idOf(resource)) {
+        release(resource);
+        resource.streaming = false; // what comes for it comes to this manager
+        vacate(id);
+        m_freeIds.push_back(id);
     }
 }
 
@@ -253,17 +270,11 @@ bool cResourceManager::unloadAndDestroyAll()
 {
     bool inUse = false;
     while (!m_nameToId.empty()) {
-        std::uint32_t const id = m_nameToId.begin()->second;
-        if (m_slots[id].dying) {
-            m_nameToId.erase(m_nameToId.begin());
-            m_slots[id].name = m_nameToId.end();
-        } else {
-            inUse = finish(*m_resources[id]) || inUse;
-        }
+        inUse = finish(*m_resources[m_nameToId.begin()->second]) || inUse;
     }
     // Those whose name led to another.
     for (std::size_t id = 1; id < m_resources.size(); ++id) {
-        if (m_resources[id] != nullptr && !m_slots[id].dying) {
+        if (m_resources[id] != nullptr) {
             inUse = finish(*m_resources[id]) || inUse;
         }
     }
@@ -276,11 +287,11 @@ bool cResourceManager::unloadAndDestroyAll()
 
 bool cResourceManager::finish(cResource &resource)
 {
-    bool const inUse = resource.m_refCount != 0;
+    bool const inUse = resource.refCount != 0;
     if (inUse && LogManager::checkDefLogLevel(3)) {
         LogManager::defLevelMessage(
             "cResourceManager::unloadAndDestroyAll - Resource is still in use. Name: %s\n",
-            resource.m_name.c_str());
+            resource.name.c_str());
     }
     Held const held(*this, resource);
     unloadLoaded(resource);
@@ -294,7 +305,7 @@ void cResourceManager::destroyIf(std::function<bool(cResource const &)> const &t
 {
     for (std::size_t id = 1; id < m_resources.size(); ++id) {
         cResource *const resource = m_resources[id];
-        if (resource == nullptr || m_slots[id].dying || !test(*resource)) {
+        if (resource == nullptr || !test(*resource)) {
             continue;
         }
         Held const held(*this, *resource);

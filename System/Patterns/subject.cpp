@@ -54,8 +54,6 @@ constinit thread_local Walk *Walk::innermost = nullptr;
 
 } // namespace
 
-cObserver::~cObserver() = default;
-
 cSubject::~cSubject()
 {
     Walk::destroyed(this);
@@ -63,7 +61,6 @@ cSubject::~cSubject()
 
 void cSubject::attach(cObserver *observer)
 {
-    QEL_ASSERT(observer != nullptr);
     m_observers.push_back(observer);
 }
 

@@ -1,21 +1,10 @@
 #pragma once
 
-#include "System/System/export.h"
+#include "System/Patterns/observer.h"
 
 #include <vector>
 
 namespace Qel {
-
-class cSubject;
-
-/// Wants to hear of a subject's changes.
-class QEL_API cObserver {
-public:
-    virtual ~cObserver();
-
-    /// Called by the subject's notify(), on the thread of that call.
-    virtual void update(cSubject *subject) = 0;
-};
 
 /// Tells its observers of a change.
 ///
@@ -34,7 +23,7 @@ public:
     cSubject &operator=(cSubject const &) = default;
 
     /// Appends an observer; one that is attached twice is told twice.
-    /// @param observer  not null
+    /// @param observer  not tested: not null when it is told
     virtual void attach(cObserver *observer);
 
     /// Takes out the first place of an observer; the others keep their order. Nothing if it is not attached.

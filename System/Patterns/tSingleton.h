@@ -6,8 +6,12 @@ namespace Qel {
 
 /// Base of the managers: one live instance of @p T that any code of the process reaches.
 ///
-/// The static pointer must exist once, in the library, or a plugin would see a null singleton of its own. So
-/// the header of a singleton class announces the instantiation, and its source makes it:
+/// A class that one module alone uses, such as a host's own, needs no more than `struct Game :
+/// tSingleton<Game>`.
+///
+/// One that several modules use must have its static pointer once, in the module that the class belongs to,
+/// or a plugin would see a null singleton of its own. So its header announces the instantiation, and its
+/// source makes it:
 ///
 /// @code
 /// // xMgr.h
@@ -16,7 +20,6 @@ namespace Qel {
 /// class QEL_API XMgr : public tSingleton<XMgr> { ... };
 ///
 /// // xMgr.cpp
-/// #include "System/Patterns/tSingletonImpl.h"
 /// template class tSingleton<XMgr>;
 /// @endcode
 ///
@@ -25,10 +28,11 @@ namespace Qel {
 template <class T>
 class QEL_API tSingleton {
 public:
+    /// Makes this object the instance, in place of any earlier one.
     // The address is taken before T exists and only stored: no use of the object for the sanitizer to check.
-    __attribute__((no_sanitize("vptr")))
-    tSingleton();  ///< makes this object the instance, in place of any earlier one
-    ~tSingleton(); ///< leaves no instance, even if another object had become it
+    __attribute__((no_sanitize("vptr"))) tSingleton() { _instance = static_cast<T *>(this); }
+
+    ~tSingleton() { _instance = nullptr; } ///< leaves no instance, even if another object had become it
 
     tSingleton(tSingleton const &) = delete;
     tSingleton &operator=(tSingleton const &) { return *this; } ///< the instance stays what it is
@@ -40,5 +44,8 @@ public:
 private:
     static T *_instance;
 };
+
+template <class T>
+T *tSingleton<T>::_instance = nullptr;
 
 } // namespace Qel

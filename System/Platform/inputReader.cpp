@@ -7,6 +7,62 @@ namespace Qel {
 InputReader::InputReader() = default;
 InputReader::~InputReader() = default;
 
+bool InputReader::initialise(void *)
+{
+    return false;
+}
+
+void InputReader::release()
+{
+}
+void InputReader::capture(float)
+{
+}
+
+bool InputReader::isKeyDown(KeyCode, KeyState) const
+{
+    return false;
+}
+
+MouseState const &InputReader::getMouseState() const
+{
+    return mouseState;
+}
+
+bool InputReader::getNextKey(KeyEvent &)
+{
+    return false;
+}
+
+bool InputReader::getNextMouse(MouseEvent &)
+{
+    return false;
+}
+
+void InputReader::flushBuffers()
+{
+}
+void InputReader::feedKey(KeyEvent const &)
+{
+}
+void InputReader::feedMouse(MouseEvent const &)
+{
+}
+void InputReader::setMouseArea(int, int)
+{
+}
+void InputReader::setMousePosition(int, int)
+{
+}
+void InputReader::showPointer(bool)
+{
+}
+
+bool InputReader::hasFocus() const
+{
+    return false;
+}
+
 WString InputReader::getLocalizedKeyName(KeyCode)
 {
     return {};

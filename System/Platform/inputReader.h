@@ -52,6 +52,9 @@ struct MouseEvent {
 /// What changes between two captures is told one change per key or button and update: a key that was pressed
 /// and released in between is pressed in one update and released in the next, so no press is lost.
 ///
+/// A reader overrides what its devices can do. What it leaves out does nothing and answers false, and the
+/// mouse is that of the field.
+///
 /// @par Ownership  Destroyed through PlatformManager::destroyInputReader().
 /// @par Threads    Belongs to the main thread.
 class QEL_API InputReader {
@@ -65,44 +68,44 @@ public:
     /// Starts to read for a window.
     /// @param window  the window system's handle; null for none, where a reader can do without
     /// @return false if there is no device to read; the reader can still be fed
-    virtual bool initialise(void *window) = 0;
+    virtual bool initialise(void *window);
 
     /// Ends reading, lets every key and button go and drops what has not been read. initialise() may follow.
-    virtual void release() = 0;
+    virtual void release();
 
     /// Takes in what has happened since the last call: an update.
     /// @param now  seconds on a clock that only goes forward
-    virtual void capture(float now) = 0;
+    virtual void capture(float now);
 
     /// @param state  what is asked, about the last update
-    virtual bool isKeyDown(KeyCode key, KeyState state) const = 0;
+    virtual bool isKeyDown(KeyCode key, KeyState state) const;
 
     /// The mouse at the last update. The result changes with the next one.
-    virtual MouseState const &getMouseState() const = 0;
+    virtual MouseState const &getMouseState() const;
 
     /// Gives the next change of a key, oldest first, if keys are buffered. A reader that nobody asks drops
     /// the oldest ones.
     /// @return false if there is none; @p event is then unchanged
-    virtual bool getNextKey(KeyEvent &event) = 0;
+    virtual bool getNextKey(KeyEvent &event);
 
     /// The same for the mouse.
-    virtual bool getNextMouse(MouseEvent &event) = 0;
+    virtual bool getNextMouse(MouseEvent &event);
 
-    virtual void flushBuffers() = 0; ///< drops the buffered changes; keys and buttons stay as they are
+    virtual void flushBuffers(); ///< drops the buffered changes; keys and buttons stay as they are
 
     /// Adds a change as if a device had made it: for replays, remote control and tests. Seen by the next
     /// capture().
-    virtual void feedKey(KeyEvent const &event) = 0;
-    virtual void feedMouse(MouseEvent const &event) = 0; ///< the same for the mouse
+    virtual void feedKey(KeyEvent const &event);
+    virtual void feedMouse(MouseEvent const &event); ///< the same for the mouse
 
     /// Tells the size of the window in pixels. The pointer is outside beyond it; 0 means no limit.
-    virtual void setMouseArea(int width, int height) = 0;
+    virtual void setMouseArea(int width, int height);
 
-    virtual void setMousePosition(int x, int y) = 0; ///< moves the pointer; the lock rectangle limits it
+    virtual void setMousePosition(int x, int y); ///< moves the pointer; the lock rectangle limits it
 
-    virtual void showPointer(bool visible) = 0;
+    virtual void showPointer(bool visible);
 
-    virtual bool hasFocus() const = 0; ///< do the devices act on this reader's window?
+    virtual bool hasFocus() const; ///< do the devices act on this reader's window?
 
     /// The key's name in the user's language and layout.
     /// @return empty if it has none

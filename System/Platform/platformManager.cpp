@@ -1,6 +1,5 @@
 #include "System/Platform/platformManager.h"
 
-#include "System/Patterns/tSingletonImpl.h"
 #include "System/System/exception.h"
 #include "System/System/pluginMgr.h"
 #include "System/Thread/cpuBinding.h"

@@ -5,7 +5,6 @@
 #include "System/Codec/codecManager.h"
 #include "System/File/archiveManager.h"
 #include "System/Graphics/particle/particleSystemMgr.h"
-#include "System/Patterns/tSingletonImpl.h"
 #include "System/Platform/configDialog.h"
 #include "System/Platform/platformManager.h"
 #include "System/Platform/renderSystem.h"

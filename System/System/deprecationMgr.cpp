@@ -2,7 +2,6 @@
 
 #include "Support/OS/debug.h"
 #include "Support/OS/memory.h"
-#include "System/Patterns/tSingletonImpl.h"
 
 #include <cstdint>
 #include <string>

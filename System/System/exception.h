@@ -33,6 +33,8 @@ public:
     /// may throw: see describeLast().
     static Exception *last;
 
+    static std::list<String> msFunctionStack; ///< stays empty; has its place in the description
+
     /// Stores the arguments, logs getFullDescription() at level 2 if there is a LogManager, and becomes the
     /// last one.
     /// @param source  the throwing function, such as "Plugin::load"
@@ -70,8 +72,6 @@ public:
 
 private:
     void announce();
-
-    static std::list<String> msFunctionStack; // stays empty; has its place in the description
 };
 
 /// Ends the process after an exception that nobody caught: logs, shows the last exception in the platform's

@@ -22,6 +22,13 @@ struct FrameEvent {
 ///
 /// Every operation may add and remove listeners, itself included: one that is removed is not told any more,
 /// one that is added is told from then on if its address lies behind the one that is being told.
+///
+/// The destructor is not virtual, since the engine never deletes a listener: do not delete one through this
+/// class. `-Wnon-virtual-dtor`, where it is asked for, names classes derived from this one: g++ all of them,
+/// clang those that are not `final`. `-Wdelete-non-virtual-dtor`, which `-Wall` has, finds the mistake
+/// itself.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor" // see above
 class QEL_API FrameListener {
 public:
     /// A frame begins. @return false to leave the loop; the listeners behind this one are then not told
@@ -35,9 +42,7 @@ public:
 
     /// The loop waits for its rate, or ends a frame. @return as frameRender()
     virtual bool frameIdle(FrameEvent const &event);
-
-protected:
-    ~FrameListener() = default; // not virtual: the engine never deletes a listener
 };
+#pragma GCC diagnostic pop
 
 } // namespace Qel

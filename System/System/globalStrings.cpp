@@ -2,6 +2,8 @@
 
 #include "System/System/stringTools.h"
 
+#include <new>
+
 namespace Qel {
 
 char const *GlobalStrings::intern(char const *text)
@@ -12,6 +14,9 @@ char const *GlobalStrings::intern(char const *text)
         return place->text;
     }
     node.text = m_pool.str_add(text);
+    if (node.text == nullptr) {
+        throw std::bad_alloc();
+    }
     m_nodes.insert(place, node);
     return node.text;
 }

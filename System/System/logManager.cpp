@@ -1,6 +1,5 @@
 #include "System/System/logManager.h"
 
-#include "System/Patterns/tSingletonImpl.h"
 #include "System/System/formatBuffer.h"
 #include "System/System/pluginMgr.h"
 
@@ -130,20 +129,6 @@ __attribute__((noinline)) void LogManager::sendFormatted(LogMessageLevel level, 
 {
     FormatBuffer buffer;
     send(buffer.format(format, arguments), level);
-}
-
-LogIndent::LogIndent(unsigned short width) : m_width(width)
-{
-    if (LogManager *const manager = LogManager::InstancePtr()) {
-        manager->changeIndent(m_width);
-    }
-}
-
-LogIndent::~LogIndent()
-{
-    if (LogManager *const manager = LogManager::InstancePtr()) {
-        manager->changeIndent(-int{m_width});
-    }
 }
 
 void logMessage(String const &text, LogMessageLevel level)

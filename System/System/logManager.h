@@ -3,6 +3,7 @@
 #include "System/Patterns/tSingleton.h"
 #include "System/System/export.h"
 #include "System/System/log.h"
+#include "System/System/logIndent.h" // for whoever logs
 #include "System/System/string.h"
 
 #include <atomic>
@@ -99,20 +100,6 @@ private:
     std::map<String, std::unique_ptr<Log>> m_logs;
     std::atomic<Log *> m_defaultLog{nullptr};
     std::atomic<int> m_indent{0}; // blanks; a width, so that threads may log while it changes
-};
-
-/// Indents what is logged while it lives.
-class QEL_API LogIndent {
-public:
-    LogIndent() : LogIndent(2) {}
-    explicit LogIndent(unsigned short width); ///< in blanks
-    ~LogIndent();
-
-    LogIndent(LogIndent const &) = delete;
-    LogIndent &operator=(LogIndent const &) = delete;
-
-private:
-    std::uint16_t m_width;
 };
 
 /// Logs to the default log. Nothing happens at level 0 or without a LogManager.

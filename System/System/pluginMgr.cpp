@@ -1,7 +1,5 @@
 #include "System/System/pluginMgr.h"
 
-#include "System/Patterns/tSingletonImpl.h"
-
 #include <algorithm>
 #include <utility>
 

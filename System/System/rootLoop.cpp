@@ -265,7 +265,8 @@ void Root::limitFramerate()
                 std::int64_t const remaining = ticksPerFrame - gone;
                 waited = true;
                 FrameEvent idle;
-                idle.idleSeconds = static_cast<float>(remaining / limiterFrequency);
+                std::int64_t const wholeSeconds = remaining / limiterFrequency;
+                idle.idleSeconds = static_cast<float>(wholeSeconds);
                 _fireFrameIdle(idle);
                 os::sleepMs(remaining > 3 * limiterFrequency / 1000 ? 1 : 0);
             }

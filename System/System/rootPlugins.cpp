@@ -71,6 +71,7 @@ void Root::startPlugin(String const &folder, String const &name)
 bool Root::runStartFunction(Plugin &plugin, String const &name, void (*start)())
 {
     PluginMgr &manager = *m_managers->m_pluginMgr;
+    // NOLINTNEXTLINE(clang-analyzer-deadcode.DeadStores): read behind the handlers, where it does not look.
     os::MessagePump *const pumpBefore = os::installedMessagePump();
 
     String why;

@@ -108,7 +108,7 @@ public:
     template <std::same_as<StringBase> Base>
     String &operator=(Base &&text) noexcept
     {
-        StringBase::operator=(std::move(text));
+        StringBase::operator=(std::forward<Base>(text));
         return *this;
     }
 
@@ -294,6 +294,7 @@ operator<=>(String const &left, Text const &right) noexcept
 
 } // namespace Qel
 
+/// @cond SPECIALISATION_IN_STD
 /// The hash of the characters, equal to that of a `std::string_view` of them.
 template <>
 struct std::hash<Qel::String> {
@@ -302,3 +303,4 @@ struct std::hash<Qel::String> {
         return std::hash<std::string_view>()(std::string_view(text.data(), text.size()));
     }
 };
+/// @endcond

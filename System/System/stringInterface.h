@@ -34,6 +34,9 @@ class ParamCommand;
 ///               main thread. Others may read once filling has stopped.
 class QEL_API StringInterface {
 public:
+    StringInterface() = default; ///< has no dictionary yet
+    StringInterface(StringInterface const &) = default;
+    StringInterface &operator=(StringInterface const &) = default;
     virtual ~StringInterface();
 
     /// Sets a property from text.
@@ -57,10 +60,6 @@ public:
     static String getDictionaryList(); ///< the names of all dictionaries in order, a newline after each
 
 protected:
-    StringInterface() = default;
-    StringInterface(StringInterface const &) = default;
-    StringInterface &operator=(StringInterface const &) = default;
-
     /// Names the dictionary of this object, and makes it if there is none.
     /// @return true if it has to be filled: it is new, or has lost commands of a plugin that has gone. What
     ///         it still has stays when it is filled again.

@@ -22,6 +22,8 @@ using WildCardCompareTypes = MapTableType;
 /// The tables never change, so everything here may be called on any thread.
 class QEL_API StringTools {
 public:
+    using enum MapTableType; ///< so that StringTools::MAP_LOWER is a name, too
+
     StringTools() = delete;
 
     static void init();   ///< nothing to do: the tables are ready before any code runs

@@ -3,7 +3,6 @@
 #include "System/System/tableHold.h"
 
 #include "Support/PoolHeap/poolHeap.h"
-#include "System/Patterns/tSingletonImpl.h"
 
 #include <algorithm>
 #include <cstddef>

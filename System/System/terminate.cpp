@@ -6,9 +6,13 @@
 #include "System/Platform/platformManager.h"
 
 #include "Support/OS/debug.h"
+#include "Support/OS/thread.h"
 
 #include <atomic>
+#include <chrono>
+#include <cstdint>
 #include <cstdlib>
+#include <thread>
 
 namespace Qel {
 
@@ -31,9 +35,15 @@ void attempt(Step const &step)
 
 void handleTerminate()
 {
-    // A failure on the way out, or on a second thread, must not start over.
-    static std::atomic_flag entered = ATOMIC_FLAG_INIT;
-    if (entered.test_and_set()) {
+    static std::atomic<std::uint32_t> ender{0}; // the thread that ends the process
+    static std::atomic<bool> told{false};
+    std::uint32_t first = 0;
+    if (!ender.compare_exchange_strong(first, os::currentThreadId())) {
+        if (first != os::currentThreadId()) {
+            // The user is reading. After that the exit takes a moment, unless it waits for this very thread.
+            told.wait(false);
+            std::this_thread::sleep_for(std::chrono::seconds(2));
+        }
         std::_Exit(failed);
     }
 
@@ -52,6 +62,8 @@ void handleTerminate()
                             String());
         }
     });
+    told = true;
+    told.notify_all();
     std::exit(failed);
 }
 

@@ -34,7 +34,9 @@ void TimeStepCollect::dumpStats(LogMessageLevel level)
     std::uint32_t before = 0;
     for (unsigned int i = 0; i < m_stepCount; ++i) {
         Step const &step = m_steps[i];
-        logMessage(level, "  Step %u Time: %u Delta %u Name: %s\n", i, step.ms, step.ms - before, step.name);
+        logMessage(level, "  Step %d Time: %d Delta %d Name: %s\n", static_cast<int>(i),
+                   static_cast<std::int32_t>(step.ms), static_cast<std::int32_t>(step.ms - before),
+                   step.name);
         before = step.ms;
     }
 }

@@ -2,6 +2,8 @@
 
 #include "System/System/logManager.h"
 
+#include "Support/OS/debug.h"
+
 #include <cstring>
 
 namespace Qel {
@@ -16,9 +18,14 @@ TimerHelper::TimerHelper(char const *name) : m_name{}
 TimerHelper::~TimerHelper()
 {
     m_timer.end();
-    String text(m_name, strnlen(m_name, sizeof m_name));
-    text += " " + String(getTiming()) + "sec\n";
-    logMessage(text, 2);
+    try {
+        String text(m_name, strnlen(m_name, sizeof m_name));
+        text += " " + String(getTiming()) + "sec\n";
+        logMessage(text, 2);
+    } catch (...) {
+        // The end of a scope, which may be on its way out by an exception, is worth more than this line.
+        os::debugOutput("TimerHelper: a time could not be logged\n");
+    }
 }
 
 float TimerHelper::getTiming() const

@@ -22,7 +22,7 @@ std::ctype<wchar_t> const &classicCtype()
 // The library cannot measure a wide text that does not fit, so the room doubles until it does.
 bool formatLong(WString &text, wchar_t const *format, std::va_list arguments)
 {
-    for (std::size_t room = 2 * 4096; room <= INT_MAX; room *= 2) {
+    for (std::size_t room = 8192; room <= INT_MAX; room *= 2) {
         text.resize(room);
         std::va_list again;
         va_copy(again, arguments);

@@ -96,7 +96,7 @@ public:
     template <std::same_as<WStringBase> Base>
     WString &operator=(Base &&text) noexcept
     {
-        WStringBase::operator=(std::move(text));
+        WStringBase::operator=(std::forward<Base>(text));
         return *this;
     }
 
@@ -271,6 +271,7 @@ operator<=>(WString const &left, Text const &right) noexcept
 
 } // namespace Qel
 
+/// @cond SPECIALISATION_IN_STD
 /// The hash of the characters, equal to that of a `std::wstring_view` of them.
 template <>
 struct std::hash<Qel::WString> {
@@ -279,3 +280,4 @@ struct std::hash<Qel::WString> {
         return std::hash<std::wstring_view>()(std::wstring_view(text.data(), text.size()));
     }
 };
+/// @endcond

@@ -120,7 +120,10 @@ std::uint8_t cCpuBinding::find(Entry identity)
 void cCpuBinding::bindSlow(Entry wanted, Entry identity, eBinding binding)
 {
     std::uint8_t position = find(identity);
-    if (position < mostThreads && m_table[position].load(std::memory_order_relaxed) == wanted) {
+    if (position == mostThreads) {
+        return; // before the lock: a thread without a place comes here at each reading of the counter
+    }
+    if (m_table[position].load(std::memory_order_relaxed) == wanted) {
         m_lastUsed.store(position, std::memory_order_relaxed);
         return;
     }

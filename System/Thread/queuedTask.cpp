@@ -70,7 +70,7 @@ void iQueuedTask::finish()
         return;
     }
     while (QueuedTaskMgr *const pool = QueuedTaskMgr::InstancePtr()) {
-        if (pool->forceTask(this) >= TASK_DONE) {
+        if (pool->forceTask(this) >= TASK_DONE || pool->hasLeft(this)) {
             return;
         }
         os::sleepMs(pollMs);
@@ -85,7 +85,7 @@ void iQueuedTask::abort()
         return;
     }
     while (QueuedTaskMgr *const pool = QueuedTaskMgr::InstancePtr()) {
-        if (pool->abortTask(this) >= TASK_DONE) {
+        if (pool->abortTask(this) >= TASK_DONE || pool->hasLeft(this)) {
             return;
         }
         os::sleepMs(pollMs);

@@ -61,8 +61,10 @@ public:
     bool isDone() const { return getStatus() >= TASK_IDLE; } ///< also true for a task that was never added
 
     /// Sees the task ended: runs it here unless a worker has it, and waits for the worker otherwise. Needs
-    /// the QueuedTaskMgr that the task was added to; without one it does nothing. A task must not call it on
-    /// itself: debug builds stop there, and else it returns at once.
+    /// the QueuedTaskMgr that the task was added to; without one it does nothing, and from a task that still
+    /// runs while the pool is being destroyed it returns once nobody works on this one any more, with it
+    /// still TASK_RUNNING if it has not ended. A task must not call it on itself: debug builds stop there,
+    /// and else it returns at once.
     void finish();
 
     /// Sees the task ended without running it here: takes it out of the queue, or waits until the worker that

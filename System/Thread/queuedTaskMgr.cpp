@@ -1,7 +1,5 @@
 #include "System/Thread/queuedTaskMgr.h"
 
-#include "System/Patterns/tSingletonImpl.h"
-
 #include <algorithm>
 
 namespace Qel {
@@ -33,7 +31,11 @@ QueuedTaskMgr::~QueuedTaskMgr()
         m_closing = true;
     }
     abortQueuedTasks();
-    // A task on one worker may still look at the others, so they all end before the first one goes.
+    // A task on one worker may wait for a task on another one, so they all stop before the first one is
+    // waited for, and may still look at the others, so they all end before the first one goes.
+    for (std::unique_ptr<iQueuedThread> const &thread : m_threads) {
+        thread->askToEnd();
+    }
     for (std::unique_ptr<iQueuedThread> const &thread : m_threads) {
         thread->endWork();
     }
@@ -122,14 +124,11 @@ void QueuedTaskMgr::returnToPool(iQueuedThread *thread, eThreadStatus status)
 }
 
 // Takes a task that waits out of the queue, and keeps the others in their order.
+// Its status is the caller's to set, at once to the one that it is to have: others are looking.
 // @return false if it was not in the queue: it does not wait, or a worker has just taken it
 bool QueuedTaskMgr::removeJob(iQueuedTask *task)
 {
-    if (task->getStatus() != TASK_QUEUED || std::erase(m_queue, task) == 0) {
-        return false;
-    }
-    task->m_status.store(TASK_ABORTED, std::memory_order_release);
-    return true;
+    return task->getStatus() == TASK_QUEUED && std::erase(m_queue, task) > 0;
 }
 
 eTaskStatus QueuedTaskMgr::forceTask(iQueuedTask *task)
@@ -155,10 +154,7 @@ eTaskStatus QueuedTaskMgr::forceTask(iQueuedTask *task)
 eTaskStatus QueuedTaskMgr::abortTask(iQueuedTask *task)
 {
     cCriticalHelper const guard(&m_lock);
-    if (removeJob(task)) {
-        return TASK_ABORTED;
-    }
-    if (task->getStatus() == TASK_IDLE) {
+    if (removeJob(task) || task->getStatus() == TASK_IDLE) {
         task->m_status.store(TASK_ABORTED, std::memory_order_release);
     }
     return std::max(task->getStatus(), TASK_RUNNING);
@@ -192,6 +188,15 @@ bool QueuedTaskMgr::forget(iQueuedTask *task)
         }
     }
     return known;
+}
+
+// Has the pool stopped in the middle of a task, so that it will never end?
+bool QueuedTaskMgr::hasLeft(iQueuedTask const *task) const
+{
+    cCriticalHelper const guard(&m_lock);
+    return m_closing && std::ranges::any_of(m_threads, [task](auto const &thread) {
+               return thread->m_finished && thread->getTask() == task;
+           });
 }
 
 void QueuedTaskMgr::setThreadPriority(eThreadPriority priority)

@@ -84,6 +84,7 @@ private:
     bool removeJob(iQueuedTask *task);
     void returnToPool(iQueuedThread *thread, eThreadStatus status);
     bool forget(iQueuedTask *task);
+    bool hasLeft(iQueuedTask const *task) const;
 
     std::vector<std::unique_ptr<iQueuedThread>> m_threads;
     std::deque<iQueuedTask *> m_queue;

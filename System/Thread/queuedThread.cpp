@@ -34,12 +34,17 @@ void iQueuedThread::operator delete(void *block)
     ::operator delete(block);
 }
 
+void iQueuedThread::askToEnd()
+{
+    // First, so that the worker that wakes up finds it.
+    _askToStop();
+    m_wakeUp.give();
+}
+
 void iQueuedThread::endWork()
 {
-    // The status first, so that the worker that wakes up finds it; the signal lives until its thread is gone.
-    m_status = THREAD_DONE;
-    m_wakeUp.give();
-    _endSteps();
+    askToEnd();
+    _endSteps(); // the signal lives until its thread is gone
 }
 
 iQueuedTask *iQueuedThread::assignTask(iQueuedTask *task)

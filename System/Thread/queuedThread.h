@@ -38,7 +38,8 @@ public:
 private:
     friend class QueuedTaskMgr;
 
-    void endWork(); ///< wakes the worker and waits for its thread's end
+    void askToEnd(); ///< no step after the one in progress; wakes the worker
+    void endWork();  ///< askToEnd(), and waits for the thread's end
 
     QueuedTaskMgr *m_owner;
     std::atomic<iQueuedTask *> m_task{nullptr}; // changed under the owner's lock only

@@ -25,16 +25,32 @@ float secondsNow()
 } // namespace
 
 struct iThread::Control : ThreadControl {
-    FinalOverrider<iThread, eThreadStatus, float> runThread;
-    FinalOverrider<iThread const, unsigned int> getThreadSleep;
-    FinalOverrider<iThread, void> setThreadFinished;
+    struct Operations {
+        FinalOverrider<iThread, eThreadStatus, float> runThread;
+        FinalOverrider<iThread const, unsigned int> getThreadSleep;
+        FinalOverrider<iThread, void> setThreadFinished;
 
-    void resolve(iThread *thread)
+        void resolve(iThread *thread)
+        {
+            runThread.resolve(thread, &iThread::runThread);
+            getThreadSleep.resolve(thread, &iThread::getThreadSleep);
+            setThreadFinished.resolve(thread, &iThread::_setThreadFinished);
+        }
+    };
+
+    // For the thread itself: those of the whole object, or, while nobody has said that it is whole, those
+    // that it has at this moment.
+    Operations const &current(iThread *thread)
     {
-        runThread.resolve(thread, &iThread::runThread);
-        getThreadSleep.resolve(thread, &iThread::getThreadSleep);
-        setThreadFinished.resolve(thread, &iThread::_setThreadFinished);
+        if (isOpen()) {
+            return ofWhole;
+        }
+        ofNow.resolve(thread);
+        return ofNow;
     }
+
+    Operations ofWhole; // found when the gate opens
+    Operations ofNow;
 };
 
 iThread::iThread(unsigned int stackSize)
@@ -65,7 +81,7 @@ iThread::Control *iThread::control() const
 void iThread::_beginSteps()
 {
     if (Control *const thread = control()) {
-        thread->open([&] { thread->resolve(this); });
+        thread->open([&] { thread->ofWhole.resolve(this); });
     }
 }
 
@@ -163,27 +179,26 @@ void iThread::run(ThreadControl &shared, void *worker)
     ThreadEnd const end(control, [&] {
         // Before the first step the object may not be whole; only the base class's own version is then safe.
         if (stepped) {
-            control.setThreadFinished(thread);
+            control.current(thread).setThreadFinished(thread);
         } else {
             thread->m_finished = true;
         }
     });
     float last = secondsNow();
     OsInfo::setThreadName(os::currentThreadId(), "task-thread");
-    if (!control.waitAtGate()) {
+    if (!control.waitAtGate([] { return true; })) {
         // Whoever set the sleep after the construction has told this thread by that of all that was built.
         static_cast<void>(thread->m_sleep.load());
-        control.open([&] { control.resolve(thread); });
     }
 
     threadBarrier([&] {
         while (control.mayStep()) {
             stepped = true;
             float const now = secondsNow();
-            if (control.runThread(thread, now - last) != THREAD_CONTINUE) {
+            if (control.current(thread).runThread(thread, now - last) != THREAD_CONTINUE) {
                 break;
             }
-            if (unsigned int const ms = control.getThreadSleep(thread); ms != 0) {
+            if (unsigned int const ms = control.current(thread).getThreadSleep(thread); ms != 0) {
                 control.sleep(ms, false);
             }
             last = now;

@@ -18,7 +18,8 @@ enum eThreadStatus : std::uint32_t {
     THREAD_DONE = 1,     ///< stop; a task ended well
 };
 
-/// Share of the processor. What the process may not have is given as far as it goes.
+/// Share of the processor. What the process may not have is given as far as it goes: an ordinary user's
+/// process can lower a thread, but not bring it back, so that THREAD_PRIO_LOW is there for good.
 enum eThreadPriority : std::uint32_t {
     THREAD_PRIO_NORMAL = 0,
     THREAD_PRIO_HIGH = 1, ///< one level above normal
@@ -30,7 +31,8 @@ enum eThreadPriority : std::uint32_t {
 ///
 /// The rules of ThreadTask hold for the beginning and the end of its life: create it as tThreaded<Class>, or
 /// begin the destructors of a plain class with _endSteps(). For a plain object, getThreadLoad() is the call
-/// that lets the first step begin.
+/// that lets the first step begin; if it comes by time, and the object's last class is still to be built, it
+/// is the runThread() of the class before, or the base version, which does nothing.
 ///
 /// @par Threads  The operations: any thread, while the object lives. The worker's own thread must not
 ///               destroy it.

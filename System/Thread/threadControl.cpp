@@ -8,7 +8,7 @@ namespace Qel {
 
 namespace {
 
-// How long a worker object that nobody asks anything stays at the gate.
+// How long a worker object that nobody asks anything stays at the gate without a sign of being built.
 constexpr std::chrono::milliseconds grace{100};
 constexpr std::chrono::milliseconds pollGate{5};
 
@@ -79,7 +79,7 @@ std::uint32_t ThreadControl::resume()
     return before;
 }
 
-bool ThreadControl::waitAtGate()
+bool ThreadControl::waitAtGate(std::function<bool()> const &mayBeWhole)
 {
     std::unique_lock lock(m_events->lock);
     auto const open = [this] { return m_opened || m_stopped; };
@@ -90,16 +90,19 @@ bool ThreadControl::waitAtGate()
         }
         return open();
     }
-    if (m_events->changed.wait_for(lock, grace, open)) {
-        return true;
-    }
-    // On a busy machine the constructors may not have come to run yet.
-    while (!m_creator.hasGoneOn()) {
-        if (m_events->changed.wait_for(lock, pollGate, open)) {
-            return true;
+    char const *table = tableOf(m_worker);
+    auto since = std::chrono::steady_clock::now();
+    while (!m_events->changed.wait_for(lock, pollGate, open)) {
+        if (char const *const now = tableOf(m_worker); now != table) {
+            table = now;
+            since = std::chrono::steady_clock::now();
+            m_creator.restart();
+        } else if (std::chrono::steady_clock::now() - since >= grace && mayBeWhole() &&
+                   m_creator.hasGoneOn()) { // on a busy machine the constructors may have had no turn
+            return open();
         }
     }
-    return open();
+    return true;
 }
 
 bool ThreadControl::mayStep()

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <memory>
 
 namespace Qel {
@@ -26,7 +27,7 @@ public:
     template <class Resolve>
     void open(Resolve resolve)
     {
-        if (m_opened.load(std::memory_order_acquire)) {
+        if (isOpen()) {
             return;
         }
         std::lock_guard const guard(m_events->lock);
@@ -47,9 +48,12 @@ public:
     // For the thread itself.
 
     /// Waits until the gate opens. A worker that lies in an object under a GateHold waits for the hold's end
-    /// at least; another one for the time of grace, in which its creator must have had a turn.
+    /// at least. Another one waits until its table pointer has been the same for the time of grace, in which
+    /// its creator must have had a turn: each constructor sets it when it begins.
+    /// @param mayBeWhole  false while the table that the object has now is certainly not its last one
     /// @return false if it is still closed, and nothing is left to wait for
-    bool waitAtGate();
+    bool waitAtGate(std::function<bool()> const &mayBeWhole);
+    bool isOpen() const { return m_opened.load(std::memory_order_acquire); }
     bool mayStep(); ///< waits while suspended; false once it has been stopped
     bool stopped() const { return m_stopped.load(std::memory_order_acquire); }
     void sleep(std::uint32_t ms, bool alertable); ///< ends early when it is stopped
@@ -78,6 +82,14 @@ inline constexpr std::uint32_t noLimit = 0xFFFFFFFF;
 /// what the step waits for.
 inline constexpr std::uint32_t deleteWaitMs = 1000;
 
+/// The table pointer of an object, whose constructors and destructors may be setting it on another thread. A
+/// pointer is read as a whole; that nothing orders the two is known, so the sanitizer does not look.
+[[gnu::no_sanitize("thread"), gnu::noinline]] inline char const *tableOf(void const *object)
+{
+    using Table [[gnu::may_alias]] = char const *;
+    return *static_cast<Table const volatile *>(object);
+}
+
 /// A virtual operation of an object, looked up once: the thread then never reads the object's table pointer,
 /// which the destructors write.
 template <class Class, class Result, class... Arguments>
@@ -85,7 +97,7 @@ class FinalOverrider {
 public:
     using Function = Result (*)(Class *, Arguments...);
 
-    /// @param object  completely built, and not yet being destroyed
+    /// @param object  the operation is the one that it has at this moment
     template <class Member>
     void resolve(Class *object, Member member)
     {
@@ -97,10 +109,10 @@ public:
         } parts;
         static_assert(sizeof member == sizeof parts);
         std::memcpy(&parts, &member, sizeof parts);
-        char const *table = nullptr;
-        std::memcpy(&table, static_cast<void const *>(object), sizeof table);
-        std::memcpy(&m_function, table + parts.place - 1, sizeof m_function);
+        std::memcpy(&m_function, tableOf(object) + parts.place - 1, sizeof m_function);
     }
+
+    bool operator==(FinalOverrider const &) const = default;
 
     Result operator()(Class *object, Arguments... arguments) const
     {

@@ -14,12 +14,28 @@ constexpr std::uint32_t noThread = 0xFFFFFFFF;
 } // namespace
 
 struct ThreadTask::Control : ThreadControl {
-    FinalOverrider<ThreadTask, bool, float> process;
+    using Process = FinalOverrider<ThreadTask, bool, float>;
+
+    // For the thread itself: that of the whole object, or, while nobody has said that it is whole, the one
+    // that it has at this moment.
+    Process const &current(ThreadTask *task)
+    {
+        if (isOpen()) {
+            return ofWhole;
+        }
+        ofNow.resolve(task, &ThreadTask::process);
+        return ofNow;
+    }
+
+    Process none;    // what a class without one has in its place
+    Process ofWhole; // found when the gate opens
+    Process ofNow;
 };
 
 ThreadTask::ThreadTask()
 {
     auto control = std::make_unique<Control>();
+    control->none.resolve(this, &ThreadTask::process);
     if (control->start(&ThreadTask::run, this, stackBytes)) {
         m_info.handle = reinterpret_cast<std::uintptr_t>(control.release());
     }
@@ -43,7 +59,7 @@ ThreadTask::Control *ThreadTask::control() const
 void ThreadTask::_beginSteps() const
 {
     if (Control *const thread = control()) {
-        thread->open([&] { thread->process.resolve(const_cast<ThreadTask *>(this), &ThreadTask::process); });
+        thread->open([&] { thread->ofWhole.resolve(const_cast<ThreadTask *>(this), &ThreadTask::process); });
     }
 }
 
@@ -104,8 +120,10 @@ std::uint32_t ThreadTask::resume()
 
 bool ThreadTask::_process(Control &control, float dt)
 {
-    // Only a false is kept: a stop that came during the step must not be undone by its result.
-    if (m_info.running && !control.process(this, dt)) {
+    Control::Process const &process = control.current(this);
+    // Only a false is kept: a stop that came during the step must not be undone by its result. The class that
+    // had a process() may be gone already, if nobody has stopped the thread before its destructor.
+    if (m_info.running && process != control.none && !process(this, dt)) {
         m_info.running = false;
     }
     return m_info.running;
@@ -116,10 +134,9 @@ void ThreadTask::run(ThreadControl &shared, void *worker)
     auto &control = static_cast<Control &>(shared);
     auto *const task = static_cast<ThreadTask *>(worker);
     ThreadEnd const end(control, [task] { task->setThreadFinished(); });
-    if (!control.waitAtGate()) {
+    if (!control.waitAtGate([&] { return control.current(task) != control.none; })) {
         // Whoever set the sleep after the construction has told this thread by that of all that was built.
         static_cast<void>(task->m_info.sleep.load());
-        control.open([&] { control.process.resolve(task, &ThreadTask::process); });
     }
 
     threadBarrier([&] {

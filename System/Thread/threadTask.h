@@ -25,11 +25,15 @@ class ThreadControl;
 /// auto other = std::make_unique<tThreaded<Poller>>();
 /// @endcode
 ///
-/// An object of a plain class runs too. Its first step waits for a call that nobody makes before the object
-/// is complete: isThreadFinished(), waitThreadFinish(), resume(); or for 100 ms, if nobody asks it anything.
-/// So its constructors must be through within that time, and must call none of the three. When it goes by
-/// `delete`, its thread is stopped first; as a local or a member it is not, and the destructor of each class
-/// that process() needs something of begins with waitThreadFinish().
+/// An object of a plain class runs too, on a weaker promise. Its first step waits for a call that nobody
+/// makes before the object is complete: isThreadFinished() or resume(), which its constructors must not call.
+/// If nobody asks it anything, the first step comes 100 ms after the last class to have a constructor began
+/// with its own part. How many are still to come cannot be known, so the limit is for each of them: a class
+/// that takes longer than 100 ms over its members and its constructor's body, after its bases are done, is
+/// stepped in the middle of that. Until one of the calls has been made, each step is the process() that the
+/// object has just then; while it has none, there is no step. When it goes by `delete`, its thread is stopped
+/// first; as a local or a member it is not, and the destructor of each class that process() needs something
+/// of begins with waitThreadFinish().
 ///
 /// @par Threads  The operations: any thread, while the object lives. The worker's own thread must not
 ///               destroy it or wait for it.

@@ -3,7 +3,6 @@
 #include "Support/OS/clock.h"
 #include "Support/OS/process.h"
 #include "Support/OS/processor.h"
-#include "System/Patterns/tSingletonImpl.h"
 
 #include <algorithm>
 #include <cstdio>

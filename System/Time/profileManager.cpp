@@ -1,7 +1,6 @@
 #include "System/Time/profileManager.h"
 
 #include "Support/OS/thread.h"
-#include "System/Patterns/tSingletonImpl.h"
 
 namespace Qel {
 

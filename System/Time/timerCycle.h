@@ -14,8 +14,10 @@ namespace Qel {
 /// The conversions give 0 until TimerInit::init() has run.
 class QEL_API TimerCycle {
 public:
-    TimerCycle() = default;                     ///< 0
-    explicit TimerCycle(float ms) { init(ms); } ///< see init(float)
+    TimerCycle() = default; ///< 0
+
+    /// The count of a time in milliseconds, also where a count is asked for: see init(float).
+    TimerCycle(float ms) { init(ms); } // NOLINT(google-explicit-constructor): a time is a count
 
     /// A count given as such.
     static TimerCycle fromCount(std::uint64_t count);

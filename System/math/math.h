@@ -59,10 +59,11 @@ public:
     static float rsqrt_base(float x); ///< from the bits of x and one and a half steps of Newton's
     static float rsqrt_q3(float x);   ///< a shorter one, which no pointer selects
     static float rsqrt_sse(float x);  ///< the processor's estimate, good to 12 bits
-    static float cos_base(float x);   ///< exact to float, in hardware
+    static float cos_base(float x);   ///< exact to float below 1e7, in hardware
     static float cos_sse(float x);
-    static float cos_sse2(float x);                                   ///< the values of cos_sse
-    static void sincos_asm(float angle, float *sine, float *cosine);  ///< exact to float, in hardware
+    static float cos_sse2(float x); ///< the values of cos_sse
+    static void sincos_asm(float angle, float *sine,
+                           float *cosine); ///< exact to float below 1e7, in hardware
     static void sincos_base(float angle, float *sine, float *cosine); ///< the same; no pointer selects it
     static void sincos_sse(float angle, float *sine, float *cosine);
     static void sincos_sse2(float angle, float *sine, float *cosine); ///< the values of sincos_sse
@@ -83,8 +84,8 @@ public:
     /// arc whose end is below its start runs through zero. All three are normalised, as radNormalize() gives
     /// them.
     static bool radNormalized_IsIn(float value, float a, float b, bool flag);
-    static float sin(float x);                                        ///< exact to float
-    static float tan(float x);                                        ///< exact to float
+    static float sin(float x);                                        ///< exact to float below 1e7
+    static float tan(float x);                                        ///< exact to float below 1e7
     static float isin(float x) { return std::asin(x); }               ///< arc sine
     static float icos(float x) { return std::acos(x); }               ///< arc cosine
     static float itan(float x) { return std::atan(x); }               ///< arc tangent

@@ -7,13 +7,6 @@
 
 namespace Qel {
 
-cMersenneTwister::cMersenneTwister(unsigned int const *saved) : cMersenneTwister()
-{
-    if (saved != nullptr) {
-        Load(saved);
-    }
-}
-
 cMersenneTwister::cMersenneTwister(cMersenneTwister const &other)
     : next(state + (other.next - other.state)), left(other.left)
 {

@@ -5,6 +5,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 namespace Qel {
 
@@ -30,7 +31,15 @@ public:
 
     /// Goes on where a generator was saved.
     /// @param saved  what Save() wrote; null seeds with 4357
-    explicit cMersenneTwister(unsigned int const *saved);
+    template <class Words>
+    requires(std::is_pointer_v<Words> || std::is_null_pointer_v<Words>) explicit cMersenneTwister(Words saved)
+        : cMersenneTwister()
+    {
+        // Not for a plain 0, which is a seed.
+        if (unsigned int const *const words = saved; words != nullptr) {
+            Load(words);
+        }
+    }
 
     cMersenneTwister(cMersenneTwister const &other);
     cMersenneTwister &operator=(cMersenneTwister const &other);

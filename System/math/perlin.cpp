@@ -144,7 +144,7 @@ unsigned char *Perlin::createFieldWithOctave123(unsigned int sizeA, unsigned int
                                                 unsigned int scale)
 {
     unsigned char *const field = newField(sizeA, sizeB, sizeC, 4);
-    if (field == nullptr || sizeC == 0) {
+    if (field == nullptr || sizeB == 0 || sizeC == 0) {
         return field;
     }
     double const size = std::sqrt(static_cast<double>(sizeA) * sizeB) * sizeC;

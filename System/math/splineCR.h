@@ -28,6 +28,8 @@ namespace Qel {
 /// @par Threads  Takes no lock. References that it gives out end with the next addValue().
 class QEL_API cSplineCR {
 public:
+    static float const mCoeffs[4][4]; ///< the cubic Hermite basis, row by row
+
     /// Appends a point, with a zero tangent; then recalcTangents() if they are calculated automatically.
     void addValue(D3DXVECTOR3 const &point);
 
@@ -38,6 +40,11 @@ public:
     D3DXVECTOR3 const &getValue(unsigned short index) const;   ///< a point
     D3DXVECTOR3 const &getTangent(unsigned short index) const; ///< a point's tangent
     D3DXVECTOR3 const &getTangent(unsigned int index) const;   ///< a point's tangent
+    /// A point's tangent; below 0, that of the first.
+    D3DXVECTOR3 const &getTangent(int index) const
+    {
+        return getTangent(index < 0 ? 0U : static_cast<unsigned int>(index));
+    }
 
     /// Sets one tangent, which lasts until tangents are calculated again.
     /// @param index  of a point; otherwise nothing happens
@@ -75,7 +82,7 @@ public:
     /// @param steps  0 gives 0
     float approximateLength(unsigned int steps) const;
 
-    static D3DXMATRIX getCoeffMatrix(); ///< the cubic Hermite basis, row by row
+    static D3DXMATRIX getCoeffMatrix(); ///< mCoeffs
 
 private:
     /// A place on the whole curve.
@@ -85,8 +92,6 @@ private:
     };
     Place placeAt(float t) const;
     D3DXVECTOR3 const &at(std::vector<D3DXVECTOR3> const &values, std::size_t index) const;
-
-    static float const mCoeffs[4][4];
 
     bool autoCalculate = true;
     std::vector<D3DXVECTOR3> points;

@@ -85,89 +85,68 @@ def huffman(data):
     return len(data).to_bytes(4, "little") + bits.to_bytes()
 
 
-class Node:
-    def __init__(self, position, parent):
-        self.position, self.parent, self.below = position, parent, [None, None]
-
-
 class Lz77:
-    """The window's strings in a binary search tree of objects."""
+    """The window's strings in a binary search tree: of each place its parent and its two children."""
 
     def __init__(self):
-        self.window = bytearray(4096)
-        self.nodes = {}
-        self.top = None
+        self.window, self.up, self.below = bytearray(4096), {}, {-1: [None, None]}
 
-    def string(self, position):
-        text = self.window[position:position + 17]
-        return bytes(text + self.window[:17 - len(text)])
+    def string(self, place):
+        return bytes((self.window + self.window[:17])[place:place + 17])
 
-    def hang(self, parent, node, old):
-        if parent is None:
-            self.top = node
-        else:
-            parent.below[parent.below[1] is old] = node
-        if node is not None:
-            node.parent = parent
-
-    def remove(self, position):
-        node = self.nodes.pop(position, None)
-        if node is None:
-            return
-        if None in node.below:
-            self.hang(node.parent, node.below[node.below[0] is None], node)
-            return
-        largest = node.below[0]
-        while largest.below[1]:
-            largest = largest.below[1]
-        self.remove(largest.position)
-        self.nodes[largest.position] = largest
-        self.take_place(node, largest)
+    def hang(self, parent, old, new):
+        self.below[parent][self.below[parent][1] == old] = new
+        if new is not None:
+            self.up[new] = parent
 
     def take_place(self, old, new):
-        self.hang(old.parent, new, old)
-        new.below = list(old.below)
-        for child in new.below:
-            if child:
-                child.parent = new
+        self.hang(self.up.pop(old), old, new)
+        self.below[new] = self.below.pop(old)
+        for child in self.below[new]:
+            if child is not None:
+                self.up[child] = new
 
-    def add(self, position):
-        """Gives the length of the best match and its place."""
-        if position == 0:
+    def remove(self, place):
+        if place not in self.up:
+            return
+        low, high = self.below[place]
+        if low is None or high is None:
+            self.hang(self.up.pop(place), place, high if low is None else low)
+            return
+        while self.below[low][1] is not None:
+            low = self.below[low][1]
+        self.remove(low)
+        self.take_place(place, low)
+
+    def add(self, place):
+        """Gives the length of the best match and where it is."""
+        if place == 0:
             return 0, None
-        mine, best, where, node = self.string(position), 0, None, self.top
-        while True:
-            other = self.string(node.position)
+        mine, best, where, node, side = self.string(place), 0, None, -1, True
+        while self.below[node][side] is not None:
+            node = self.below[node][side]
+            other = self.string(node)
             equal = next((i for i in range(17) if mine[i] != other[i]), 17)
             if equal >= best:
-                best, where = equal, node.position
+                best, where = equal, node
             if equal == 17:
-                fresh = Node(position, None)
-                del self.nodes[node.position]
-                self.nodes[position] = fresh
-                self.take_place(node, fresh)
+                self.take_place(node, place)
                 return best, where
             side = mine > other
-            if node.below[side] is None:
-                self.nodes[position] = node.below[side] = Node(position, node)
-                return best, where
-            node = node.below[side]
+        self.below[node][side], self.up[place], self.below[place] = place, node, [None, None]
+        return best, where
 
     def encode(self, data):
-        bits = Bits()
-        ahead = min(17, len(data))
+        bits, ahead = Bits(), min(17, len(data))
         self.window[1:1 + ahead] = data[:ahead]
         read, current, length, where = ahead, 1, 0, None
-        self.top = self.nodes[1] = Node(1, None)
+        self.add(1)
         while ahead:
             length = min(length, ahead)
             if length < 2:
-                bits.field(1, 1)
-                bits.field(self.window[current], 8)
+                bits.field(256 + self.window[current], 9)
             else:
-                bits.field(0, 1)
-                bits.field(where, 12)
-                bits.field(length - 2, 4)
+                bits.field(where * 16 + length - 2, 17)
             for _ in range(max(length, 1)):
                 behind = (current + 17) % 4096
                 self.remove(behind)
@@ -184,31 +163,23 @@ class Lz77:
 
 
 def lzw(data):
-    bits, known, width, bump = Bits(), {}, 9, 511
-    if not data:
-        bits.field(256, 9)
-    text = data[:1]
-
-    def code(string):
-        return string[0] if len(string) == 1 else known[string]
-
-    for i in range(1, len(data)):
-        longer = text + data[i:i + 1]
+    bits, known, width, bump = Bits(), {bytes([i]): i for i in range(256)}, 9, 511
+    known[b""], text = 256, data[:1]
+    for byte in data[1:]:
+        longer = text + bytes([byte])
         if longer in known:
             text = longer
             continue
-        bits.field(code(text), width)
-        known[longer] = 259 + len(known)
-        text = data[i:i + 1]
-        count = 259 + len(known)
-        if count == 32768:
+        bits.field(known[text], width)
+        known[longer] = len(known) + 2
+        text = bytes([byte])
+        if len(known) + 2 == 32768:
             bits.field(258, width)
-            known, width, bump = {}, 9, 511
-        elif count > bump:
+            known, width, bump = {bytes([i]): i for i in range(256)} | {b"": 256}, 9, 511
+        elif len(known) + 2 > bump:
             bits.field(257, width)
             width, bump = width + 1, 2 * bump + 1
-    if data:
-        bits.field(code(text), width)
+    bits.field(known[text], width)
     bits.field(256, width)
     return bits.to_bytes()
 

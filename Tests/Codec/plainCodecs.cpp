@@ -77,18 +77,22 @@ struct Nodes {
         all.back()->symbol = symbol;
         return all.back().get();
     }
+    // Null for a tree that ends too early or has more than 256 leaves.
     Node *load(cFileBitOld &from)
     {
         Node *const node = make(-1);
-        if (from.read_bit()) {
-            node->child[0] = load(from);
-            node->child[1] = load(from);
-        } else {
-            unsigned char byte = 0;
-            from.read(&byte, 1);
-            node->symbol = byte;
+        if (all.size() > 511) {
+            return nullptr;
         }
-        return node;
+        if (from.read_bit()) {
+            bool const whole = (node->child[0] = load(from)) != nullptr && (node->child[1] = load(from));
+            return whole ? node : nullptr;
+        }
+        bool const isThere = (from.tell() + 7) / 8 * 8 + 8 <= from.size();
+        unsigned char byte = 0;
+        from.read(&byte, 1);
+        node->symbol = byte;
+        return isThere ? node : nullptr;
     }
 };
 
@@ -140,7 +144,7 @@ std::string decodeHuffman(std::string const &stream)
     Nodes nodes;
     Node *const root = nodes.load(bits);
     std::string data;
-    for (std::uint32_t i = 0; i < count; ++i) {
+    for (std::uint32_t i = 0; root != nullptr && i < count; ++i) {
         Node *node = root;
         while (node->symbol < 0) {
             node = node->child[bits.read_bit()];

@@ -6,7 +6,7 @@
 namespace plain {
 
 std::string encodeHuffman(std::string const &data);
-std::string decodeHuffman(std::string const &stream); ///< of a tree that is there in full
+std::string decodeHuffman(std::string const &stream); ///< nothing if the tree is not there in full
 
 std::string encodeLz77(std::string const &data);
 std::string decodeLz77(std::string const &stream);

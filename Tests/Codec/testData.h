@@ -58,40 +58,36 @@ inline std::string content(Qel::cFileMem const &file)
 }
 
 /// What a codec makes of some bytes in memory.
-inline std::string encoded(Qel::iCodec &codec, std::string const &data)
+inline std::string run(Qel::iCodec &codec, bool (Qel::iCodec::*method)(Qel::cFile &, Qel::cFile &, ...),
+                       std::string const &data, bool *result = nullptr)
 {
     Qel::cFileMem in;
     Qel::cFileMem out;
     fill(in, data);
-    codec.encode(in, out);
-    return content(out);
-}
-
-inline std::string decoded(Qel::iCodec &codec, std::string const &stream, bool *result = nullptr)
-{
-    Qel::cFileMem in;
-    Qel::cFileMem out;
-    fill(in, stream);
-    bool const done = codec.decode(in, out);
+    bool const done = (codec.*method)(in, out);
     if (result != nullptr) {
         *result = done;
     }
     return content(out);
 }
 
-/// Bytes from hexadecimal digits; blanks are ignored.
-inline std::string fromHex(std::string const &digits)
+inline std::string encoded(Qel::iCodec &codec, std::string const &data)
 {
+    return run(codec, &Qel::iCodec::encode, data);
+}
+
+inline std::string decoded(Qel::iCodec &codec, std::string const &stream, bool *result = nullptr)
+{
+    return run(codec, &Qel::iCodec::decode, stream, result);
+}
+
+/// Bytes from hexadecimal digits; blanks are ignored.
+inline std::string fromHex(std::string digits)
+{
+    std::erase(digits, ' ');
     std::string bytes;
-    std::string pair;
-    for (char const c : digits) {
-        if (c != ' ') {
-            pair += c;
-        }
-        if (pair.size() == 2) {
-            bytes += static_cast<char>(std::stoi(pair, nullptr, 16));
-            pair.clear();
-        }
+    for (std::size_t i = 0; i < digits.size(); i += 2) {
+        bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
     }
     return bytes;
 }

@@ -12,35 +12,31 @@
 namespace Qel {
 namespace {
 
-// Python: zlib.compress(b"hello hello hello", 9), behind its length.
-char const *const hello = "11000000 78DACB48CDC9C957C84090003A2E067D";
+// Python: zlib.compress(b"hello hello hello", 9), behind its length; and zlib.compress(b"abc", 0).
+std::string const zlibHello = test::fromHex("78DACB48CDC9C957C84090003A2E067D");
+std::string const hello = test::fromHex("11000000") + zlibHello;
+std::string const storedAbc = test::fromHex("7801 01 0300 FCFF 616263 024D0127");
 
 TEST(CodecZip, StreamsAreZlibsWithTheSizeInFront)
 {
     cCodecZIP zip;
-    EXPECT_EQ(test::decoded(zip, test::fromHex(hello)), "hello hello hello");
-    EXPECT_EQ(test::encoded(zip, ""), test::fromHex("00000000 785E 0300 00000001")) << "an empty zlib stream";
-    EXPECT_EQ(test::decoded(zip, test::fromHex("00000000 785E 0300 00000001")), "");
-    // Python: zlib.compress(b"abc", 0)
-    cFileMem in;
-    cFileMem out;
-    test::fill(in, "abc");
-    EXPECT_TRUE(zip.encode(in, out, CodecParamsZip(0)));
-    EXPECT_EQ(test::content(out), test::fromHex("03000000 7801 01 0300 FCFF 616263 024D0127"));
-    EXPECT_TRUE(out.eof() && in.eof());
-
+    std::string const empty = test::fromHex("00000000 785E 0300 00000001");
+    EXPECT_EQ(test::encoded(zip, ""), empty);
+    EXPECT_EQ(test::decoded(zip, empty), "");
+    EXPECT_EQ(test::decoded(zip, test::fromHex("00000000") + zlibHello), "hello hello hello")
+        << "256 bytes short is forgiven";
     std::string const data = test::makeData("text", 300'000, 4);
     unsigned char const levels[] = {0, 1, 5, 9};
     for (unsigned char const level : levels) {
-        test::fill(in, data);
+        cFileMem in;
         cFileTempMem packed;
+        cFileTempMem back;
+        test::fill(in, data);
         EXPECT_TRUE(zip.encode(in, packed, level));
+        EXPECT_TRUE(level != 5 || test::content(packed) == test::encoded(zip, data));
         packed.seek(0);
         EXPECT_EQ(zip.getUncompressedSize(packed), data.size());
-        EXPECT_EQ(packed.tell(), 0u);
-        cFileTempMem back;
-        EXPECT_TRUE(zip.decode(packed, back));
-        EXPECT_TRUE(test::content(back) == data);
+        EXPECT_TRUE(zip.decode(packed, back) && test::content(back) == data);
     }
 }
 
@@ -49,124 +45,97 @@ TEST(CodecZip, WorksFromPositionToPosition)
     cCodecZIP zip;
     cFileMem in;
     cFileMem packed;
+    cFileMem out;
     test::fill(in, "12hello hello hello");
     test::fill(packed, "abcdef");
+    test::fill(out, std::string(1'000, 'o'));
     in.seek(2);
     packed.seek(3);
-    EXPECT_TRUE(zip.encode(in, packed, 9));
-    EXPECT_EQ(test::content(packed), "abc" + test::fromHex(hello)) << "and nothing behind";
-    packed.seek(3);
-    cFileMem out;
-    test::fill(out, std::string(1'000, 'o'));
     out.seek(2);
+    EXPECT_TRUE(zip.encode(in, packed, 9));
+    EXPECT_EQ(test::content(packed), "abc" + hello) << "and nothing behind";
+    packed.seek(3);
     EXPECT_TRUE(zip.decode(packed, out));
     EXPECT_EQ(test::content(out), "oohello hello hello");
-    EXPECT_TRUE(out.eof() && packed.eof());
-}
+    EXPECT_TRUE(in.eof() && packed.eof() && out.eof());
 
-TEST(CodecZip, BlocksOfTheExtendedFormFollowOneAnother)
-{
-    cCodecZIP zip;
-    cFileMem first;
-    cFileMem second;
-    cFileMem packed;
-    test::fill(first, "hello hello hello");
-    test::fill(second, "abc");
-    EXPECT_TRUE(zip.encodeEx(first, packed, 9));
-    EXPECT_EQ(test::content(packed), test::fromHex("11000000 10000000") + test::fromHex(hello).substr(4));
-    EXPECT_TRUE(zip.encodeEx(second, packed, 0));
+    // Blocks of the extended form follow one another.
+    packed.clear();
+    in.seek(2);
+    EXPECT_TRUE(zip.encodeEx(in, packed, 9));
+    test::fill(in, "abc");
+    EXPECT_TRUE(zip.encodeEx(in, packed, 0));
+    EXPECT_EQ(test::content(packed), test::fromHex("11000000 10000000") + zlibHello +
+                                         test::fromHex("03000000 0E000000") + storedAbc);
     packed.write("tail", 4);
     packed.seek(0);
-    cFileMem out;
     EXPECT_TRUE(zip.decodeEx(packed, out));
     EXPECT_TRUE(zip.decodeEx(packed, out));
-    EXPECT_EQ(test::content(out), "hello hello helloabc");
+    EXPECT_EQ(test::content(out), "oohello hello hellohello hello helloabc");
     EXPECT_EQ(packed.size() - packed.tell(), 4u);
 }
 
-TEST(CodecZip, DamageLeavesTheOutputsBytes)
+TEST(CodecZip, DamageLeavesTheOutputsBytesAndIsLogged)
 {
-    std::string const good = test::fromHex(hello);
-    std::string const zlibStream = good.substr(4);
-    struct Row {
+    struct {
         char const *what;
         std::string stream;
         bool extended;
-        unsigned int grown; // beyond the 5 bytes that are there and the position 3
+        unsigned int size;  // of the output after it
+        unsigned int start; // the position in an output of 500 bytes
+        char const *logged;
+    } const rows[] = {
+        {"no size", "", false, 500, 3, "cCodecZIP::decode(): invalid uncompressed size - memory corrupt?\n"},
+        {"half a size", hello.substr(0, 3), false, 500, 3, "decode(): invalid"},
+        {"no data", hello.substr(0, 4), false, 400 + 17 + 256, 400, "decode(): Error -"},
+        {"cut", hello.substr(0, 15), false, 400 + 17 + 256, 400, "decode(): Error -"},
+        {"cut where it has room", hello.substr(0, 15), false, 500, 10, "decode(): Error -"},
+        {"64 MiB less one", test::fromHex("FFFFFF03 00"), false, 400 + 0x3FFFFFF + 256, 400, "Error -"},
+        {"64 MiB", test::fromHex("00000004") + zlibHello, false, 500, 3, "decode(): invalid"},
+        {"no zlib stream", test::fromHex("10000000 00112233"), false, 400 + 16 + 256, 400,
+         "cCodecZIP::decode(): Error -3\n"},
+        {"no compressed size", test::fromHex("11000000 1200"), true, 500, 3, "decode(): invalid"},
+        {"beyond the end", test::fromHex("11000000 11000000") + zlibHello, true, 500, 3, "Error -5"},
+        {"far beyond the end", test::fromHex("11000000 FFFFFFFF") + zlibHello, true, 500, 3, "Error -5"},
+        {"cut inside", test::fromHex("11000000 08000000") + zlibHello, true, 400 + 17 + 256, 400, "Error -"},
     };
-    Row const rows[] = {
-        {"no size", "", false, 0},
-        {"half a size", good.substr(0, 3), false, 0},
-        {"no data", good.substr(0, 4), false, 17 + 256},
-        {"cut", good.substr(0, good.size() - 5), false, 17 + 256},
-        {"64 MiB", test::fromHex("00000004") + zlibStream, false, 0},
-        {"4 GiB", test::fromHex("FFFFFFFF") + zlibStream, false, 0},
-        {"no zlib stream", test::fromHex("10000000 00112233"), false, 16 + 256},
-        {"no compressed size", test::fromHex("11000000 1200"), true, 0},
-        {"beyond the end", test::fromHex("11000000 11000000") + zlibStream, true, 0},
-        {"far beyond the end", test::fromHex("11000000 FFFFFFFF") + zlibStream, true, 0},
-        {"cut inside", test::fromHex("11000000 08000000") + zlibStream, true, 17 + 256},
-    };
+    test::TempFolder const folder;
     cCodecZIP zip;
-    for (Row const &row : rows) {
+    for (auto const &row : rows) {
         SCOPED_TRACE(row.what);
         cFileMem in;
         cFileMem out;
         test::fill(in, row.stream);
-        test::fill(out, "abcde");
-        out.seek(3);
-        EXPECT_FALSE(row.extended ? zip.decodeEx(in, out) : zip.decode(in, out));
-        EXPECT_EQ(out.tell(), 3u);
-        EXPECT_EQ(out.size(), row.grown == 0 ? 5 : 3 + row.grown);
-        EXPECT_EQ(test::content(out).substr(0, 3), "abc");
-        EXPECT_EQ(test::content(out).find_last_not_of('\0') < 3 + 17, true) << "the room is zeros";
+        test::fill(out, std::string(500, 'o'));
+        out.seek(row.start);
+        {
+            LogManager manager;
+            manager.createLog("zip.log", true, false, true);
+            EXPECT_FALSE(row.extended ? zip.decodeEx(in, out) : zip.decode(in, out));
+        }
+        EXPECT_NE(test::readFile("zip.log").find(row.logged), std::string::npos);
+        EXPECT_EQ(out.tell(), row.start);
+        std::string const left = test::content(out);
+        EXPECT_EQ(left.size(), row.size);
+        EXPECT_GE(left.find_first_not_of('o'), row.start);
+        EXPECT_TRUE(row.size <= 500 || left.find_last_not_of('\0') < 500) << "the new room is zeros";
     }
-    // What stands behind the position is not cut off, and sizes short by up to 256 bytes are forgiven.
     cFileMem in;
-    cFileMem out;
-    test::fill(in, good.substr(0, 10));
-    test::fill(out, std::string(500, 'o'));
-    out.seek(400);
-    EXPECT_FALSE(zip.decode(in, out));
-    EXPECT_EQ(out.size(), 400u + 17 + 256);
-    out.seek(10);
-    in.seek(0);
-    EXPECT_FALSE(zip.decode(in, out));
-    EXPECT_EQ(out.size(), 400u + 17 + 256);
-    EXPECT_EQ(test::decoded(zip, test::fromHex("00000000") + zlibStream), "hello hello hello");
-
-    test::fill(in, "abc");
     cFileMem failed;
-    EXPECT_FALSE(zip.encode(in, failed, 77)) << "a level that zlib does not have";
-    EXPECT_EQ(failed.tell(), 0u);
-    EXPECT_EQ(test::content(failed), std::string(failed.size(), '\0'));
-    EXPECT_FALSE(zip.encode(in, in, 5)) << "the same stream for both";
-}
-
-TEST(CodecZip, FailuresAreLogged)
-{
-    test::TempFolder const folder;
-    cCodecZIP zip;
+    test::fill(in, "abc");
     {
         LogManager manager;
         manager.createLog("zip.log", true, false, true);
-        cFileMem in;
-        cFileMem out;
-        test::fill(in, test::fromHex("00000004 00"));
-        zip.decode(in, out);
-        in.seek(0);
-        EXPECT_EQ(zip.getUncompressedSize(in), 0u);
-        test::fill(in, test::fromHex("04000000 00112233"));
-        zip.decode(in, out);
-        zip.encode(in, out, 77);
+        EXPECT_FALSE(zip.encode(in, failed, 77)) << "a level that zlib does not have";
+        EXPECT_FALSE(zip.encode(in, in, 5)) << "the same stream for both";
+        EXPECT_EQ(zip.getUncompressedSize(in), 0u) << "three bytes";
     }
-    std::string const log = test::readFile("zip.log");
-    for (char const *const text :
-         {"cCodecZIP::decode(): invalid uncompressed size - memory corrupt?\n",
-          "cCodecZIP::getUncompressedSize(): invalid uncompressed size - memory corrupt?\n",
-          "cCodecZIP::decode(): Error -3\n", "cCodecZIP::encode(): Error -2\n"}) {
-        EXPECT_NE(log.find(text), std::string::npos) << text;
-    }
+    std::string const logged = test::readFile("zip.log");
+    EXPECT_NE(logged.find("cCodecZIP::encode(): Error -2\n"), std::string::npos);
+    EXPECT_NE(logged.find("cCodecZIP::getUncompressedSize(): invalid uncompressed size - memory corrupt?\n"),
+              std::string::npos);
+    EXPECT_EQ(failed.tell(), 0u);
+    EXPECT_EQ(test::content(failed), std::string(failed.size(), '\0'));
 }
 
 TEST(CodecZip, OnlyMemoryFiles)
@@ -187,13 +156,26 @@ TEST(CodecZip, OnlyMemoryFiles)
         return false;
     };
     EXPECT_TRUE(isRefused([&] { zip.encode(disk, memory); }));
-    EXPECT_TRUE(isRefused([&] { zip.encode(memory, disk); }));
     EXPECT_TRUE(isRefused([&] { zip.encodeEx(memory, disk, 5); }));
     EXPECT_TRUE(isRefused([&] { zip.decode(disk, memory); }));
     EXPECT_TRUE(isRefused([&] { zip.decode(memory, disk); }));
     EXPECT_EQ(test::content(memory), "abc");
-    EXPECT_EQ(memory.tell(), 0u);
-    EXPECT_EQ(disk.size(), 0u);
+    EXPECT_TRUE(memory.tell() == 0 && disk.size() == 0);
+}
+TEST(CodecZip, AStreamThatIsOnlyReadIsNoOutput)
+{
+    cCodecZIP zip;
+    std::string block(1'000, 'b');
+    cFileMem shared;
+    shared.openShared(1'000, reinterpret_cast<unsigned char *>(block.data()));
+    cFileMem in;
+    test::fill(in, "abc");
+    EXPECT_FALSE(zip.encode(in, shared));
+    EXPECT_FALSE(zip.encodeEx(in, shared, 5));
+    test::fill(in, test::fromHex(hello));
+    EXPECT_FALSE(zip.decode(in, shared));
+    EXPECT_EQ(shared.size(), 1'000u);
+    EXPECT_EQ(block, std::string(1'000, 'b'));
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 
 #include "Tests/Tools/logLines.h"
 #include "Tests/Tools/memoryArchive.h"
+#include "Tests/math/atEveryLevel.h"
 
 #include "Support/PoolHeap/poolBlk.h"
 #include "Support/PoolHeap/poolHeap.h"
@@ -102,6 +103,45 @@ TEST_F(ArchiveContainer, TakesNamesOfAnyLength)
     EXPECT_FALSE(files._findResource(static_cast<char const *>(nullptr), nullptr));
     EXPECT_FALSE(files._findResource(HashConstCharPtr(), nullptr));
     EXPECT_FALSE(files._findResource("", nullptr));
+}
+
+// Short names go through whole vectors, which must not be read beyond a page; and only the beginning of a
+// name is compared first.
+TEST_F(ArchiveContainer, FindsANameAsItIsWrittenWhereverItLies)
+{
+    MemoryArchive archive("a");
+    std::string all;
+    for (int i = 0; i < 200; ++i) {
+        all += static_cast<char>(i % 7 == 6 ? '/' : 'a' + i * i % 26);
+    }
+    for (std::size_t length = 1; length <= all.size(); ++length) {
+        archive.files.emplace_back(all.substr(0, length), "");
+    }
+    files.addArchive(archive);
+
+    constexpr std::size_t page = 4096;
+    std::vector<char> memory(3 * page, 'x');
+    void *aligned = memory.data();
+    std::size_t room = memory.size();
+    char *const boundary = static_cast<char *>(std::align(page, 2 * page, aligned, room)) + page;
+    atEveryLevel([&] {
+        for (auto const &[name, content] : archive.files) {
+            for (int const before : {0, 1, 31, 63, 64, 65, 200, 300}) {
+                char *const written = boundary - before;
+                std::size_t const end = name.size();
+                for (std::size_t i = 0; i < end; ++i) {
+                    char const c = name[i];
+                    written[i] = c == '/' ? '\\' : i % 3 == 0 ? static_cast<char>(c - 'a' + 'A') : c;
+                }
+                written[end] = '\0';
+                FileInfo info;
+                EXPECT_TRUE(files._findResource(written, &info));
+                EXPECT_STREQ(info.name, name.c_str()) << before;
+                written[end - 1] = '#';
+                EXPECT_FALSE(files._findResource(written, nullptr)) << name << before;
+            }
+        }
+    });
 }
 
 // Against a map as the judge: three archives with a random part of one set of names each.

@@ -50,7 +50,7 @@ TEST(DataStore, WritesItsImageByteForByte)
     put(store, 1, "abc");
     put(store, 2, "xyz");
     EXPECT_EQ(image(store), twoBlocks);
-    EXPECT_EQ(store.getMode(), cDataStore::MODE_OWNED);
+    EXPECT_EQ(store.getMode(), MODE_OWNED);
     EXPECT_EQ(block(store, 2), "xyz");
     EXPECT_EQ(block(store, 3), "none");
 

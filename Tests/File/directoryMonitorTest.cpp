@@ -94,6 +94,7 @@ TEST(DirectoryMonitor, TellsWhatHappensToFiles)
 {
     WatchFolder const folder;
     fs::create_directories("watched/sub");
+    test::writeFile("watched/old", "x");
     ASSERT_LT(DirectoryMonitor::monitorDirectory("watched", &Changes::add, false), 32u);
     fs::path const start = fs::current_path();
 
@@ -110,6 +111,12 @@ TEST(DirectoryMonitor, TellsWhatHappensToFiles)
     EXPECT_EQ(takeUpTo("watched/end"),
               (std::vector<std::string>{"added long name.txt", "modified long name.txt", "old long name.txt",
                                         "new b", "removed b", "added c", "modified c", "removed c"}));
+
+    fs::permissions("watched/old", fs::perms::owner_read);
+    fs::permissions("watched/end", fs::perms::owner_read);
+    EXPECT_EQ(takeUpTo("watched/end1"), std::vector<std::string>()) << "rights are not content";
+    fs::last_write_time("watched/old", fs::file_time_type());
+    EXPECT_EQ(takeUpTo("watched/end2"), std::vector<std::string>{"modified old"});
 
     fs::rename("watched/end", "outside"); // and nothing comes behind it
     EXPECT_TRUE(test::waitUntil([] { return os::sleepAlertable(20), Changes::has("removed end"); }));

@@ -106,7 +106,7 @@ TEST(FileSystem, BuildsRelativePathsAsText)
         {"D:\\X\\Y", "c:\\a\\b", "d:\\X\\Y"},
         {"c:\\a\\b", "C:\\A\\B", ""},
         {"", "", ""},
-        {"a\\b", "", "a\\b"},
+        {"a\\b", "", "..\\a\\b"}, // an empty text is one component
         {"", "a\\b", "..\\..\\"},
         {"/data/u/f", "/data/w", "..\\u\\f"},
         {"a", "a\\b", "..\\"},
@@ -149,6 +149,10 @@ TEST(FileSystem, FindsNamesThatAreNotTaken)
     test::writeFile(longest, "");
     EXPECT_EQ(FileSystem::getNextUniqueFilename("", longest), longest + "0")
         << "it cannot be made, so it is free";
+    String const cut("a\0b", 3);
+    test::writeFile("a", "");
+    EXPECT_EQ(FileSystem::getNextUniqueFilename(cut, cut), "aa");
+    EXPECT_EQ(FileSystem::getNextUniqueFilename("", cut), "a1") << "the rest is no part of the name";
 }
 
 TEST(FileSystem, TellsWhatAFileIs)

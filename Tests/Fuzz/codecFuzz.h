@@ -7,14 +7,19 @@
 #include <cstddef>
 #include <string>
 
-/// Takes so much and no more: what is too long to be of interest ends early.
+/// Takes and reserves so much and no more, as if memory ended there: what is too long to be of interest ends
+/// early, and a claim of a size costs nothing.
 class SmallFile : public Qel::cFileMem {
 public:
     using cFileMem::write;
     unsigned int write(void const *buffer, unsigned int size) override
     {
-        return m_size + size > 256 * 1024 ? 0 : cFileMem::write(buffer, size);
+        return m_size + size > most ? 0 : cFileMem::write(buffer, size);
     }
+    bool reserve(unsigned int size) override { return size <= most && cFileMem::reserve(size); }
+
+private:
+    static constexpr unsigned int most = 72 * 1024; // a block of a decoder's and a little
 };
 
 /// Decodes any bytes, then codes them and decodes that.

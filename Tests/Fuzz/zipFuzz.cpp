@@ -6,10 +6,10 @@ std::string fuzzTarget(unsigned char const *data, std::size_t size)
     Qel::cCodecZIP codec;
     std::string seen = decodeAndRoundTrip(codec, data, size);
     Qel::cFileMem blocks(static_cast<unsigned int>(size), data);
-    Qel::cFileMem out;
+    SmallFile out;
     seen += static_cast<char>(codec.getUncompressedSize(blocks));
-    while (codec.decodeEx(blocks, out) && out.size() < 1024 * 1024) {
+    while (codec.decodeEx(blocks, out)) {
         seen += '+';
     }
-    return seen.append(reinterpret_cast<char const *>(out.getData()), out.size());
+    return out.size() == 0 ? seen : seen.append(reinterpret_cast<char const *>(out.getData()), out.size());
 }

@@ -1,13 +1,12 @@
 // One plugin in several behaviours; see CMakeLists.txt.
 
 #include "System/Codec/codecManager.h"
+#include "System/Platform/renderSystem.h"
 #include "System/System/Root.h"
 #include "System/System/exception.h"
 #include "System/System/export.h"
 #include "System/System/frameListener.h"
 #include "System/System/logManager.h"
-
-#include "Tests/Tools/emptyRenderSystem.h"
 
 #include "Support/OS/debug.h"
 
@@ -18,7 +17,7 @@ namespace {
 
 class Listener final : public Qel::FrameListener {};
 
-[[maybe_unused]] std::unique_ptr<test::EmptyRenderSystem> renderer;
+[[maybe_unused]] std::unique_ptr<Qel::RenderSystem> renderer;
 [[maybe_unused]] std::unique_ptr<Listener> listener;
 
 #ifdef MODULE_LOADS_OTHERS
@@ -41,7 +40,7 @@ Factory factory;
 extern "C" QEL_API void dllStartPlugin()
 {
     Qel::logMessage("start " MODULE_NAME "\n", 2);
-    renderer = std::make_unique<test::EmptyRenderSystem>();
+    renderer = std::make_unique<Qel::RenderSystem>();
     listener = std::make_unique<Listener>();
     Qel::Root::Instance().addRenderSystem(renderer.get());
     Qel::Root::Instance().addFrameListener(listener.get());

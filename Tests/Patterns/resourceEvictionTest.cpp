@@ -54,9 +54,9 @@ TEST_F(ResourceMgr, EvictsTheOldestDownToThreeQuarters)
         fill(manager, 10, 100);
         if (row.referenced >= 0) {
             manager.at(manager.nameToID(named(row.referenced).c_str()))->incRefCount();
-            manager.at(manager.nameToID(named(row.referenced).c_str()))->m_lastAccess = 1;
+            manager.at(manager.nameToID(named(row.referenced).c_str()))->lastAccess = 1;
         }
-        manager.at(10)->m_lastAccess = cResourceManager::getResourceMgrTick();
+        manager.at(10)->lastAccess = cResourceManager::getResourceMgrTick();
         manager.setMemoryBudget(row.budget);
         EXPECT_EQ(manager.getMemoryBudget(), row.budget);
         EXPECT_EQ(manager.getMemoryUsage(), row.usage);
@@ -107,22 +107,22 @@ TEST_F(ResourceMgr, KeepsItsAccountsWhateverAResourceSays)
     TestMgr manager;
     Resource &a = manager.add("a", 100, PRIORITY_MOST_URGENT);
     Resource &b = manager.add("b", 50, PRIORITY_MOST_URGENT);
-    a.m_size = 100000;
-    b.m_size = 0;
+    a.size = 100000;
+    b.size = 0;
     manager.unloadResource(1);
     EXPECT_EQ(manager.getMemoryUsage(), 50u);
     manager.unloadResource(2);
     EXPECT_EQ(manager.getMemoryUsage(), 0u);
 
     Resource &born = manager.add("born loaded", 10);
-    born.m_loaded = true;
-    born.m_size = 10;
+    born.loaded = true;
+    born.size = 10;
     manager.unloadResource(3);
     EXPECT_EQ(manager.getMemoryUsage(), 0u) << "what was never added is not taken off";
 
     Resource copy = a;
-    copy.m_loaded = true;
-    copy.m_size = 7;
+    copy.loaded = true;
+    copy.size = 7;
     manager.unloadResource(copy);
     EXPECT_EQ(manager.getMemoryUsage(), 0u);
     EXPECT_FALSE(copy.isLoaded());
@@ -170,7 +170,7 @@ TEST_F(ResourceMgr, BearsWhatItsResourcesDo)
          [](Setting &s) { EXPECT_TRUE(s.manager.getByID(1, true) == &s.a && s.a.isLoaded()); }},
         {"load destroys another",
          [](Setting &s) {
-             s.b.m_loaded = true;
+             s.b.loaded = true;
              s.a.onLoad = [&manager = s.manager] { manager.Unregister(2, true); };
          },
          [](Setting &s) {
@@ -223,7 +223,7 @@ TEST_F(ResourceMgr, BearsWhatItsResourcesDo)
          [](Setting &s) {
              s.a.loadsItself = false;
              s.a.onStream = [&manager = s.manager] {
-                 manager.at(2)->m_loaded = true;
+                 manager.at(2)->loaded = true;
                  manager.Unregister(2, true);
                  manager.Unregister(1, false);
              };
@@ -266,7 +266,7 @@ TEST_F(ResourceMgr, BearsWhatItsResourcesDo)
          [](Setting &s) {
              fill(s.manager, 800, 1);
              s.manager.at(3)->onUnload = [&manager = s.manager] { manager.setMemoryBudget(0); };
-             s.manager.at(3)->m_lastAccess = 1;
+             s.manager.at(3)->lastAccess = 1;
              ticks(3);
          },
          [](Setting &s) {
@@ -298,6 +298,25 @@ TEST_F(ResourceMgr, BearsWhatItsResourcesDo)
              EXPECT_EQ(s.manager.nameToID("later"), 1u);
              EXPECT_EQ(s.manager.getMemoryUsage(), 0u);
          }},
+        {"destroy that calls when the resource is gone",
+         [](Setting &s) {
+             s.manager.getByID(1, true);
+             s.manager.onDestroyed = [&manager = s.manager] {
+                 manager.onDestroyed = nullptr;
+                 StringVector left;
+                 EXPECT_EQ(manager.getAllResources(left), 1u);
+                 EXPECT_EQ(manager.getByName("a", true), nullptr);
+                 ticks(3);
+                 manager.setMemoryBudget(1);
+                 manager.add("a", 100, PRIORITY_MOST_URGENT);
+             };
+         },
+         [](Setting &s) {
+             s.manager.unloadAndDestroyResource(&s.a);
+             EXPECT_EQ(s.manager.nameToID("a"), 3u);
+             s.manager.add("next", 1);
+             EXPECT_EQ(s.manager.nameToID("next"), 1u) << "the number is free after the call";
+         }},
         {"destroy that registers while all is ended",
          [](Setting &s) {
              s.manager.onDestroy = [&manager = s.manager] {
@@ -323,6 +342,22 @@ TEST_F(ResourceMgr, BearsWhatItsResourcesDo)
         row.act(setting);
         manager.onDestroy = nullptr;
     }
+}
+
+TEST_F(ResourceMgr, TakesAResourceFromAnotherManager)
+{
+    TestMgr first;
+    TestMgr second;
+    first.add("other", 1);
+    Resource &a = first.add("a", 10, PRIORITY_MOST_URGENT);
+    EXPECT_EQ(second.Register(&a, PRIORITY_MIDDLE), 1u);
+    EXPECT_EQ(first.nameToID("a"), 0u);
+    EXPECT_EQ(first.getMemoryUsage(), 0u);
+    first.takeCalls();
+    first.unloadAndDestroyAll();
+    EXPECT_EQ(first.takeCalls(), "~other ");
+    second.unloadAndDestroyAll();
+    EXPECT_EQ(first.takeCalls(), "unload ~a ");
 }
 
 } // namespace

@@ -22,9 +22,9 @@ class TestMgr : public cResourceManager {
 public:
     class Resource : public cResource {
     public:
-        Resource(TestMgr &owner, char const *name, unsigned int itsBytes) : bytes(itsBytes), m_owner(owner)
+        Resource(TestMgr &owner, char const *itsName, unsigned int itsBytes) : bytes(itsBytes), m_owner(owner)
         {
-            setName(name);
+            setName(itsName);
         }
         ~Resource() override { m_owner.calls += "~" + std::string(getName().c_str()) + " "; }
 
@@ -34,7 +34,7 @@ public:
             if (onLoad) {
                 onLoad();
             }
-            m_size = loadsItself ? bytes : 0;
+            size = loadsItself ? bytes : 0;
             return loadsItself;
         }
         void unload() override
@@ -48,19 +48,19 @@ public:
         {
             m_owner.calls += reason == STREAM_FORCED ? "forced " : "cached ";
             content.assign(static_cast<char const *>(data.data()), data.size());
-            m_size = data.size();
-            m_loaded = takesData;
+            size = data.size();
+            loaded = takesData;
             if (onStream) {
                 onStream();
             }
             return true;
         }
 
-        using cResource::m_lastAccess;
-        using cResource::m_loaded;
-        using cResource::m_refCount;
-        using cResource::m_size;
-        using cResource::m_streaming;
+        using cResource::lastAccess;
+        using cResource::loaded;
+        using cResource::refCount;
+        using cResource::size;
+        using cResource::streaming;
         bool plainCallback(PoolBlk &data, eStreamCallback reason)
         {
             return cResource::stream_callback(data, reason);
@@ -102,7 +102,7 @@ public:
     }
 
     std::string calls;
-    std::function<void()> onDestroy;
+    std::function<void()> onDestroy, onDestroyed;
 
 protected:
     cResource *create(String const &name, void *user) override
@@ -115,7 +115,10 @@ protected:
         if (onDestroy) {
             onDestroy();
         }
-        std::unique_ptr<cResource> const owner(resource);
+        std::unique_ptr<cResource>(resource).reset();
+        if (onDestroyed) {
+            onDestroyed();
+        }
     }
 
 public:

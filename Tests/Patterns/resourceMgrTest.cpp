@@ -182,7 +182,7 @@ TEST_F(ResourceMgr, KeepsAFailedLoadInOrderWhenItThrows)
     a.onStream = [] { throw std::runtime_error("no"); };
     EXPECT_THROW(manager.getByID(1, true), std::runtime_error);
     EXPECT_EQ(a.getRefCount(), 0u);
-    a.m_loaded = false;
+    a.loaded = false;
     a.onStream = nullptr;
     EXPECT_TRUE(static_cast<Resource *>(manager.getByID(1, true))->isLoaded());
 }
@@ -219,13 +219,20 @@ TEST_F(ResourceMgr, AsksTheStreamerAndTakesWhatItBrings)
     EXPECT_EQ(manager.takeCalls(), "") << "brought twice";
     EXPECT_EQ(manager.getMemoryUsage(), 4u);
 
-    // At once: the request under way is dropped, and a new one is made.
+    // At once: the request under way is dropped, and a new one is made. Another manager's goes with it, and
+    // is made again.
+    TestMgr other;
+    other.addArchive(archive);
+    other.streamResource(other.add("b", 2), PRIORITY_LEAST_URGENT);
     Resource &b = manager.add("b", 2);
     b.loadsItself = false;
     manager.streamResource(b, PRIORITY_LEAST_URGENT);
+    streamer.requests.clear();
     EXPECT_EQ(manager.getByName("b", true), &b);
-    ASSERT_EQ(streamer.requests.size(), 3u);
-    EXPECT_EQ(streamer.requests[2].priority, PRIORITY_MOST_URGENT);
+    ASSERT_EQ(streamer.requests.size(), 2u);
+    EXPECT_EQ(streamer.requests[0].user, static_cast<cResourceManager *>(&other));
+    EXPECT_EQ(streamer.requests[0].priority, PRIORITY_LEAST_URGENT);
+    EXPECT_EQ(streamer.requests[1].priority, PRIORITY_MOST_URGENT);
     ASSERT_EQ(streamer.aborted.size(), 1u);
     EXPECT_EQ(streamer.aborted[0], "b");
     EXPECT_TRUE(b.isStreaming());
@@ -244,7 +251,7 @@ TEST_F(ResourceMgr, DropsWhatComesForTheDead)
     ASSERT_EQ(streamer.requests.size(), 2u);
     std::vector<TestStreamer::Request> const requests = streamer.requests;
 
-    manager->at(1)->m_loaded = true;
+    manager->at(1)->loaded = true;
     manager->Unregister(1, true);
     manager->add("c", 1);
     manager->takeCalls();
@@ -273,7 +280,7 @@ TEST_F(ResourceMgr, StreamsIntoTheCacheByName)
                               "CACHE_UNREFERENCED_RESOURCES not set.\n"),
               std::string::npos);
 
-    TestMgr manager(0, cResourceManager::CACHE_UNREFERENCED_RESOURCES);
+    TestMgr manager(0, CACHE_UNREFERENCED_RESOURCES | cResourceManager::UNLOAD_REFERENCED_RESOURCES);
     manager.addArchive(archive);
     EXPECT_FALSE(manager.streamResourceByName("nowhere", PRIORITY_MOST_URGENT, nullptr));
     EXPECT_TRUE(manager.streamResourceByName("A", PRIORITY_MOST_URGENT, nullptr));
@@ -360,43 +367,44 @@ TEST_F(ResourceMgr, LogsWhatItIsTold)
     for (auto const &row : rows) {
         PoolBlk block;
         block.alloc(3, 0);
-        a.m_streaming = true;
+        a.streaming = true;
         EXPECT_FALSE(a.plainCallback(block, static_cast<eStreamCallback>(row.reason)));
         EXPECT_FALSE(a.isStreaming());
         EXPECT_NE(log.take().find("cResource::stream_callback " + std::string(row.text)), std::string::npos);
     }
 }
 
-class OpenResource : public cResource {
-public:
-    static std::size_t loadSlot() { return virtualSlot(&OpenResource::load); }
-    static std::size_t unloadSlot() { return virtualSlot(&OpenResource::unload); }
-    static std::size_t streamSlot() { return virtualSlot(&OpenResource::stream_callback); }
+// Opens the operations that are protected.
+struct OpenResource : public cResource {
+    static bool standsInOrder()
+    {
+        using R = OpenResource;
+        return standInOrder(2, &R::getSize, &R::operator<, &R::getLoadBalanceFactor, &R::load, &R::unload,
+                            &R::stream_callback);
+    }
 };
 
-class OpenMgr : public cResourceManager {
-public:
-    static std::size_t createSlot() { return virtualSlot(&OpenMgr::create); }
-    static std::size_t destroySlot() { return virtualSlot(&OpenMgr::destroy); }
+struct OpenMgr : public cResourceManager {
+    static bool standsInOrder()
+    {
+        using M = OpenMgr;
+        using ByResource = unsigned int (M::*)(cResource *, ePriority);
+        using ByName = unsigned int (M::*)(String const &, ePriority, bool, void *);
+        return standInOrder(
+            2, &M::setMemoryBudget, &M::getMemoryBudget, &M::getMemoryUsage,
+            static_cast<void (M::*)()>(&M::checkUsage), &M::unloadAllResources, &M::unloadAndDestroyAll,
+            &M::getByName, &M::getByID, &M::nameToID, &M::getRegisteredResources, &M::getAllResources,
+            &M::isResourceLoaded, &M::isResourceStreamed, &M::refreshResource,
+            static_cast<ByResource>(&M::Register), static_cast<ByName>(&M::Register), &M::Unregister,
+            &M::streamResourceByName, &M::stream_callback, &M::create, &M::destroy);
+    }
 };
 
 // Plugins are built against the places; a destructor takes two.
 TEST(ResourceSlots, StandInTheirOrder)
 {
-    EXPECT_EQ(virtualSlot(&cResource::getSize), 2u);
-    EXPECT_EQ(virtualSlot(&cResource::getLoadBalanceFactor), 4u);
-    EXPECT_EQ(OpenResource::loadSlot(), 5u);
-    EXPECT_EQ(OpenResource::unloadSlot(), 6u);
-    EXPECT_EQ(OpenResource::streamSlot(), 7u);
-    EXPECT_EQ(virtualSlot(&cResourceManager::setMemoryBudget), 2u);
-    EXPECT_EQ(virtualSlot(&cResourceManager::unloadAndDestroyAll), 7u);
-    EXPECT_EQ(virtualSlot(&cResourceManager::getByName), 8u);
-    EXPECT_EQ(virtualSlot(&cResourceManager::getRegisteredResources), 11u);
-    EXPECT_EQ(virtualSlot(&cResourceManager::refreshResource), 15u);
-    EXPECT_EQ(virtualSlot(&cResourceManager::Unregister), 18u);
-    EXPECT_EQ(virtualSlot(&cResourceManager::stream_callback), 20u);
-    EXPECT_EQ(OpenMgr::createSlot(), 21u);
-    EXPECT_EQ(OpenMgr::destroySlot(), 22u);
+    EXPECT_TRUE(OpenResource::standsInOrder());
+    EXPECT_TRUE(OpenMgr::standsInOrder());
 }
 
 } // namespace

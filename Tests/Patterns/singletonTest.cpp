@@ -1,4 +1,4 @@
-#include "System/Patterns/tSingletonImpl.h"
+#include "System/Patterns/tSingleton.h"
 #include "System/System/deprecationMgr.h"
 
 #include <gtest/gtest.h>

@@ -27,5 +27,17 @@ TEST(PlatformInterfaces, KeepTheOrderOfTheirOperations)
         standInOrder(2, &S::getName, &S::initialise, &S::resize, &S::beginFrame, &S::endFrame, &S::shutdown));
 }
 
+TEST(PlatformInterfaces, AskNothingOfAPluginThatTheLibraryDoesNotCall)
+{
+    struct MouseOnly final : InputReader {
+        MouseOnly() { mouseState.buttons = 2; }
+    };
+    MouseOnly reader;
+    EXPECT_EQ(reader.getMouseState().buttons, 2);
+    EXPECT_FALSE(reader.isKeyDown(KEY_NONE, KEY_DOWN));
+    EXPECT_FALSE(SplashDialog().display());
+    EXPECT_FALSE(RenderSystem().beginFrame());
+}
+
 } // namespace
 } // namespace Qel

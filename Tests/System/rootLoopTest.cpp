@@ -1,7 +1,7 @@
+#include "System/Platform/renderSystem.h"
 #include "System/System/Root.h"
 
 #include "Tests/Tools/debugText.h"
-#include "Tests/Tools/emptyRenderSystem.h"
 #include "Tests/Tools/steeredClock.h"
 #include "Tests/Tools/tempFolder.h"
 
@@ -134,7 +134,7 @@ protected:
 
     void runFrames(int frames)
     {
-        recorder.onEnded = [this, frames, done = 0]() mutable { return ++done < frames; };
+        recorder.onEnded = [frames, done = 0]() mutable { return ++done < frames; };
         root->run();
         recorder.onEnded = nullptr;
     }
@@ -476,7 +476,7 @@ TEST_F(RootLoopTest, GlobalStringsHaveOnePointerEach)
     EXPECT_EQ(first, root->makeGlobalString("name"));
 }
 
-class TestRenderSystem final : public test::EmptyRenderSystem {
+class TestRenderSystem final : public RenderSystem {
 public:
     void shutdown() override
     {

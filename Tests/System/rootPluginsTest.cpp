@@ -14,6 +14,8 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cstdio>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -259,6 +261,24 @@ TEST_F(TerminateTest, WithoutAnExceptionOfOursTheDialogSaysUnknown)
     };
     EXPECT_EXIT(withoutAHandler(die), testing::ExitedWithCode(255),
                 "termHandler..\nhandleTerminate..\n(.*\n)*.*handleTerminate: Unknown");
+}
+
+TEST_F(TerminateTest, AThreadThatFailsMeanwhileWaitsUntilTheUserHasSeenTheFirst)
+{
+    auto const slow = [](String const &text) {
+        if (text == "handleTerminate()\n") {
+            std::thread(handleTerminate).detach();
+            std::this_thread::sleep_for(std::chrono::milliseconds(200));
+            std::fputs("seen\n", stderr);
+        }
+    };
+    auto const die = [&slow] {
+        LogManager manager;
+        manager.createLog("a.log", true, false, false);
+        manager.setDefaultCallback(slow);
+        handleTerminate();
+    };
+    EXPECT_EXIT(die(), testing::ExitedWithCode(255), "^seen\n$");
 }
 
 TEST_F(TerminateTest, WithoutAnEngineItStillEndsTheProcess)

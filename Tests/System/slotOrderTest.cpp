@@ -1,4 +1,6 @@
+#include "Support/OS/messagePump.h"
 #include "System/Patterns/factoryObj.h"
+#include "System/Patterns/subject.h"
 #include "System/System/configurable.h"
 #include "System/System/frameListener.h"
 #include "System/System/log.h"
@@ -31,6 +33,10 @@ TEST(SlotOrder, PluginsFindTheOperationsWhereTheyWereBuiltAgainst)
                              &IVarTable::CreateSubTable, &IVarTable::GetManager));
     EXPECT_TRUE(standInOrder(0, &ITableManager::AddListener, &ITableManager::RemoveListener));
     EXPECT_TRUE(standInOrder(0, &ParamCommand::doGet, &ParamCommand::doSet));
+    EXPECT_TRUE(standInOrder(2, &cObserver::update));
+    using Pump = os::MessagePump;
+    EXPECT_TRUE(standInOrder(2, &Pump::peek, &Pump::isDialogMessage, &Pump::translate, &Pump::dispatch,
+                             &Pump::inForeground));
     using Object = StringInterface;
     EXPECT_TRUE(
         standInOrder(virtualSlot(&Object::setParameter), &Object::setParameter, &Object::getParameter));

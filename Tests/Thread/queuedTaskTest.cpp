@@ -285,6 +285,37 @@ TEST(QueuedTaskMgr, GoesWithWorkQueuedRunningAndStillBeingAdded)
     EXPECT_EQ(QueuedTaskMgr::InstancePtr(), nullptr);
 }
 
+TEST(QueuedTaskMgr, GoesWhileTasksWaitForOthersThatItLeavesRunning)
+{
+    for (std::size_t const waitingOn : {0u, 1u}) { // the worker that is waited for first, or last
+        for (bool const aborts : {false, true}) {
+            std::atomic<int> steps{0};
+            Task endless([&](bool) {
+                ++steps;
+                return THREAD_CONTINUE;
+            });
+            std::atomic<bool> waits{false};
+            std::atomic<int> stepsAfter{0};
+            Task waiting([&](bool) {
+                EXPECT_TRUE(test::waitUntil([&] { return steps > 0; })) << "the other one runs by then";
+                waits = true;
+                aborts ? endless.abort() : endless.finish();
+                stepsAfter = steps.load();
+                return THREAD_DONE;
+            });
+            {
+                Pool pool(2);
+                pool.addTask(waitingOn == 0 ? &waiting : &endless, priority(7));
+                pool.addTask(waitingOn == 0 ? &endless : &waiting, priority(7));
+                ASSERT_TRUE(test::waitUntil([&] { return waits.load(); }));
+            }
+            EXPECT_EQ(waiting.getStatus(), TASK_DONE);
+            EXPECT_EQ(endless.getStatus(), TASK_RUNNING);
+            EXPECT_EQ(stepsAfter, steps) << "nobody works on it when the wait is over";
+        }
+    }
+}
+
 #ifdef NDEBUG
 TEST(QueuedTaskMgr, InReleaseATaskThatIsDestroyedTooEarlyIsForgotten)
 {

@@ -226,6 +226,49 @@ TEST(ThreadTask, APlainObjectStepsWhenItIsAskedSomethingOrAfterItsTimeOfGrace)
     EXPECT_TRUE(test::waitUntil([&] { return steps == 3; }));
 }
 
+// Constructors that together take longer than a plain object waits, one of them even by itself.
+TEST(ThreadTask, APlainObjectWaitsForEachOfItsConstructorsAndThenStepsAsItsLastClass)
+{
+    struct SlowTaskBase : ThreadTask { // has no process()
+        SlowTaskBase() { test::pause(150); }
+    };
+    struct LastTask : SlowTaskBase {
+        LastTask(std::atomic<int> &stepsOf, std::atomic<int> &tooEarly) : steps(stepsOf), early(tooEarly)
+        {
+            test::pause(30);
+            built = true;
+            setThreadSleep(1, false);
+        }
+        ~LastTask() override { waitThreadFinish(); }
+        bool process(float) override
+        {
+            early += built ? 0 : 1;
+            return ++steps > 0;
+        }
+        std::atomic<int> &steps;
+        std::atomic<int> &early;
+        std::atomic<bool> built{false};
+    };
+    struct SlowThreadBase : iThread {
+        SlowThreadBase() { test::pause(150); }
+    };
+    struct LastThread : SlowThreadBase {
+        explicit LastThread(std::atomic<int> &stepsOf) : steps(stepsOf) { setThreadSleep(1); }
+        ~LastThread() override { _endSteps(); }
+        eThreadStatus runThread(float) override { return ++steps < 3 ? THREAD_CONTINUE : THREAD_DONE; }
+        std::atomic<int> &steps;
+    };
+    std::atomic<int> taskSteps{0};
+    std::atomic<int> early{0};
+    std::atomic<int> threadSteps{0};
+    {
+        LastTask const task(taskSteps, early);
+        LastThread const thread(threadSteps);
+        EXPECT_TRUE(test::waitUntil([&] { return taskSteps > 3 && threadSteps == 3; }));
+    }
+    EXPECT_EQ(early, 0);
+}
+
 TEST(ThreadTask, DeleteStopsTheThreadOfAPlainObjectBeforeItsDestructors)
 {
     Findings findings;

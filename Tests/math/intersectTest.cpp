@@ -26,17 +26,15 @@ TEST(Intersect, ARayMeetsAPlaneAheadOfItOnly)
 {
     D3DXPLANE const plane(0, 0, 1, 0);
     struct {
+        float z;
         D3DXVECTOR3 direction;
         bool hit;
         float t;
-    } const rows[] = {{{0, 0, 1}, true, 5},
-                      {{0, 0, -1}, false, -5},
-                      {{1, 0, 0}, false, 0},
-                      {{3, 0, 2}, true, 2.5f},
-                      {{0, 0, 1e-7f}, false, 0}};
+    } const rows[] = {{-5, {0, 0, 1}, true, 5}, {-5, {0, 0, -1}, false, -5}, {-5, {1, 0, 0}, false, 0},
+                      {0, {0, 0, 1}, true, 0},  {-5, {3, 0, 2}, true, 2.5f}, {-5, {0, 0, 1e-7f}, false, 0}};
     for (auto const &row : rows) {
         Hit hit;
-        EXPECT_EQ(cMath::intersects(cRay({0, 0, -5}, row.direction), plane, &hit), row.hit);
+        EXPECT_EQ(cMath::intersects(cRay({0, 0, row.z}, row.direction), plane, &hit), row.hit);
         EXPECT_EQ(hit.t, row.t);
     }
 }
@@ -60,6 +58,9 @@ TEST(Intersect, RaysAgreeWithTheReference)
                   row[10] != 0);
         EXPECT_NEAR(hit.t, row[11], 1e-4f);
     }
+    Hit tangent;
+    EXPECT_TRUE(cMath::intersects(cRay({-5, 1, 0}, {1, 0, 0}), cBoundingSphere({0, 0, 0}, 1), &tangent));
+    EXPECT_EQ(tangent.t, 5.0f);
     cMath::sqrt = before;
     for (auto const &row : reference::rayTriangleRows) {
         SCOPED_TRACE(testing::Message() << "triangle row " << (&row - reference::rayTriangleRows));
@@ -125,6 +126,10 @@ TEST(Intersect, SpheresAgainstTheRest)
         D3DXVECTOR3 const triangle[3] = {row + 4, row + 7, row + 10};
         EXPECT_EQ(cMath::intersects(cBoundingSphere(row, row[3]), triangle), row[13] != 0);
     }
+    // Beside the edge, as far off the plane as it reaches: the tolerance decides.
+    D3DXVECTOR3 const corner[3] = {{0, 0, 0}, {4, 0, 0}, {0, 4, 0}};
+    EXPECT_TRUE(cMath::intersects(cBoundingSphere({2, -0.00005f, 1}, 1), corner));
+    EXPECT_FALSE(cMath::intersects(cBoundingSphere({2, -0.0005f, 1}, 1), corner));
     cBoundingSphere const sphere({0, 0, 0}, 1);
     cBoundingBox const box({-1, -1, -1}, {1, 1, 1});
     cBoundingBoxAA const boxAA({-1, -1, -1}, {1, 1, 1});
@@ -225,6 +230,8 @@ TEST(Intersect, BeamsAgainstPoints)
         {"none", {}, false, false, false},
         {"one inside", {{0.5f, 0.5f, -5}}, true, true, true},
         {"on the side", {{1, 0, -5}}, false, true, true},
+        {"above", {{0, 1.5f, -5}}, false, false, false},
+        {"level with the origin", {{0.5f, 0, 0}}, false, false, true},
         {"on both sides of it", {{-9, 9, -5}, {9, -9, -5}}, true, true, true},
         {"behind", {{0, 0, 5}}, false, false, true},
         {"beyond the end", {{0, 0, -10}}, true, false, false},
@@ -297,24 +304,24 @@ TEST(RectRayHitTest, AllFormsAgreeAwayFromTheLimits)
         };
         bool const clear =
             answers(1e-4f, box) == answers(-1e-4f, box) && answers(1e-4f, boxAA) == answers(-1e-4f, boxAA);
-        near += clear ? 0 : 1;
         if (!clear) {
+            ++near;
             continue;
         }
         D3DXVECTOR3 corners[8], cornersAA[8];
         box.extractEdges(corners);
         boxAA.extractEdges(cornersAA);
+        cBoundingBox general({-1, -1, -1}, {1, 1, 1});
+        general.transform(reinterpret_cast<D3DXMATRIX const &>(box));
         bool const expected = test.intersects(corners, 8);
         bool const expectedAA = test.intersects(cornersAA, 8);
         hits += expected ? 1 : 0;
-        ASSERT_EQ(test.intersects(box), expected) << round;
-        ASSERT_EQ(test.intersects_sse(box), expected) << round;
-        ASSERT_EQ(test.intersects8_sse(corners), expected) << round;
+        for (bool const answer : {test.intersects(box), test.intersects_sse(box),
+                                  test.intersects8_sse(corners), test.intersects(general)}) {
+            ASSERT_EQ(answer, expected) << round;
+        }
         ASSERT_EQ(test.intersects(boxAA), expectedAA) << round;
         ASSERT_EQ(test.intersects_sse(boxAA), expectedAA) << round;
-        cBoundingBox general({-1, -1, -1}, {1, 1, 1});
-        general.transform(reinterpret_cast<D3DXMATRIX const &>(box));
-        ASSERT_EQ(test.intersects(general), expected) << round;
     }
     EXPECT_GT(hits, 300);
     EXPECT_LT(near, 50);
@@ -350,15 +357,17 @@ TEST(MinAreaRect, FindsTheSmallRectangle)
 
     EXPECT_FLOAT_EQ(cMath::minAreaRect({{0, 0}, {1, 0}, {1, 1}, {0, 1}}, center, axes), 1);
     EXPECT_TRUE(center == D3DXVECTOR2(0.5f, 0.5f));
+    // Half sides against the edge from the last kept point to the first, and against its left.
+    EXPECT_TRUE(axes[0] == D3DXVECTOR2(0, 0.5f) && axes[1] == D3DXVECTOR2(-0.5f, 0));
+    // The origin is compared once it is kept, not before; level points are below.
+    EXPECT_NEAR(cMath::minAreaRect({{2, 3}, {0, 1}, {1, 4}, {3, -3}, {0, 0}}, center, axes), 20, 1e-4f);
+    EXPECT_NEAR(cMath::minAreaRect({{4, 3}, {3, -2}, {-2, -1}, {0, -1}, {0, -3}}, center, axes), 34, 1e-4f);
 
     // A turned rectangle of 10 by 5 in the outline's order, with points inside that must not matter.
     std::vector<D3DXVECTOR2> const turned = {{1, 1}, {9, 7}, {6, 11}, {-2, 5}, {4, 6}, {3, 5}};
     EXPECT_NEAR(cMath::minAreaRect(turned, center, axes), 50, 1e-4f);
     EXPECT_NEAR(center.x, 3.5f, 1e-5f);
     EXPECT_NEAR(center.y, 6, 1e-5f);
-    // Half sides against the edge from the last kept point to the first, and against its left.
-    EXPECT_NEAR(D3DXVec2Dot(&axes[0], &axes[1]), 0, 1e-4f);
-    EXPECT_NEAR(D3DXVec2Dot(&axes[0], &axes[0]) * D3DXVec2Dot(&axes[1], &axes[1]), 625.0f / 4 * 1, 1e-2f);
 }
 
 } // namespace

@@ -141,6 +141,17 @@ def along(points, t):
     return hermite(points[i], m[i], points[i + 1], m[i + 1], s - i)
 
 
+# On the first and the last segment from one tangent to the next in a line.
+def direction(points, t):
+    s = (len(points) - 1) * t
+    i = int(s)
+    if 0 < i < len(points) - 2:
+        return slope(points, t)
+    m = tangents(points)
+    d = [a + (s - i) * (b - a) for a, b in zip(m[i], m[i + 1])]
+    return [x / math.hypot(*d) for x in d]
+
+
 def slope(points, t):
     h = 1e-6
     d = [b - a for a, b in zip(along(points, t - h), along(points, t + h))]
@@ -149,11 +160,11 @@ def slope(points, t):
 
 
 places = [0.05, 0.2, 0.3, 0.45, 0.6, 0.8, 0.95]
-print("// An open spline, at these places: positions, and directions of its two inner segments at 0.3 to 0.6.")
+print("// An open spline, at these places: positions and directions.")
 table("double", "splinePoints", [x for p in path for x in p], double)
 table("double", "splinePlaces", places, double)
 table("double", "splinePositions", [x for t in places for x in along(path, t)], double)
-table("double", "splineDirections", [x for t in places[2:5] for x in slope(path, t)], double)
+table("double", "splineDirections", [x for t in places for x in direction(path, t)], double)
 fine = [along(path, i / 20000) for i in range(20001)]
 table("double", "splineLength", [sum(math.dist(a, b) for a, b in zip(fine, fine[1:]))], double)
 

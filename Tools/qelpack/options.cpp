@@ -65,6 +65,9 @@ std::optional<Options> readOptions(int argc, char **argv, int &exitCode)
         if (!zipAlone && (options.extended || level->count() > 0)) {
             throw CLI::ValidationError("--level and --extended", "for zip alone, not for a chain");
         }
+        if (options.codecs.empty()) {
+            throw CLI::ValidationError("CODECS", "no codec is named");
+        }
         for (std::string const &name : options.codecs) {
             if (!isKnownCodec(name)) {
                 throw CLI::ValidationError("CODECS", "there is no codec \"" + name + "\"");

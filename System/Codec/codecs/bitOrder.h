@@ -107,6 +107,10 @@ public:
         return reversed16(bits) >> (16 - count);
     }
 
+    /// Are there so many bits? Asked before a field() it costs nothing, since that asks the same first.
+    /// @param count  1 to 57
+    bool has(std::uint32_t count) const { return m_position / 8 + 8 <= m_bytes || bitsLeft() >= count; }
+
     std::uint64_t bitsLeft() const
     {
         std::uint64_t const all = std::uint64_t{m_bytes} * 8;

@@ -105,8 +105,8 @@ RestOfStream::RestOfStream(cFile &in, cFile const &out)
 
 std::uint64_t outputBound(std::uint64_t inputBytes)
 {
-    constexpr std::uint64_t inProportion = 2040;
-    return std::max<std::uint64_t>(iCodec::getOutputLimit(), inputBytes * inProportion);
+    constexpr std::uint64_t symbolsPerByte = 8;
+    return std::max<std::uint64_t>(iCodec::getOutputLimit(), inputBytes * symbolsPerByte);
 }
 
 } // namespace Qel

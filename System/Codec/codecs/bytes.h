@@ -61,7 +61,8 @@ private:
     bool m_ok = true;
 };
 
-/// The most that a decoder may write for so much input, see iCodec::setOutputLimit().
+/// The most that a decoder of codes of a bit or more may write for so much input, see
+/// iCodec::setOutputLimit().
 std::uint64_t outputBound(std::uint64_t inputBytes);
 
 } // namespace Qel

@@ -168,6 +168,16 @@ void cCodecLZ77::ReplaceNode(int old_node, int new_node)
     tree[old_node].parent = 0;
 }
 
+int cCodecLZ77::matchLength(int node, int other) const
+{
+    std::uint64_t const difference = tree[node].key ^ tree[other].key;
+    if (difference != 0) {
+        return std::countl_zero(difference) / 8;
+    }
+    int delta = 0;
+    return 8 + compareBehind(window + node + 8, window + other + 8, delta);
+}
+
 // The largest of the strings that are smaller.
 int cCodecLZ77::FindNextNode(int node) const
 {
@@ -194,8 +204,11 @@ void cCodecLZ77::DeleteString(int p)
     }
 }
 
-// Adds the string at a place of the window and finds the longest of those that are in the tree. Of equal ones
-// the last that is met counts.
+// Adds the string at a place of the window and finds the longest match among those that are in the tree. Of
+// equal ones the last that is met counts.
+//
+// On the way down the strings that are smaller come closer and closer, and so do those that are larger: the
+// longest match is the last one on either side, and lengths need not be known before the end.
 int cCodecLZ77::AddString(int new_node, int *match_position)
 {
     if (new_node == 0) {
@@ -203,43 +216,42 @@ int cCodecLZ77::AddString(int new_node, int *match_position)
     }
     std::uint64_t const key = loadKey(window + new_node);
     tree[new_node].key = key;
-    int best = 0;
-    std::uintptr_t bestLink = 0;
     auto *const base = reinterpret_cast<unsigned char *>(tree);
+    std::uintptr_t last[2] = {0, 0}; // of those that are larger, and of those that are smaller
     std::uintptr_t test = 0;
-    bool side = false;
+    std::uintptr_t side = 0;
     for (std::uintptr_t next = tree[treeRoot].child[larger]; next != 0;) {
         test = next;
         sNode const &node = *reinterpret_cast<sNode const *>(base + test);
         std::uint64_t const testKey = node.key;
-        int equal = std::countl_zero(key ^ testKey) / 8;
-        side = key > testKey;
-        if (equal == 8) [[unlikely]] {
+        side = std::uintptr_t{0} - (testKey < key); // all bits or none: one instruction makes it so
+        if (testKey == key) [[unlikely]] {
             int delta = 0;
             int const place = nodeOf(static_cast<std::uint32_t>(test));
-            equal += compareBehind(window + new_node + 8, window + place + 8, delta);
-            if (equal == lookAhead) {
+            if (compareBehind(window + new_node + 8, window + place + 8, delta) + 8 == lookAhead) {
                 ReplaceNode(place, new_node);
                 *match_position = place;
                 return lookAhead;
             }
-            side = delta > 0;
+            side = std::uintptr_t{0} - (delta > 0);
         }
+        last[side & 1] = test;
         // Both children are at hand before the side is known, and no branch is guessed on it.
         std::uintptr_t const left = node.child[smaller];
         std::uintptr_t const both = left ^ node.child[larger];
-        next = left ^ (both & (std::uintptr_t{0} - side));
-        bool const better = equal >= best;
-        best = better ? equal : best;
-        bestLink = better ? test : bestLink;
+        next = left ^ (both & side);
     }
     sNode &parent = *reinterpret_cast<sNode *>(base + test);
-    parent.child[side] = linkTo(new_node);
+    parent.child[side & 1] = linkTo(new_node);
     tree[new_node].child[smaller] = 0;
     tree[new_node].child[larger] = 0;
-    tree[new_node].parent = static_cast<std::uint16_t>(nodeOf(static_cast<std::uint32_t>(test)));
-    *match_position = nodeOf(static_cast<std::uint32_t>(bestLink));
-    return best;
+    int const met = nodeOf(static_cast<std::uint32_t>(test));
+    int const across = nodeOf(static_cast<std::uint32_t>(last[~side & 1]));
+    tree[new_node].parent = static_cast<std::uint16_t>(met);
+    int const ofMet = matchLength(new_node, met);
+    int const ofAcross = across == 0 ? 0 : matchLength(new_node, across);
+    *match_position = ofAcross > ofMet ? across : met;
+    return std::max(ofAcross, ofMet);
 }
 
 bool cCodecLZ77::encode(cFile &in, cFile &out, ...)

@@ -43,6 +43,7 @@ private:
     void InitTree(int r);
     void ContractNode(int old_node, int new_node);
     void ReplaceNode(int old_node, int new_node);
+    int matchLength(int node, int other) const;
     int FindNextNode(int node) const;
     void DeleteString(int p);
     int AddString(int new_node, int *match_position);

@@ -15,22 +15,29 @@ namespace Qel {
 
 namespace {
 
-constexpr std::uint32_t largestSlotBits = 16; // twice as many slots as there are codes
 constexpr std::uint32_t smallestSlotBits = 10;
 constexpr std::uint32_t firstWidth = 9;
+constexpr std::uint32_t firstString = 259; // code of a string of two bytes or more
 
 // To encode, the keys of all codes lie in front of the slots; to decode, two words for each code.
 constexpr std::size_t keyBytes = sizeof(std::uint32_t) << 15;
 constexpr std::size_t storageBytes = 2 * sizeof(std::uint64_t) << 15;
-static_assert(keyBytes + (sizeof(std::uint16_t) << largestSlotBits) <= storageBytes);
 
 constexpr std::uint32_t keyOf(std::uint32_t parent, unsigned char byte)
 {
     return parent << 8 | byte;
 }
 
-/// The strings to encode with. A slot holds no more than a code, so that many of them share a line of the
-/// cache; whose code it is, its key tells, and the guess that it is the right one mostly holds.
+/// The hash of a string and one byte more.
+constexpr std::uint32_t hashOf(std::uint32_t ofString, unsigned char byte)
+{
+    return (ofString + byte + 1) * 0x9E3779B1u;
+}
+
+/// The strings to encode with. A slot is found by the bytes of its string and not by codes, so the slots of
+/// longer and longer strings are looked up ahead, and none waits for the one before to come from the cache. A
+/// slot holds no more than a code, so that many of them share a line of the cache; whose code it is, its key
+/// tells, and the guess that it is the right one mostly holds.
 struct Strings {
     Strings(std::uint64_t *storage, std::uint32_t slotBits)
         : keys(reinterpret_cast<std::uint32_t *>(storage)),
@@ -39,14 +46,26 @@ struct Strings {
     {
     }
 
-    std::uint32_t find(std::uint32_t key) const
+    std::uint32_t find(std::uint32_t key, std::uint32_t hash) const
     {
         std::uint32_t const mask = 0xFFFFFFFFu >> shift;
-        std::uint32_t index = key * 0x9E3779B1u >> shift;
+        std::uint32_t index = hash >> shift;
         while (slots[index] != 0 && keys[slots[index]] != key) {
             index = (index + 1) & mask;
         }
         return index;
+    }
+
+    /// As the encoder has it, from a code made since the last flush.
+    std::uint32_t hashOfCode(std::uint32_t code) const
+    {
+        std::uint32_t hash = 0;
+        std::uint32_t power = hashOf(0, 0);
+        for (; code >= firstString; code = keys[code] >> 8) {
+            hash += ((keys[code] & 0xFF) + 1) * power;
+            power *= hashOf(0, 0);
+        }
+        return hash + (code + 1) * power;
     }
 
     std::uint32_t *keys;  // of each code: its parent's code and its last byte
@@ -63,8 +82,12 @@ cCodecLZW::~cCodecLZW()
 
 void cCodecLZW::InitializeStorage()
 {
+    static_assert(keyBytes + (sizeof(std::uint16_t) << LARGEST_SLOT_BITS) <= storageBytes);
     if (dict == nullptr) {
         dict = static_cast<std::uint64_t *>(PoolHeap::std_alloc(storageBytes));
+        if (dict != nullptr) {
+            std::memset(dict, 0, storageBytes);
+        }
     }
     if (dict == nullptr) {
         throw Exception(Exception::InternalFailure, "Error allocating dictionary space",
@@ -84,13 +107,15 @@ void cCodecLZW::InitializeDictionary()
 void cCodecLZW::useSlots(std::size_t inputBytes)
 {
     m_slotBits = std::clamp(static_cast<std::uint32_t>(std::bit_width(2 * inputBytes)), smallestSlotBits,
-                            largestSlotBits);
+                            LARGEST_SLOT_BITS);
 }
 
 unsigned int cCodecLZW::find_child_node(int parent_code, int child_character) const
 {
-    return Strings(dict, m_slotBits)
-        .find(keyOf(static_cast<std::uint32_t>(parent_code), static_cast<unsigned char>(child_character)));
+    Strings const strings(dict, m_slotBits);
+    auto const c = static_cast<unsigned char>(child_character);
+    auto const parent = static_cast<std::uint32_t>(parent_code);
+    return strings.find(keyOf(parent, c), hashOf(strings.hashOfCode(parent), c));
 }
 
 bool cCodecLZW::encode(cFile &in, cFile &out, ...)
@@ -108,11 +133,13 @@ bool cCodecLZW::encode(cFile &in, cFile &out, ...)
     unsigned char const *from = rest.data();
     unsigned char const *const end = from + rest.size();
     std::uint32_t string_code = from < end ? *from++ : END_OF_STREAM;
+    std::uint32_t hash = hashOf(0, static_cast<unsigned char>(string_code));
     Strings const strings(dict, m_slotBits);
     while (from < end) {
         unsigned char const c = *from++;
         std::uint32_t const key = keyOf(string_code, c);
-        std::uint16_t &slot = strings.slots[strings.find(key)];
+        hash = hashOf(hash, c);
+        std::uint16_t &slot = strings.slots[strings.find(key, hash)];
         if (slot != 0) {
             string_code = slot;
             continue;
@@ -121,6 +148,7 @@ bool cCodecLZW::encode(cFile &in, cFile &out, ...)
         strings.keys[next_code++] = key;
         writer.putField(string_code, current_code_bits);
         string_code = c;
+        hash = hashOf(0, c);
         if (next_code > MAX_CODE) {
             writer.putField(FLUSH_CODE, current_code_bits);
             InitializeDictionary();
@@ -144,16 +172,19 @@ bool cCodecLZW::encode(cFile &in, cFile &out, ...)
 // no string is ever kept twice.
 unsigned int cCodecLZW::decode_string(unsigned int count, unsigned int code)
 {
+    if (code > MAX_CODE || count > TABLE_SIZE) {
+        return 0;
+    }
     std::uint64_t rest = dict[2 * code + 1];
     auto const length = static_cast<std::uint32_t>(rest);
-    if (length > TABLE_SIZE - count) {
+    if (length == 0 || length > TABLE_SIZE - count) {
         return count;
     }
     unsigned char *const to = decode_stack + count;
     std::uint32_t at = (length - 1) / 8 * 8;
     store64(to + at, dict[2 * code]);
     while (at > 0) {
-        code = static_cast<std::uint32_t>(rest >> 32);
+        code = static_cast<std::uint32_t>(rest >> 32) & MAX_CODE;
         rest = dict[2 * code + 1];
         at -= 8;
         store64(to + at, dict[2 * code]);
@@ -164,7 +195,7 @@ unsigned int cCodecLZW::decode_string(unsigned int count, unsigned int code)
 /// The state of one decode().
 struct cCodecLZW::Decoder {
     Decoder(cCodecLZW &owner, RestOfStream const &in, cFile &to)
-        : codec(owner), reader(in.data(), in.size()), out(to), allowed(outputBound(in.size()))
+        : codec(owner), reader(in.data(), in.size()), out(to)
     {
         for (std::uint32_t byte = 0; byte < END_OF_STREAM; ++byte) {
             codec.dict[2 * byte] = byte;
@@ -174,12 +205,10 @@ struct cCodecLZW::Decoder {
 
     enum Stop { ended, flushed, damaged, full };
 
-    /// Writes what waits. @return false if not all of it could be, or was allowed to
+    /// Writes what waits. @return false if not all of it could be
     bool writeOut()
     {
-        auto const some = static_cast<unsigned int>(std::min<std::uint64_t>(count, allowed));
-        bool const whole = out.write(codec.decode_stack, some) == some && some == count;
-        allowed -= some;
+        bool const whole = out.write(codec.decode_stack, count) == count;
         count = 0;
         return whole;
     }
@@ -189,7 +218,6 @@ struct cCodecLZW::Decoder {
     cCodecLZW &codec;
     BitReader reader;
     cFile &out;
-    std::uint64_t allowed;   // bytes that may still be written
     std::uint32_t count = 0; // bytes in decode_stack
 };
 
@@ -218,7 +246,7 @@ cCodecLZW::Decoder::Stop cCodecLZW::Decoder::decodeDictionary()
     std::uint64_t oldRest = 1;
     std::uint64_t first = old_code; // byte of the last string, in the lowest 8 bits
     Stop stop = damaged;
-    while (bits.bitsLeft() >= width) {
+    while (bits.has(width)) {
         std::uint32_t code = bits.field(width);
         if (code - END_OF_STREAM < FIRST_CODE - END_OF_STREAM) [[unlikely]] {
             if (code == BUMP_CODE && ++width <= MAX_BITS) {
@@ -249,10 +277,10 @@ cCodecLZW::Decoder::Stop cCodecLZW::Decoder::decodeDictionary()
             if (length > 8) {
                 std::uint32_t before = (length - 1) / 8 * 8;
                 store64(to + before, piece);
-                std::uint32_t link = code;
-                for (std::uint64_t up = rest; before > 0; up = words[2 * link + 1]) {
-                    link = static_cast<std::uint32_t>(up >> 32);
+                for (std::uint64_t up = rest; before > 0;) {
+                    auto const link = static_cast<std::uint32_t>(up >> 32);
                     before -= 8;
+                    up = words[2 * link + 1];
                     first = words[2 * link];
                     store64(to + before, first);
                 }

@@ -10,7 +10,9 @@ namespace Qel {
 
 /// "CODEC_LZW": a dictionary of strings that grows as the data go by, with codes of 9 to 15 bits.
 ///
-/// Codes 0 to 255 stand for their byte. The dictionary starts again when it has 32768 codes.
+/// Codes 0 to 255 stand for their byte. The dictionary starts again when it has 32768 codes. A code of w bits
+/// stands for less than 2^w bytes, and of 15 bits for 32 510 at the most, so a stream cannot give more than
+/// 17 340 times its length, and a long run of one byte gives half of that.
 ///
 /// The decoder stops at the first code that no encoder could have written there and where the data end
 /// without an end code; what it has up to there is written.
@@ -28,8 +30,9 @@ public:
     /// @throws Exception number 9 if there is no memory for the dictionary
     bool encode(cFile &in, cFile &out, ...) override;
 
-    /// @return true if the end code was met and everything written. False for damaged data, at the limit of
-    ///         output, see setOutputLimit(), and if @p out does not take everything
+    /// @return true if the end code was met and everything written. False for damaged data, and if @p out
+    /// does
+    ///         not take everything
     /// @throws Exception number 9 if there is no memory for the dictionary
     bool decode(cFile &in, cFile &out, ...) override;
 
@@ -58,6 +61,8 @@ protected:
 private:
     struct Decoder;
 
+    static constexpr std::uint32_t LARGEST_SLOT_BITS = 16; // twice as many slots as there are codes
+
     void useSlots(std::size_t inputBytes);
 
     // To encode, the keys of the strings and hashed slots for their codes. To decode, two words for each
@@ -67,7 +72,7 @@ private:
     std::uint32_t next_code = 0;
     std::uint32_t current_code_bits = 0;
     std::uint32_t next_bump_code = 0;
-    std::uint32_t m_slotBits = 0; // the slots in use: as many as the input needs
+    std::uint32_t m_slotBits = LARGEST_SLOT_BITS; // the slots in use: as many as the input needs
 };
 
 /// Makes cCodecLZW.

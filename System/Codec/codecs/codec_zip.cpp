@@ -58,7 +58,7 @@ public:
         : m_out(out), m_oldSize(out.size()), m_start(out.tell() + header)
     {
         std::uint64_t const end = m_start + room;
-        m_ok = end <= largestFile &&
+        m_ok = end <= largestFile && !out.isShared() && // that one is only read
                out.resize(static_cast<unsigned int>(std::max<std::uint64_t>(end, m_oldSize)));
     }
 
@@ -106,9 +106,10 @@ bool compressInto(cFileMem &in, cFileMem &out, int level, bool withCompressedSiz
         target.clearBehind(0);
         return failed("encode", error);
     }
-    out.write_32(sourceLength);
-    if (withCompressedSize) {
-        out.write_32(static_cast<std::uint32_t>(destLength));
+    if (out.write_32(sourceLength) != sizeof(sourceLength) ||
+        (withCompressedSize &&
+         out.write_32(static_cast<std::uint32_t>(destLength)) != sizeof(std::uint32_t))) {
+        return failed("encode", Z_BUF_ERROR);
     }
     target.keep(destLength);
     in.seek(in.size());

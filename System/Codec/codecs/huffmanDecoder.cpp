@@ -1,6 +1,6 @@
 #include "System/Codec/codecs/huffmanDecoder.h"
 
-#include "System/Codec/codecs/bitOrder.h"
+#include "System/Codec/codecs/huffmanDecoderLoop.h"
 
 #include <algorithm>
 #include <cstring>
@@ -9,10 +9,8 @@ namespace Qel {
 
 namespace {
 
-constexpr std::uint32_t largestTable = 14; // bits: 64 KiB
-
 // A table is filled in about the time that it takes to decode twice as many symbols as it has entries.
-std::uint32_t tableBitsFor(std::uint64_t expected)
+std::uint32_t tableBitsFor(std::uint64_t expected, std::uint32_t largestTable)
 {
     constexpr std::uint64_t kilo = 1024;
     return expected >= 512 * kilo   ? largestTable
@@ -20,16 +18,6 @@ std::uint32_t tableBitsFor(std::uint64_t expected)
            : expected >= 16 * kilo  ? 11
            : expected >= 2 * kilo   ? 9
                                     : 8;
-}
-
-constexpr std::uint32_t bitsOf(std::uint32_t entry)
-{
-    return entry & 63;
-}
-
-constexpr std::uint32_t symbolsOf(std::uint32_t entry)
-{
-    return entry >> 6 & 3;
 }
 
 constexpr std::uint32_t entryOf(std::uint32_t bits, std::uint32_t symbols, std::uint32_t values)
@@ -40,7 +28,7 @@ constexpr std::uint32_t entryOf(std::uint32_t bits, std::uint32_t symbols, std::
 } // namespace
 
 HuffmanDecoder::HuffmanDecoder(HuffmanTree const &tree, std::uint64_t expected)
-    : m_tree(tree), m_tableBits(tableBitsFor(expected))
+    : m_tree(tree), m_tableBits(tableBitsFor(expected, largestTable))
 {
     if (m_tree.isLeaf(m_tree.root())) {
         return;
@@ -120,72 +108,25 @@ unsigned char HuffmanDecoder::decodeOne(Bits &bits) const
     return static_cast<unsigned char>(m_tree[walk(m_tree.root(), bits)].symbol);
 }
 
-// The entry for the next bits is looked up before more bits are taken in, so that the load of those is not
-// waited for: 56 bits are held at the least, and four entries can take 4 times 13 of them.
 unsigned char *HuffmanDecoder::decodeFast(unsigned char *to, unsigned char *end, Bits &bits) const
 {
-    constexpr std::ptrdiff_t roomOfTurn = 16; // three stores of 4 bytes, each 3 at most behind the last one
-    static_assert(4 * largestTable <= 56);
-    if (end - to < roomOfTurn || bits.position / 8 + 16 > bits.size) {
-        return to;
-    }
-    std::uint64_t const mask = m_table.size() - 1;
-    std::uint32_t const *const table = m_table.data();
-    unsigned char const *from = bits.bytes + bits.position / 8;
-    unsigned char const *const lastLoad = bits.bytes + bits.size - 8;
-    std::uint64_t held = load64(from) >> bits.position % 8;
-    std::uint32_t count =
-        56 - static_cast<std::uint32_t>(bits.position % 8); // of held; those above are right, too
-    from += 7;
-    auto const take = [&](std::uint32_t entry) {
-        std::uint32_t const symbols = entry >> 8;
-        std::memcpy(to, &symbols, sizeof(symbols));
-        to += symbolsOf(entry);
-        held >>= bitsOf(entry);
-        count -= bitsOf(entry);
-    };
-    auto const refill = [&] {
-        held |= load64(from) << count;
-        from += (63 - count) / 8;
-        count |= 56;
-    };
-    refill();
-    std::uint32_t entry = table[held & mask];
-    while (end - to >= roomOfTurn && from <= lastLoad) {
-        if (symbolsOf(entry) != 0) [[likely]] {
-            take(entry);
-            entry = table[held & mask];
-        }
-        if (symbolsOf(entry) != 0) [[likely]] {
-            take(entry);
-            entry = table[held & mask];
-        }
-        if (symbolsOf(entry) != 0) [[likely]] {
-            take(entry);
-            entry = table[held & mask];
-            refill();
-            continue;
-        }
-        // Longer than the table: from the node on that it leads to, one bit at a time.
-        std::uint64_t const position = static_cast<std::uint64_t>(from - bits.bytes) * 8 - count;
-        bits.position = position + bitsOf(entry);
-        int const leaf = walk(static_cast<int>(entry >> 8), bits);
-        *to++ = static_cast<unsigned char>(m_tree[leaf].symbol);
-        return to;
-    }
-    bits.position = static_cast<std::uint64_t>(from - bits.bytes) * 8 - count;
-    return to;
+    return decodeLoop<os::PROCESSOR_PLAIN>(to, end, bits);
 }
 
 void HuffmanDecoder::decode(unsigned char *to, std::size_t count, Bits &bits) const
 {
+#if defined(__x86_64__)
+    bool const isWide = os::processorLevel() >= os::PROCESSOR_AVX2;
+#else
+    constexpr bool isWide = false;
+#endif
     unsigned char *const end = to + count;
     if (m_table.empty()) {
         std::memset(to, m_tree[m_tree.root()].symbol, count);
         return;
     }
     while (to < end) {
-        to = decodeFast(to, end, bits);
+        to = isWide ? decodeAvx2(to, end, bits) : decodeFast(to, end, bits);
         if (to < end && !bits.around && bits.position / 8 >= bits.size) {
             std::memset(to, decodeOne(bits), static_cast<std::size_t>(end - to));
             return;

@@ -2,6 +2,8 @@
 
 #include "System/Codec/codecs/huffmanTree.h"
 
+#include "Support/OS/processorLevel.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -26,7 +28,17 @@ public:
     void decode(unsigned char *to, std::size_t count, Bits &bits) const;
 
 private:
+    static constexpr std::uint32_t largestTable = 14; // bits: 64 KiB
+
+    static constexpr std::uint32_t bitsOf(std::uint32_t entry) { return entry & 63; }
+    static constexpr std::uint32_t symbolsOf(std::uint32_t entry) { return entry >> 6 & 3; }
+
+    // By the table, until so little room or so few bits are left that the loop could pass an end, or a code
+    // comes that is longer than the table.
     unsigned char *decodeFast(unsigned char *to, unsigned char *end, Bits &bits) const;
+    unsigned char *decodeAvx2(unsigned char *to, unsigned char *end, Bits &bits) const;
+    template <os::eProcessorLevel level>
+    unsigned char *decodeLoop(unsigned char *to, unsigned char *end, Bits &bits) const;
     unsigned char decodeOne(Bits &bits) const;
     int walk(int node, Bits &bits) const;
     void fillSingle();

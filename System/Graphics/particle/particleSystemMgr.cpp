@@ -3,7 +3,6 @@
 #include "System/File/fileMem.h"
 #include "System/Graphics/particle/particleAffector.h"
 #include "System/Graphics/particle/particleEmitter.h"
-#include "System/Patterns/tSingletonImpl.h"
 #include "System/System/exception.h"
 #include "System/System/logManager.h"
 #include "System/System/pluginMgr.h"

@@ -25,8 +25,9 @@ public:
     D3DXPLANE planes[6];
     D3DXVECTOR3 corners[8];
 
+    cBoundingBox() : cBoundingBox(true) {} ///< all 48 floats are 0
     /// @param zero  true: all 48 floats are 0; false: they are left as they are
-    explicit cBoundingBox(bool zero = true);
+    explicit cBoundingBox(bool zero);
     /// From two opposite corners, in any order on each axis.
     cBoundingBox(D3DXVECTOR3 const &a, D3DXVECTOR3 const &b);
 
@@ -44,7 +45,7 @@ public:
     D3DXVECTOR3 getSize() const { return corners[0] - corners[6]; }
 
     /// Becomes the axis-aligned box round the points. With a count of 0 it is turned inside out, from the
-    /// largest float to its negative, and takes the size of whatever is added to it.
+    /// largest float to its negative; those corners are points like any other to what it is added to.
     /// @param points  @p count points; may be null if that is 0
     void computeAxisAligned(D3DXVECTOR3 const *points, unsigned int count);
     void computeAxisAligned(std::vector<D3DXVECTOR3> const &points); ///< an empty list changes nothing

@@ -13,7 +13,7 @@ enum PlaneSide : int {
     PLANE_BOTH = 3,     ///< across it, or touching it
 };
 
-/// An axis-aligned box, from @ref min to @ref max.
+/// An axis-aligned box, from `min` to `max`.
 ///
 /// Both corners have four floats, so that a test works on a whole row at a time; their w is normally 1. The
 /// operations keep min at or below max on each axis, unless they say otherwise.

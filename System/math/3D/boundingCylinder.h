@@ -5,7 +5,7 @@
 
 namespace Qel {
 
-/// An upright cylinder: it stands on @ref baseLocation and rises along +z by @ref height.
+/// An upright cylinder: it stands on @ref baseLocation and rises along +z by `height`.
 class QEL_API cBoundingCylinder {
 public:
     D3DXVECTOR3 baseLocation; ///< middle of the base

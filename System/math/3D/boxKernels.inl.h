@@ -68,25 +68,28 @@ void storeSome(V from, float *to, std::size_t first, std::size_t count)
     }
 }
 
-std::size_t rayKernel(RayQuery const &query, float const *boxes, std::size_t count, std::uint32_t *hits)
+// Back tells by its bits for which axes the ray runs down, and so enters by the high face.
+template <unsigned Back>
+std::size_t rayForm(RayQuery const &query, float const *boxes, std::size_t count, std::uint32_t *hits)
 {
     V const zero = V::all(0);
     V const infinity = V::all(__builtin_inff());
     V const o[3] = {V::all(query.origin[0]), V::all(query.origin[1]), V::all(query.origin[2])};
     V const d[3] = {V::all(query.direction[0]), V::all(query.direction[1]), V::all(query.direction[2])};
-    bool const back[3] = {query.direction[0] < 0, query.direction[1] < 0, query.direction[2] < 0};
-    V::Mask const moves[3] = {zero < d[0].abs(), zero < d[1].abs(), zero < d[2].abs()};
+    // A ray that stands still on an axis meets no face there: nothing is above 0 once it is divided by NaN.
+    auto const divisor = [](float along) { return V::all(along == 0 ? __builtin_nanf("") : along); };
+    V const by[3] = {divisor(query.direction[0]), divisor(query.direction[1]), divisor(query.direction[2])};
     float *const t = query.t;
     return forAllBoxes(boxes, count, hits, [&](float const *from, std::size_t first) {
         Rows const box(from);
-        V const x = ((back[0] ? box.high[0] : box.low[0]) - o[0]) / d[0];
-        V const y = ((back[1] ? box.high[1] : box.low[1]) - o[1]) / d[1];
-        V const z = ((back[2] ? box.high[2] : box.low[2]) - o[2]) / d[2];
-        V::Mask const hitsX = (zero < x) & moves[0] & within(o[1] + d[1] * x, box.low[1], box.high[1]) &
+        V const x = (((Back & 1) != 0 ? box.high[0] : box.low[0]) - o[0]) / by[0];
+        V const y = (((Back & 2) != 0 ? box.high[1] : box.low[1]) - o[1]) / by[1];
+        V const z = (((Back & 4) != 0 ? box.high[2] : box.low[2]) - o[2]) / by[2];
+        V::Mask const hitsX = (zero < x) & within(o[1] + d[1] * x, box.low[1], box.high[1]) &
                               within(o[2] + d[2] * x, box.low[2], box.high[2]);
-        V::Mask const hitsY = (zero < y) & moves[1] & within(o[0] + d[0] * y, box.low[0], box.high[0]) &
+        V::Mask const hitsY = (zero < y) & within(o[0] + d[0] * y, box.low[0], box.high[0]) &
                               within(o[2] + d[2] * y, box.low[2], box.high[2]);
-        V::Mask const hitsZ = (zero < z) & moves[2] & within(o[0] + d[0] * z, box.low[0], box.high[0]) &
+        V::Mask const hitsZ = (zero < z) & within(o[0] + d[0] * z, box.low[0], box.high[0]) &
                               within(o[1] + d[1] * z, box.low[1], box.high[1]);
         V::Mask const inside = (box.low[0] < o[0]) & (o[0] < box.high[0]) & (box.low[1] < o[1]) &
                                (o[1] < box.high[1]) & (box.low[2] < o[2]) & (o[2] < box.high[2]);
@@ -98,6 +101,15 @@ std::size_t rayKernel(RayQuery const &query, float const *boxes, std::size_t cou
         }
         return (inside | outsideHits).bits();
     });
+}
+
+std::size_t rayKernel(RayQuery const &query, float const *boxes, std::size_t count, std::uint32_t *hits)
+{
+    constexpr decltype(&rayForm<0>) forms[8] = {rayForm<0>, rayForm<1>, rayForm<2>, rayForm<3>,
+                                                rayForm<4>, rayForm<5>, rayForm<6>, rayForm<7>};
+    unsigned const back = (query.direction[0] < 0 ? 1u : 0u) | (query.direction[1] < 0 ? 2u : 0u) |
+                          (query.direction[2] < 0 ? 4u : 0u);
+    return forms[back](query, boxes, count, hits);
 }
 
 std::size_t sphereKernel(SphereQuery const &query, float const *boxes, std::size_t count, std::uint32_t *hits)

@@ -7,7 +7,7 @@ namespace Qel {
 
 /// A beam of rectangular cross-section along a ray, with a length.
 ///
-/// It reaches @ref sizeUp to each side along the unit vector @ref upNrm and @ref sizeLeft along @ref leftNrm.
+/// It reaches `sizeUp` to each side along the unit vector `upNrm` and `sizeLeft` along `leftNrm`.
 /// The direction is kept as it is given. To widen a beam by many points whose order must not matter, run
 /// blowUpInit(), blowUpAddPoint() for each and blowUpFinish().
 class QEL_API cRectRay {

@@ -113,6 +113,18 @@ constexpr NameSlides nameSlides = [] {
     return slides;
 }();
 
+struct alignas(64) NameTurn {
+    unsigned char from[64];
+};
+
+constexpr NameTurn nameTurn = [] {
+    NameTurn turn{};
+    for (unsigned i = 0; i < 64; ++i) {
+        turn.from[i] = static_cast<unsigned char>(i);
+    }
+    return turn;
+}();
+
 // A name is read as whole vectors, from its start and up to its end: of less than 64 bytes and more than that
 // away from the bounds of its page.
 constexpr std::size_t nameTooLong = 64;
@@ -152,16 +164,40 @@ NameHash hashNameAvx512(char const *text)
     return hashNameEnd(nameEnd(text, length), length);
 }
 
+inline __m512i nameMapped(__m512i bytes, unsigned char const *map)
+{
+    __m512i const lower = _mm512_permutex2var_epi8(crc32LoadWide(map), bytes, crc32LoadWide(map + 64));
+    __m512i const upper = _mm512_permutex2var_epi8(crc32LoadWide(map + 128), bytes, crc32LoadWide(map + 192));
+    return _mm512_mask_blend_epi8(_mm512_movepi8_mask(bytes), lower, upper);
+}
+
 NameHash hashMappedNameAvx512(char const *text, unsigned char const *map)
 {
     std::size_t const length = nameLength(text);
     if (length == nameTooLong) [[unlikely]] {
         return hashMappedNameBy<crc32Avx512>(text, map);
     }
-    __m512i const bytes = nameEnd(text, length);
-    __m512i const lower = _mm512_permutex2var_epi8(crc32LoadWide(map), bytes, crc32LoadWide(map + 64));
-    __m512i const upper = _mm512_permutex2var_epi8(crc32LoadWide(map + 128), bytes, crc32LoadWide(map + 192));
-    return hashNameEnd(_mm512_mask_blend_epi8(_mm512_movepi8_mask(bytes), lower, upper), length);
+    return hashNameEnd(nameMapped(nameEnd(text, length), map), length);
+}
+
+// Read once, and turned so that the zeros behind the name come before it.
+__attribute__((no_sanitize("address", "thread"))) NameHash
+mapShortNameAvx512(char const *text, unsigned char const *map, char *out)
+{
+    if ((reinterpret_cast<std::uintptr_t>(text) & 4095U) > 4096 - 64) [[unlikely]] {
+        return mapShortNameBy<crc32Avx512>(text, map, out);
+    }
+    __m512i const bytes = _mm512_loadu_si512(text);
+    std::uint64_t const ends = _mm512_testn_epi8_mask(bytes, bytes);
+    if (ends == 0) [[unlikely]] {
+        return {0, shortNameRoom};
+    }
+    auto const length = static_cast<std::size_t>(_tzcnt_u64(ends));
+    __m512i const name = _mm512_maskz_mov_epi8(_blsmsk_u64(ends) >> 1U, nameMapped(bytes, map));
+    _mm512_storeu_si512(out, name);
+    __m512i const turn =
+        _mm512_add_epi8(crc32LoadWide(nameTurn.from), _mm512_set1_epi8(static_cast<char>(length)));
+    return hashNameEnd(_mm512_permutexvar_epi8(turn, name), length);
 }
 
 } // namespace

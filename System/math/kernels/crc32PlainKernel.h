@@ -63,5 +63,17 @@ NameHash hashMappedNameBy(char const *text, unsigned char const *map)
     }
 }
 
+template <std::uint32_t (*Crc)(std::uint32_t, unsigned char const *, std::size_t)>
+NameHash mapShortNameBy(char const *text, unsigned char const *map, char *out)
+{
+    __builtin_memset(out, 0, shortNameRoom);
+    std::size_t length = 0;
+    while (length < shortNameRoom && text[length] != 0) {
+        out[length] = static_cast<char>(map[static_cast<unsigned char>(text[length])]);
+        ++length;
+    }
+    return nameHashOf(Crc(nameHashStart, reinterpret_cast<unsigned char const *>(out), length), length);
+}
+
 } // namespace
 } // namespace Qel

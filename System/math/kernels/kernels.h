@@ -11,6 +11,8 @@ struct NameHash {
     std::uint32_t length;
 };
 
+constexpr std::size_t shortNameRoom = 64; ///< bytes of a short name with the zeros behind it
+
 /// What a byte does to a CRC-32 by itself, and seen so many bytes further on.
 struct Crc32Steps {
     std::uint32_t after[8][256];
@@ -73,6 +75,10 @@ struct Kernels {
     /// The same from 0xFFFFFFFF over a text up to its terminator, as it stands or through a map of 256 bytes.
     NameHash (*hashName)(char const *text);
     NameHash (*hashMappedName)(char const *text, unsigned char const *map);
+
+    /// The same, and writes the mapped bytes out, zeros behind them, where they are fewer than
+    /// shortNameRoom. A longer name has a length of shortNameRoom and no hash, and anything is written.
+    NameHash (*mapShortName)(char const *text, unsigned char const *map, char *out);
 
     /// A transform, given the twiddles of its blocks up to fftTableSize and a way to step those beyond.
     void (*fftDouble)(FftJob<double> const &job, FftTables const &tables,

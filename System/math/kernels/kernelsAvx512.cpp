@@ -12,6 +12,7 @@ constinit Kernels const kernelsAvx512 = {
     .crc32 = crc32Avx512,
     .hashName = hashNameAvx512,
     .hashMappedName = hashMappedNameAvx512,
+    .mapShortName = mapShortNameAvx512,
     .fftDouble = fftBoth<double>,
     .fftFloat = fftBoth<float>,
     .noisePlane = noisePlane,

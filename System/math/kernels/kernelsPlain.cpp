@@ -12,6 +12,7 @@ constinit Kernels const kernelsPlain = {
     .crc32 = crc32Plain,
     .hashName = hashNameBy<crc32Plain>,
     .hashMappedName = hashMappedNameBy<crc32Plain>,
+    .mapShortName = mapShortNameBy<crc32Plain>,
     .fftDouble = fftBoth<double>,
     .fftFloat = fftBoth<float>,
     .noisePlane = noisePlane,

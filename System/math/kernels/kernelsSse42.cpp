@@ -12,6 +12,7 @@ constinit Kernels const kernelsSse42 = {
     .crc32 = crc32Clmul,
     .hashName = hashNameBy<crc32Clmul>,
     .hashMappedName = hashMappedNameBy<crc32Clmul>,
+    .mapShortName = mapShortNameBy<crc32Clmul>,
     .fftDouble = fftBoth<double>,
     .fftFloat = fftBoth<float>,
     .noisePlane = noisePlane,

@@ -50,12 +50,12 @@ inline NoisePlace noisePlace(Noise4 v)
     // From 2^23 on every float is whole; what leaves 32 bits is a multiple of 256, as is what comes out.
     NoiseMask4 cell = reinterpret_cast<NoiseMask4>(_mm_cvttps_epi32(v));
     Noise4 floor = __builtin_convertvector(cell, Noise4);
-    NoiseMask4 const above = floor > v;
+    NoiseMask4 const small =
+        reinterpret_cast<Noise4>(reinterpret_cast<NoiseMask4>(v) & ~noiseSign) < 8388608.0F;
+    NoiseMask4 const above = (floor > v) & small;
     cell = reinterpret_cast<NoiseMask4>(reinterpret_cast<NoiseCount4>(cell) +
                                         reinterpret_cast<NoiseCount4>(above));
     floor += __builtin_convertvector(above, Noise4);
-    NoiseMask4 const small =
-        reinterpret_cast<Noise4>(reinterpret_cast<NoiseMask4>(v) & ~noiseSign) < 8388608.0F;
     floor = reinterpret_cast<Noise4>((reinterpret_cast<NoiseMask4>(floor) & small) |
                                      (reinterpret_cast<NoiseMask4>(v) & ~small));
 #else

@@ -126,14 +126,23 @@ TEST_F(FileSystemArchive, LeadsOutByNoLink)
     writeFile("outside/deep/B.TXT", "secret");
     for (bool const oneStep : {true, false}) {
         std::unique_ptr<os::NoBeneathScope> const scope(oneStep ? nullptr : new os::NoBeneathScope);
-        EXPECT_EQ(contentOf(archive, "a.txt"), "(none)");
-        EXPECT_NE(contentOf(archive, "sub/b.txt"), "secret");
+        for (char const *const name : {"a.txt", "sub/b.txt"}) {
+            EXPECT_EQ(contentOf(archive, name), "(none)") << name;
+            EXPECT_FALSE(archive.exists(HashConstCharPtr(name))) << name << ", nor is it told of";
+        }
         EXPECT_NE(contentOf(archive, "inside"), "secret");
     }
     // Without the one step, links are not followed at all.
     os::NoBeneathScope const scope;
     archive.refresh();
     EXPECT_EQ(archive.getNumFiles(), 1);
+}
+
+TEST_F(FileSystemArchive, FollowsALinkToAFolderInside)
+{
+    fs::create_directory_symlink("Sub", "Media/Alias");
+    EXPECT_EQ(contentOf(media(), "alias/b.txt"), "beta");
+    EXPECT_EQ(contentOf(media(), "sub/b.txt"), "(none)") << "a folder is entered once";
 }
 
 TEST_F(FileSystemArchive, FollowsTheDisk)
@@ -164,6 +173,43 @@ TEST_F(FileSystemArchive, FollowsTheDisk)
     archive.refresh();
     EXPECT_EQ(archive.getNumFiles(), 0);
     EXPECT_EQ(contentOf(archive, "0new"), "(none)");
+}
+
+// Reads that follow lookups make the archive keep what it has found open for the read.
+TEST_F(FileSystemArchive, ReadsAFileAsItWasFound)
+{
+    iArchive &archive = media();
+    auto const lookUp = [&](char const *name) {
+        FileInfo info;
+        EXPECT_TRUE(archive.findFile(name, &info, HashConstCharPtr(name).hash));
+        return info;
+    };
+    auto const read = [](FileInfo info) {
+        PoolBlk block;
+        cArchiveContainer::_readResourceData(info, block, 0);
+        return std::string(static_cast<char *>(block.data()), block.size());
+    };
+    auto const openFiles = [] {
+        return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+    };
+    EXPECT_EQ(contentOf(archive, "a.txt"), "alpha");
+    auto const before = openFiles();
+    FileInfo const a = lookUp("a.txt");
+    writeFile("other", "another");
+    fs::rename("other", "Media/a.txt");
+    EXPECT_EQ(read(a), "alpha") << "though another has taken its place";
+    EXPECT_EQ(read(a), "anoth") << "and not a second time";
+
+    FileInfo const b = lookUp("sub/b.txt");
+    FileInfo const newA = lookUp("a.txt");
+    EXPECT_EQ(read(b), "beta") << "when another has been looked up since";
+    EXPECT_EQ(read(newA), "another");
+    for (int i = 0; i < 20; ++i) {
+        lookUp(i % 2 == 0 ? "a.txt" : "sub/b.txt");
+    }
+    EXPECT_LE(openFiles(), before + 1);
+    fs::remove("Media/Sub/B.TXT");
+    EXPECT_EQ(contentOf(archive, "sub/b.txt"), "(none)");
 }
 
 TEST_F(FileSystemArchive, RefusesWhatNobodyCouldLookUp)

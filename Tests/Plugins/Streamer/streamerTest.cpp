@@ -268,8 +268,8 @@ public:
         bool stream_callback(PoolBlk &data, eStreamCallback) override
         {
             m_block = std::move(data);
-            m_size = m_block.size();
-            m_loaded = true;
+            size = m_block.size();
+            loaded = true;
             return true;
         }
         void unload() override { m_block.free(); }

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cfloat>
 #include <cstring>
 #include <limits>
@@ -27,7 +28,7 @@ D3DXMATRIX randomMatrix(std::mt19937 &random)
 TEST(D3dxTypes, ComeFromArraysHalvesAndBaseRecords)
 {
     float const f[16] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
-    D3DXFLOAT16 const half[4] = {{0x3C00}, {0xC000}, {0x3800}, {0x4248}};
+    D3DXFLOAT16 const half[4] = {1, -2, 0.5f, 3.140625f};
 
     EXPECT_TRUE(D3DXVECTOR2(f) == D3DXVECTOR2(1, 2));
     EXPECT_TRUE(D3DXVECTOR3(f + 1) == D3DXVECTOR3(2, 3, 4));
@@ -74,18 +75,20 @@ TEST(D3dxTypes, AreUnequalAsSoonAsOneElementIs)
     EXPECT_EQ(D3DXVECTOR3(0, 0, 0) == D3DXVECTOR3(-0.0f, 0, 0), 1);
 }
 
-TEST(D3dxFloat16, WidensToTheSameValue)
+TEST(D3dxFloat16, WidensToTheSameValueAndRoundsBackToTheNearest)
 {
     for (auto const &row : reference::halfRows) {
         SCOPED_TRACE(row.bits);
-        D3DXFLOAT16 const half{row.bits};
+        auto const half = std::bit_cast<D3DXFLOAT16>(row.bits);
         float wide;
+        EXPECT_EQ(D3DXFLOAT16(row.value).value, row.bits);
+        EXPECT_EQ(half, row.value);
         EXPECT_EQ(D3DXFloat16To32Array(&wide, &half, 1), &wide);
         EXPECT_EQ(wide, row.value);
         EXPECT_EQ(std::signbit(wide), std::signbit(row.value));
     }
     // Over their own place, as a converter of a whole buffer does it.
-    alignas(float) D3DXFLOAT16 both[6] = {{0x3C00}, {0xC000}, {0x4248}};
+    alignas(float) D3DXFLOAT16 both[6] = {1, -2, 3.140625f};
     auto *const widened = reinterpret_cast<float *>(both);
     D3DXFloat16To32Array(widened, both, 3);
     float values[3];
@@ -93,8 +96,20 @@ TEST(D3dxFloat16, WidensToTheSameValue)
     EXPECT_EQ(values[0], 1.0f);
     EXPECT_EQ(values[1], -2.0f);
     EXPECT_EQ(values[2], 3.140625f);
-    D3DXFLOAT16 const nan{0x7E01};
+    D3DXFLOAT16 const nan(std::numeric_limits<float>::quiet_NaN());
     EXPECT_TRUE(std::isnan(*D3DXFloat16To32Array(values, &nan, 1)));
+
+    // Between two halves; the last step before infinity; denormals.
+    struct {
+        float value;
+        std::uint16_t bits;
+    } const rows[] = {{1 + 0x1p-11f, 0x3C00},       {1 + 0x3p-11f, 0x3C02}, {-(1 + 0x1.8p-11f), 0xBC01},
+                      {65519.996f, 0x7BFF},         {65520, 0x7C00},        {-FLT_MAX, 0xFC00},
+                      {0x1p-14f - 0x1p-25f, 0x400}, {0x1p-25f, 0},          {0x3p-25f, 2},
+                      {-0x1.000002p-25f, 0x8001},   {-1e-40f, 0x8000}};
+    for (auto const &row : rows) {
+        EXPECT_EQ(D3DXFLOAT16(row.value).value, row.bits) << row.value;
+    }
 }
 
 TEST(D3dxVectors, NormaliseOverTheWholeRangeAndKeepZero)

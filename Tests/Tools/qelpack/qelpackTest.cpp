@@ -57,6 +57,7 @@ TEST_F(Qelpack, MistakesHaveTheirExitCodes)
         {"", 2, "required"},
         {"pack zip in out", 2, "pack"},
         {"encode rar in out", 2, "there is no codec \"CODEC_RAR\""},
+        {"encode '' in out", 2, "no codec is named"},
         {"encode lzw,zip in out --level 3", 2, "for zip alone"},
         {"encode zip in out --level 10", 2, "10"},
         {"encode zip missing out", 3, "missing: cannot be read"},

@@ -1,0 +1,7 @@
+#include "System/Patterns/observer.h"
+
+namespace Qel {
+
+cObserver::~cObserver() = default;
+
+} // namespace Qel
