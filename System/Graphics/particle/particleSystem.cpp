@@ -132,6 +132,7 @@ void ParticleSystem::_initialize()
     emitting = true;
     affecting = true;
     alive = false;
+    m_nextQuota.reset();
     ignoreRotation = false;
     timeClampMin = 0.0f;
     timeClampMax = 0.08f;
@@ -284,6 +285,35 @@ void ParticleSystem::removeAllEmitters()
     modified = true;
     m_hasStreaks = false;
     m_hasNonIntense = false;
+}
+
+void ParticleSystem::_dropEmitters(ParticleEmitterFactory const *factory, bool isDestroyed)
+{
+    for (std::size_t i = emitters.size(); i-- > 0;) {
+        if (emitters[i]->getFactory() == factory) {
+            // With those of its affectors that stand: nobody would have them.
+            for (std::size_t j = isDestroyed ? affectors.size() : 0; j-- > 0;) {
+                ParticleAffector *const affector = affectors[j];
+                if (affector->isOnEmitter(static_cast<unsigned char>(i))) {
+                    removeAffector(static_cast<unsigned int>(j));
+                    destroy(affector);
+                }
+            }
+            takeOut(static_cast<unsigned int>(i), isDestroyed);
+        }
+    }
+}
+
+void ParticleSystem::_dropAffectors(ParticleAffectorFactory const *factory, bool isDestroyed)
+{
+    for (std::size_t i = affectors.size(); i-- > 0;) {
+        if (ParticleAffector *const affector = affectors[i]; affector->getFactory() == factory) {
+            removeAffector(static_cast<unsigned int>(i));
+            if (isDestroyed) {
+                destroy(affector);
+            }
+        }
+    }
 }
 
 void ParticleSystem::setEmitterData(PoolBlk const *data)

@@ -9,6 +9,7 @@
 #include "System/math/3D/boundingBoxAA.h"
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 class PoolBlk;
@@ -17,7 +18,9 @@ namespace Qel {
 
 class cFile;
 class ParticleAffector;
+class ParticleAffectorFactory;
 class ParticleEmitter;
+class ParticleEmitterFactory;
 
 /// A pool of particles, the emitters that fill it and the affectors that change it, stepped once a frame.
 ///
@@ -40,8 +43,9 @@ class ParticleEmitter;
 /// @par Limits     255 emitters. A pool of more than mostParticles is never made: such a system emits
 /// nothing.
 /// @par Ownership  Owns emitters and affectors, and gives them back to their factories.
-/// @par Threads    Belongs to the thread of the frame loop. Emitters, affectors and callbacks must not change
-///                 the quota of the system that calls them.
+/// @par Threads    Belongs to the thread of the frame loop. Emitters, affectors and callbacks must not reset,
+///                 assign or destroy the system that calls them; a quota that they set counts when the update
+///                 has ended.
 class QEL_API ParticleSystem : public StringInterface {
 public:
     static constexpr unsigned int mostParticles = 1u << 24;
@@ -117,7 +121,8 @@ public:
     /// A place for a new particle, whose content is not cleared. @return null if the quota is full
     Particle *addParticle();
 
-    /// Changes the size of the pool. All live particles are gone with the next update.
+    /// Changes the size of the pool. All live particles are gone with the next update. During an update it
+    /// waits for the end of that.
     void setParticleQuota(unsigned int newQuota);
 
     void reset();   ///< back to the values of a new system, with no pool; names, emitters and affectors stay
@@ -154,6 +159,12 @@ public:
     void removeAllAffectors(); ///< destroys them
 
     String const &getMaterialName(unsigned char i) const; ///< of emitter @p i; empty if there is none
+    /// Takes out all that a factory has made, as removeEmitter() does. What is not destroyed is lost.
+    /// @{
+    void _dropEmitters(ParticleEmitterFactory const *factory, bool destroy);
+    void _dropAffectors(ParticleAffectorFactory const *factory, bool destroy);
+    /// @}
+
     bool isMaterialModified(); ///< whether any emitter's material has been set since this was last asked
     bool isSystemModified();   ///< whether emitters or affectors have changed since this was last asked
 
@@ -209,7 +220,11 @@ private:
     void compact();
     bool takeOut(unsigned int i, bool destroy);
     void noteEmitter(ParticleEmitter const &emitter);
-    void animate(Particle &particle) const;
+    bool isWalkUnbroken() const;
+    void step(float dt);
+    void beginExpiry();
+    template <bool expires>
+    void walk(float dt);
 
     String name;
     String templateName;
@@ -240,6 +255,10 @@ private:
 
     std::uint32_t m_constructed = 0;      // places of the pool that hold a record
     std::vector<unsigned short> m_counts; // of particles wanted, by emitter
+    D3DXVECTOR4 m_least{0, 0, 0, 0};      // of the positions, as the last walk saw them
+    D3DXVECTOR4 m_most{0, 0, 0, 0};       // the same; w is the largest size
+    std::optional<unsigned int> m_nextQuota;
+    bool m_isStepping = false;
 };
 
 } // namespace Qel

@@ -21,20 +21,9 @@ namespace {
 constexpr char const *sourceFile = "System/Graphics/particle/particleSystemMgr";
 
 template <class Factory>
-void registerFactory(std::map<String, Factory *> &factories, Factory *factory, char const *what,
-                     std::map<String, Factory *> &(*find)())
+void eraseFactory(std::map<String, Factory *> &factories, Factory const *factory)
 {
-    if (factory == nullptr) {
-        return;
-    }
-    String const type = factory->getType();
-    factories[type] = factory;
-    PluginMgr::registered(factory, [factory, find] {
-        if (ParticleSystemMgr::InstanceActive()) {
-            std::erase_if(find(), [factory](auto const &entry) { return entry.second == factory; });
-        }
-    });
-    logMessage(what + type + "' registered\n", 2);
+    std::erase_if(factories, [factory](auto const &entry) { return entry.second == factory; });
 }
 
 template <class Factory>
@@ -112,18 +101,63 @@ void ParticleSystemMgr::update(float dt)
     }
 }
 
+template <class Operation>
+void ParticleSystemMgr::forEachSystem(Operation const &operation)
+{
+    for (auto &entry : templates) {
+        operation(entry.second);
+    }
+    for (auto const &entry : systems) {
+        operation(*entry.second);
+    }
+}
+
 void ParticleSystemMgr::addEmitterFactory(ParticleEmitterFactory *factory)
 {
-    registerFactory(
-        emitterFactories, factory, "Particle Emitter Type '",
-        +[]() -> auto & { return Instance().emitterFactories; });
+    if (factory == nullptr) {
+        return;
+    }
+    String const type = factory->getType();
+    emitterFactories[type] = factory;
+    PluginMgr::registered(factory, [factory] {
+        if (ParticleSystemMgr *const manager = InstancePtr()) {
+            eraseFactory(manager->emitterFactories, factory);
+            manager->forEachSystem(
+                [factory](ParticleSystem &system) { system._dropEmitters(factory, false); });
+        }
+    });
+    logMessage("Particle Emitter Type '" + type + "' registered\n", 2);
 }
 
 void ParticleSystemMgr::addAffectorFactory(ParticleAffectorFactory *factory)
 {
-    registerFactory(
-        affectorFactories, factory, "Particle Affector Type '",
-        +[]() -> auto & { return Instance().affectorFactories; });
+    if (factory == nullptr) {
+        return;
+    }
+    String const type = factory->getType();
+    affectorFactories[type] = factory;
+    PluginMgr::registered(factory, [factory] {
+        if (ParticleSystemMgr *const manager = InstancePtr()) {
+            eraseFactory(manager->affectorFactories, factory);
+            manager->forEachSystem(
+                [factory](ParticleSystem &system) { system._dropAffectors(factory, false); });
+        }
+    });
+    logMessage("Particle Affector Type '" + type + "' registered\n", 2);
+}
+
+void ParticleSystemMgr::removeEmitterFactory(ParticleEmitterFactory *factory)
+{
+    eraseFactory(emitterFactories, factory);
+    forEachSystem([factory](ParticleSystem &system) { system._dropEmitters(factory, true); });
+    PluginMgr::unregistered(factory);
+}
+
+void ParticleSystemMgr::removeAffectorFactory(ParticleAffectorFactory *factory)
+{
+    eraseFactory(affectorFactories, factory);
+    forEachSystem([factory](ParticleSystem &system) { system._dropAffectors(factory, true); });
+    PluginMgr::unregistered(factory);
 }
 
 StringVector ParticleSystemMgr::getEmitterFactories() const

@@ -80,9 +80,17 @@ public:
     /// @{
 
     /// Registers a type under the factory's getType(), in place of an earlier one. One that a plugin
-    /// registers when it starts goes with the plugin; its emitters must be gone by then.
+    /// registers when it starts goes with the plugin, if not before. What it has made and is still in a
+    /// template or a registered system is then dropped, but not destroyed.
     void addEmitterFactory(ParticleEmitterFactory *factory);
     void addAffectorFactory(ParticleAffectorFactory *factory);
+
+    /// Takes a type back, with all that is of it in templates and registered systems. A plugin calls it when
+    /// it stops, while its factory still stands: it destroys them.
+    /// @{
+    void removeEmitterFactory(ParticleEmitterFactory *factory);
+    void removeAffectorFactory(ParticleAffectorFactory *factory);
+    /// @}
     StringVector getEmitterFactories() const;  ///< the types, sorted
     StringVector getAffectorFactories() const; ///< the types, sorted
 
@@ -170,6 +178,8 @@ private:
     void parseEmitter(String const &type, TextTokenizer &tokens, ParticleSystem &system);
     void parseAffector(String const &type, TextTokenizer &tokens, ParticleSystem &system);
     bool saveScript_intern(String &out, ParticleSystem &system) const;
+    template <class Operation>
+    void forEachSystem(Operation const &operation);
     ParticleEmitterFactory &emitterFactory(String const &type) const;
     ParticleAffectorFactory &affectorFactory(String const &type) const;
 

@@ -83,10 +83,13 @@ ParticleSystem::ParticleSystem(cFile &file)
         String type;
         unsigned int count = 0;
         file.read_32(count);
-        for (; count != 0 && emitters.size() < mostEmitters && file.read_string(type); --count) {
+        for (; count != 0 && file.read_string(type); --count) {
             emitters.reserve(emitters.size() + 1);
-            if (ParticleEmitter *const emitter = manager._createEmitter(type, file)) {
+            ParticleEmitter *const emitter = manager._createEmitter(type, file);
+            if (emitter != nullptr && emitters.size() < mostEmitters) {
                 emitters.push_back(emitter);
+            } else {
+                manager._destroyEmitter(emitter); // one too many: read, so that what follows is found
             }
         }
         count = 0;
