@@ -22,10 +22,7 @@ bool isZero(D3DXVECTOR3 const &v)
     return v.x == 0 && v.y == 0 && v.z == 0;
 }
 
-float lastLane(__m128 row)
-{
-    return _mm_cvtss_f32(_mm_shuffle_ps(row, row, 0xFF));
-}
+constexpr int lastLaneBit = 8;
 
 } // namespace
 
@@ -312,8 +309,8 @@ void ParticleSystem::walk(float dt)
         __m128 motionRow = _mm_loadu_ps(rows + 4);
         if constexpr (expires) {
             motionRow = _mm_sub_ps(motionRow, aging);
-            pool[i].timeToLive = lastLane(motionRow);
-            if (pool[i].timeToLive < 0) {
+            _mm_storeu_ps(rows + 4, motionRow);
+            if (_mm_movemask_ps(_mm_cmplt_ps(motionRow, _mm_setzero_ps())) >= lastLaneBit) {
                 place = _mm_and_ps(place, inDirection);
                 expired.push_back(i);
             }
