@@ -3,6 +3,7 @@
 /// Everything that the library offers. A source that uses little of it includes that alone.
 
 #include "Support/D3DX/d3dx9math.h"
+#include "Support/Font/fontFace.h"
 #include "Support/OS/affinity.h"
 #include "Support/OS/clock.h"
 #include "Support/OS/debug.h"
@@ -85,6 +86,7 @@
 #include "System/Platform/platformManager.h"
 #include "System/Platform/renderSystem.h"
 #include "System/Platform/splashDialog.h"
+#include "System/Platform/win32Font.h"
 #include "System/System/Root.h"
 #include "System/System/breakpoint.h"
 #include "System/System/buildDate.h"

@@ -27,7 +27,7 @@ check_names() {
 
 # Of the names of C++: members of Qel and os with their static locals, tables, type information and thunks.
 about='(T[VTIS]|GV|T(hn|v0_n)[0-9_n]+_)?Z?NK?'
-check_names "$build/lib/libqelSystem.so" "^(_Z$about(3Qel|2os)|_Z[0-9]+D3DX|d3dx)"
+check_names "$build/lib/libqelSystem.so" "^(_Z$about(3Qel|2os)|_ZN?K?[0-9]+D3DX|d3dx)"
 check_names "$build/lib/libPoolHeap.so" "^_Z($about(8PoolHeap|7PoolBlk|10InternPool)|[0-9]+poolheap_(malloc|free))"
 
 entry_points="dllStartPlugin dllStopPlugin"

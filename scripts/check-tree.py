@@ -29,15 +29,21 @@ TABLE = {
     "System/File":         ("System Patterns",   "Thread math"),
     "System/Codec":        ("File System",       "Patterns"),  # with Codec/codecs
     "System/Platform":     ("System",            "Thread Time Patterns"),
+    "System/Graphics/image":    ("File math System", ""),
+    "System/Graphics/model":    ("File math System", ""),
+    "System/Graphics/particle": ("System math File", ""),
+    "System/Sound":        ("System math Patterns", "File Thread Time"),
     "Support/OS":          ("",                  ""),
     "Support/PoolHeap":    ("",                  ""),
     "Support/D3DX":        ("",                  ""),
+    "Support/Font":        ("",                  ""),
 }
 
 # Headers that need a whole class where the table has a forward declaration in mind, each with its reason.
 WIDER = {
     "System/File/directoryMonitorTask.h":  "Thread",  # the class is a ThreadTask and has a lock
     "System/Patterns/resourceMgr.h":       "File",    # the class is an archive container
+    "System/Sound/soundSystem.h":          "Thread",  # has a lock for back ends
     "System/System/Root.h":                "Time",    # tells a time by value
     "System/System/timeStepCollect.h":     "Time",    # has a timer
     "System/System/timerHelper.h":         "Time",    # has a timer
@@ -66,11 +72,13 @@ SOURCES = ("System", "Support", *BESIDE, "Tests", "Docs/snippets")
 
 # Headers of other libraries, by who may include them. Tests and benchmarks take what they need.
 THIRD_PARTY = {
+    "Support/Font/fontFace.cpp": "fontconfig/fontconfig.h ft2build.h",
     "System/Codec/codecs/": "zlib.h",
+    "System/Sound/": "vorbis/vorbisfile.h",
     "Plugins/ZipArchive/": "zip.h",
-    "Samples/Host/": "CLI/CLI.hpp editline/readline.h zip.h zlib.h",  # it lists zip files to play with
+    "Samples/Host/": "CLI/CLI.hpp editline/readline.h png.h zip.h zlib.h",  # it lists zip files to play with
     "Samples/Host/terminalConsole.cpp": "poll.h termios.h unistd.h",  # the terminal is the host's, not the library's
-    "Tools/": "CLI/CLI.hpp",
+    "Tools/": "CLI/CLI.hpp png.h",
 }
 
 # Of the processor and of the compiler, not of the operating system.

@@ -4,7 +4,8 @@ set -euo pipefail
 
 packages=(
     g++ cmake ninja-build pkg-config    # build
-    zlib1g-dev                          # the library itself
+    zlib1g-dev libfreetype-dev libfontconfig1-dev # the library itself
+    fonts-dejavu-core                   # tests of fonts
     libzip-dev                          # plugin for zip archives
     python3                             # the sample host's media
     libcli11-dev libedit-dev            # command lines of hosts and tools, the host's console

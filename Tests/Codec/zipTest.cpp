@@ -172,7 +172,7 @@ TEST(CodecZip, AStreamThatIsOnlyReadIsNoOutput)
     test::fill(in, "abc");
     EXPECT_FALSE(zip.encode(in, shared));
     EXPECT_FALSE(zip.encodeEx(in, shared, 5));
-    test::fill(in, test::fromHex(hello));
+    test::fill(in, hello);
     EXPECT_FALSE(zip.decode(in, shared));
     EXPECT_EQ(shared.size(), 1'000u);
     EXPECT_EQ(block, std::string(1'000, 'b'));
