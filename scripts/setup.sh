@@ -9,6 +9,7 @@ packages=(
     libzip-dev                          # plugin for zip archives
     python3                             # the sample host's media
     libcli11-dev libedit-dev            # command lines of hosts and tools, the host's console
+    libpng-dev                          # the host's pictures
     libgtest-dev                        # tests
     clang-format-14 clang-tidy-14       # checks of the sources
     doxygen python3                     # reference of the headers, rules of the tree

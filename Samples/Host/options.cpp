@@ -67,12 +67,24 @@ std::optional<Options> readOptions(int argc, char **argv, int &exitCode)
         ->allow_extra_args(false);
     app.add_flag("--list", options.list, "Show all console variables with their values and end");
     app.add_flag("--console", options.console, "Set and list them on the terminal while frames run");
+    auto *const particles = app.add_flag("--particles", options.particles,
+                                         "Show the particle scripts of media/particles, or of the folder of "
+                                         "--media, in place of the usual work");
+    app.add_flag("--watch", options.watch, "Read particle scripts again when they are saved")
+        ->needs(particles);
+    app.add_option("--screenshot", options.screenshot, "Draw the particles of the last frame into a PNG file")
+        ->type_name("FILE")
+        ->needs(particles);
     try {
         app.parse(argc, argv);
     } catch (CLI::ParseError const &mistake) {
         exitCode = app.exit(mistake);
         return std::nullopt;
     }
+    options.particleFolder =
+        options.media.folder.empty()
+            ? (std::filesystem::path(argv[0]).parent_path() / "media" / "particles").string()
+            : options.media.folder;
     options.hasUserMedia = !options.media.folder.empty() || !options.media.zip.empty();
     if (!options.hasUserMedia) {
         options.media = usualMedia(argv[0]);

@@ -12,8 +12,12 @@ struct Options {
     std::string pluginFile; ///< plugins.cfg of the working folder, else the one beside the program
     std::string logFile = "debug.log";
     std::string profileFile = "profile.txt";
-    MediaPlaces media;         ///< those beside the program unless the user has some
-    bool hasUserMedia = false; ///< --media or --zip was given
+    MediaPlaces media;          ///< those beside the program unless the user has some
+    bool particles = false;     ///< the particle screen in place of the usual work
+    bool watch = false;         ///< read its scripts again when they are saved
+    std::string screenshot;     ///< PNG file of its last frame; empty for none
+    std::string particleFolder; ///< of its scripts
+    bool hasUserMedia = false;  ///< --media or --zip was given
 };
 
 /// Reads the command line into the options and the settings, and answers --help and mistakes by itself.

@@ -19,6 +19,5 @@ std::string fuzzTarget(unsigned char const *data, std::size_t size)
     }
     seen += manager.getParticleTemplateList();
     seen += stateOf(manager);
-    manager.rebind("none");
     return seen;
 }
