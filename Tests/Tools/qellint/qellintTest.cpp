@@ -56,6 +56,8 @@ TEST(Qellint, SaysLineAndMistake)
     EXPECT_EQ(run("absent"), 3);
     EXPECT_EQ(run(""), 2);
     EXPECT_EQ(run("--plugin absent s"), 2);
+    EXPECT_EQ(run("--reference"), 0);
+    EXPECT_NE(test::readFile(GUIDE).find(test::readFile("said")), std::string::npos) << "the guide is old";
     EXPECT_EQ(run(SCRIPTS "/*.particle"), 0) << test::readFile("said");
 }
 
