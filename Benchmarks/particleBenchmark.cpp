@@ -96,7 +96,9 @@ void byHand(benchmark::State &state)
     std::vector<Particle> all = filled(state);
     Particle *const pool = all.data();
     std::size_t const size = all.size();
-    std::vector<unsigned> expired;
+    std::vector<unsigned> places(all.size());
+    unsigned *const expired = places.data();
+    std::size_t expiredCount = 0;
     __m128 const inDirection = _mm_castsi128_ps(_mm_setr_epi32(-1, -1, -1, 0));
     __m128 const aging = _mm_setr_ps(0, 0, 0, dt);
     __m128 const step = _mm_setr_ps(dt, dt, dt, 0);
@@ -107,7 +109,7 @@ void byHand(benchmark::State &state)
         _mm_storeu_ps(rows + 4, motion);
         if ((_mm_movemask_ps(motion) & 8) != 0) {
             place = _mm_and_ps(place, inDirection);
-            expired.push_back(static_cast<unsigned>(i));
+            expired[expiredCount++] = static_cast<unsigned>(i);
         }
         place = _mm_add_ps(place, _mm_mul_ps(motion, step));
         _mm_storeu_ps(rows, place);

@@ -223,6 +223,7 @@ private:
     bool isWalkUnbroken() const;
     void step(float dt);
     void beginExpiry();
+    float noteExpired(Particle *first, Particle *last);
     template <bool expires>
     void walk(float dt);
 

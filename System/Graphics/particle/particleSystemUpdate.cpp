@@ -22,7 +22,18 @@ bool isZero(D3DXVECTOR3 const &v)
     return v.x == 0 && v.y == 0 && v.z == 0;
 }
 
-constexpr int lastLaneBit = 8;
+constexpr std::ptrdiff_t blockSize = 64;
+
+float lastLane(__m128 row)
+{
+    return _mm_cvtss_f32(_mm_shuffle_ps(row, row, 0xFF));
+}
+
+__m128 withLastLane(__m128 row, float value)
+{
+    __m128 const pair = _mm_shuffle_ps(_mm_set_ss(value), row, _MM_SHUFFLE(2, 2, 0, 0));
+    return _mm_shuffle_ps(row, pair, _MM_SHUFFLE(0, 2, 1, 0));
+}
 
 } // namespace
 
@@ -178,13 +189,41 @@ void ParticleSystem::beginExpiry()
 void ParticleSystem::_expire(float dt)
 {
     beginExpiry();
-    for (std::uint32_t i = 0; i < activeCount; ++i) {
-        particles[i].timeToLive -= dt;
-        if (particles[i].timeToLive < 0) {
-            particles[i].size = 0;
-            expired.push_back(i);
+    Particle *const end = particles + activeCount;
+    for (Particle *first = particles; first != end;) {
+        Particle *const last = end - first > blockSize ? first + blockSize : end;
+        float shortest = 0;
+        float shortest2 = 0;
+        Particle *at = first;
+        for (; last - at > 1; at += 2) {
+            at[0].timeToLive -= dt;
+            at[1].timeToLive -= dt;
+            shortest = std::min(shortest, at[0].timeToLive);
+            shortest2 = std::min(shortest2, at[1].timeToLive);
         }
+        if (at != last) {
+            at->timeToLive -= dt;
+            shortest = std::min(shortest, at->timeToLive);
+        }
+        if (std::min(shortest, shortest2) < 0) {
+            noteExpired(first, last);
+        }
+        first = last;
     }
+}
+
+// Of a block whose times have been stepped. Gives the largest size that is left in it.
+float ParticleSystem::noteExpired(Particle *first, Particle *last)
+{
+    float largest = 0;
+    for (; first != last; ++first) {
+        if (first->timeToLive < 0) {
+            first->size = 0;
+            expired.push_back(static_cast<unsigned int>(first - particles));
+        }
+        largest = std::max(largest, first->size);
+    }
+    return largest;
 }
 
 void ParticleSystem::_moveParticles(D3DXVECTOR3 const &delta)
@@ -285,8 +324,11 @@ private:
 
 } // namespace
 
-// A record begins with two rows of four: position and size, direction and time to live. Lanes past the third
-// are left as they are by taking 0 off and adding -0.
+// A record begins with two rows of four: position and size, direction and time to live.
+//
+// Few particles expire or are animated in one step, so a block is moved first without a look at that, and
+// looked at again where it has some. Nothing is called while a block is moved: all constants and the bounds
+// so far stay in registers.
 template <bool expires>
 void ParticleSystem::walk(float dt)
 {
@@ -296,53 +338,68 @@ void ParticleSystem::walk(float dt)
         return;
     }
     __m128 const inDirection = _mm_castsi128_ps(_mm_setr_epi32(-1, -1, -1, 0));
-    __m128 const noChange = _mm_setr_ps(0, 0, 0, -0.0f);
     __m128 const step = _mm_setr_ps(dt, dt, dt, 0);
     __m128 const aging = _mm_setr_ps(0, 0, 0, dt);
     Animation animation(emitters);
-    Particle *const pool = particles;
-    std::uint32_t const count = activeCount;
+    __m128 shortest = _mm_setzero_ps();
+    __m128 shortest2 = shortest;
+    unsigned int flags = 0;
 
-    auto const move = [&](std::uint32_t i) {
-        float *const rows = &pool[i].position.x;
-        __m128 place = _mm_loadu_ps(rows);
+    auto const move = [&](Particle *particle, __m128 &briefest) {
+        float *const rows = &particle->position.x;
         __m128 motionRow = _mm_loadu_ps(rows + 4);
         if constexpr (expires) {
             motionRow = _mm_sub_ps(motionRow, aging);
             _mm_storeu_ps(rows + 4, motionRow);
-            if (_mm_movemask_ps(_mm_cmplt_ps(motionRow, _mm_setzero_ps())) >= lastLaneBit) {
-                place = _mm_and_ps(place, inDirection);
-                expired.push_back(i);
-            }
+            briefest = _mm_min_ps(motionRow, briefest);
         }
-        __m128 const way = _mm_or_ps(_mm_and_ps(_mm_mul_ps(motionRow, step), inDirection), noChange);
-        place = _mm_add_ps(place, way);
+        // Whatever the lifetime is, nothing of it gets into the size.
+        __m128 const way = _mm_and_ps(_mm_mul_ps(motionRow, step), inDirection);
+        __m128 const place = _mm_add_ps(way, _mm_loadu_ps(rows));
         _mm_storeu_ps(rows, place);
-        if ((pool[i].flags & Particle::ANIMATED) != 0) {
-            animation.step(pool[i]);
-        }
+        flags |= particle->flags;
         return place;
     };
 
-    // Two chains, since each step of one has to wait for the step before it.
-    __m128 least = move(0);
-    __m128 most = _mm_and_ps(least, inDirection);
-    most = _mm_max_ps(least, most);
+    // The first is moved ahead of its block, to begin the bounds with; then two chains, since each step of
+    // one has to wait for the step before it. The largest size is in the last lane.
+    Particle *const end = particles + activeCount;
+    Particle *at = particles;
+    __m128 least = move(at++, shortest);
+    __m128 most = _mm_max_ps(least, _mm_and_ps(least, inDirection));
     __m128 least2 = least;
-    __m128 most2 = most;
-    std::uint32_t i = 1;
-    for (; i + 1 < count; i += 2) {
-        __m128 const first = move(i);
-        __m128 const second = move(i + 1);
-        least = _mm_min_ps(first, least);
-        most = _mm_max_ps(first, most);
-        least2 = _mm_min_ps(second, least2);
-        most2 = _mm_max_ps(second, most2);
-    }
-    if (i < count) {
-        __m128 const last = move(i);
-        least = _mm_min_ps(last, least);
-        most = _mm_max_ps(last, most);
+    __m128 most2 = _mm_and_ps(least, inDirection);
+    for (Particle *first = particles; first != end;) {
+        Particle *const last = end - first > blockSize ? first + blockSize : end;
+        float const marginBefore = first == particles ? 0 : std::max(lastLane(most), lastLane(most2));
+        for (; last - at > 1; at += 2) {
+            __m128 const one = move(at, shortest);
+            __m128 const other = move(at + 1, shortest2);
+            least = _mm_min_ps(one, least);
+            most = _mm_max_ps(one, most);
+            least2 = _mm_min_ps(other, least2);
+            most2 = _mm_max_ps(other, most2);
+        }
+        if (at != last) {
+            __m128 const one = move(at++, shortest);
+            least = _mm_min_ps(one, least);
+            most = _mm_max_ps(one, most);
+        }
+        if (lastLane(_mm_min_ps(shortest, shortest2)) < 0) {
+            float const margin = std::max(marginBefore, noteExpired(first, last));
+            most = withLastLane(_mm_max_ps(most, most2), margin);
+            most2 = most;
+            shortest = shortest2 = _mm_setzero_ps();
+        }
+        if ((flags & Particle::ANIMATED) != 0) {
+            std::for_each(first, last, [&](Particle &particle) {
+                if ((particle.flags & Particle::ANIMATED) != 0) {
+                    animation.step(particle);
+                }
+            });
+            flags = 0;
+        }
+        first = last;
     }
     _mm_storeu_ps(&m_least.x, _mm_min_ps(least2, least));
     _mm_storeu_ps(&m_most.x, _mm_max_ps(most2, most));
