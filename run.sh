@@ -10,7 +10,7 @@ scripts/build.sh release
 if [ $# -gt 0 ]; then
     exec build/release/bin/qelHost "$@"
 fi
-build/release/bin/qelHost --frames 300 --fps 100 --log build/release/debug.log --profile build/release/profile.txt
+build/release/bin/qelHost --frames 300 --fps 100 --log build/release/debug.log --profile build/release/profile.txt --contact-sheet build/release/pictures.png
 for codecs in zip lz77,huffman; do
     build/release/bin/qelpack encode "$codecs" Docs/decisions.md build/release/decisions.packed
     build/release/bin/qelpack decode "$codecs" build/release/decisions.packed build/release/decisions.md

@@ -8,14 +8,15 @@ packages=(
     fonts-dejavu-core                   # tests of fonts
     libzip-dev                          # plugin for zip archives
     python3                             # the sample host's media
+    libpng-dev                          # pictures of tools and hosts
     libcli11-dev libedit-dev            # command lines of hosts and tools, the host's console
-    libpng-dev                          # the host's pictures
     libgtest-dev                        # tests
     clang-format-14 clang-tidy-14       # checks of the sources
     doxygen python3                     # reference of the headers, rules of the tree
     clang-14 libclang-rt-14-dev         # second compiler, fuzzers
     libbenchmark-dev                    # benchmarks, and the peers in them:
     libabsl-dev
+    libavcodec-dev
     libbullet-dev
     libdeflate-dev
     libeigen3-dev
@@ -30,6 +31,7 @@ packages=(
     libstb-dev
     libtbb-dev
     libtiff-dev
+    libyuv-dev
     libzstd-dev
     re2c
 )

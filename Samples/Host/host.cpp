@@ -1,8 +1,10 @@
 #include "console.h"
 #include "frameClock.h"
 #include "mediaJob.h"
+#include "modelScreen.h"
 #include "options.h"
 #include "particleScreen.h"
+#include "pictures.h"
 #include "report.h"
 #include "settings.h"
 #include "terminalConsole.h"
@@ -87,7 +89,14 @@ int runEngine(Options const &options)
     root.removeFrameListener(&workload);
     root.removeFrameListener(&clock);
     workload.finish();
-    printReport(options, root, clock, workload, media ? &*media : nullptr);
+    Pictures const pictures(options.media.folder);
+    bool const isSheetWritten =
+        options.contactSheet.empty() || pictures.writeContactSheet(options.contactSheet);
+    printReport(options, root, clock, workload, media ? &*media : nullptr, pictures);
+
+    if (!isSheetWritten) {
+        return fail("the contact sheet has not been written");
+    }
 
     if (workload.primes() != Workload::primesThatThereAre()) {
         return fail("the tasks have counted wrongly");
@@ -145,6 +154,9 @@ int main(int argc, char **argv)
             std::puts(line.c_str());
         }
         return 0;
+    }
+    if (!options->model.mesh.empty()) {
+        return showModel(options->model) ? 0 : 1;
     }
     if (options->console && !TerminalConsole::available()) {
         return fail("--console needs a terminal");

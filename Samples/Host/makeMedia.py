@@ -1,5 +1,5 @@
-"""Makes the media folder of the sample host: copies the texts, adds binaries that are the same each time, and
-lists what each file should hold, for the host to compare with.
+"""Makes the media folder of the sample host: copies the texts, adds binaries and pictures that are the same each
+time, and lists what each file should hold, for the host to compare with.
 
 usage: makeMedia.py TEXTS FOLDER LIST
 
@@ -10,7 +10,10 @@ import random
 import shutil
 import sys
 import zlib
+from itertools import chain
 from pathlib import Path
+
+from makePictures import pictures
 
 SMALL, BIG = 320, 4
 
@@ -37,7 +40,7 @@ def main():
     texts, folder, listing = map(Path, sys.argv[1:])
     shutil.rmtree(folder, ignore_errors=True)
     shutil.copytree(texts, folder)
-    for name, data in binaries(random.Random(20)):
+    for name, data in chain(binaries(random.Random(20)), pictures()):
         file = folder / name
         file.parent.mkdir(parents=True, exist_ok=True)
         file.write_bytes(data)

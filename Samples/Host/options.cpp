@@ -62,6 +62,17 @@ std::optional<Options> readOptions(int argc, char **argv, int &exitCode)
         ->type_name("DIR");
     app.add_option("--zip", options.media.zip, "Zip file to load all files of, in place of the usual media")
         ->type_name("FILE");
+    CLI::Option *const model =
+        app.add_option("--model", options.model.mesh, "Show a model in place of all else")->type_name("FILE");
+    app.add_option("--animation", options.model.animations, "Pose it; as often as wished")
+        ->type_name("FILE")
+        ->allow_extra_args(false)
+        ->needs(model);
+    app.add_option("--screenshot", options.screenshot,
+                   "PNG file to draw the model into, or the particles of the last frame")
+        ->type_name("FILE");
+    app.add_option("--contact-sheet", options.contactSheet, "PNG to write with all pictures of the folder")
+        ->type_name("FILE");
     app.add_option("--set", assignments, "Set a console variable, as often as wished")
         ->type_name("NAME=VALUE")
         ->allow_extra_args(false);
@@ -72,15 +83,16 @@ std::optional<Options> readOptions(int argc, char **argv, int &exitCode)
                                          "--media, in place of the usual work");
     app.add_flag("--watch", options.watch, "Read particle scripts again when they are saved")
         ->needs(particles);
-    app.add_option("--screenshot", options.screenshot, "Draw the particles of the last frame into a PNG file")
-        ->type_name("FILE")
-        ->needs(particles);
     try {
         app.parse(argc, argv);
+        if (!options.screenshot.empty() && !options.particles && options.model.mesh.empty()) {
+            throw CLI::RequiresError("--screenshot", "--model or --particles");
+        }
     } catch (CLI::ParseError const &mistake) {
         exitCode = app.exit(mistake);
         return std::nullopt;
     }
+    options.model.screenshot = options.screenshot;
     options.particleFolder =
         options.media.folder.empty()
             ? (std::filesystem::path(argv[0]).parent_path() / "media" / "particles").string()

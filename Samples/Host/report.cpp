@@ -106,10 +106,29 @@ void printMedia(MediaJob const &media)
     }
 }
 
+void printPictures(Options const &options, Pictures const &pictures)
+{
+    std::printf("pictures      %zu read, %zu not\n", pictures.numRead(),
+                pictures.all().size() - pictures.numRead());
+    for (Pictures::Picture const &picture : pictures.all()) {
+        if (!picture.trouble.empty()) {
+            std::printf("              %-26s %s, %s\n", picture.name.c_str(), picture.kind.c_str(),
+                        picture.trouble.c_str());
+            continue;
+        }
+        std::printf("              %-26s %s, %u x %u, %d bits, %.3f ms\n", picture.name.c_str(),
+                    picture.kind.c_str(), unsigned{picture.image.getWidth()},
+                    unsigned{picture.image.getHeight()}, picture.bits, picture.ms);
+    }
+    if (!options.contactSheet.empty()) {
+        std::printf("sheet         %s\n", std::filesystem::absolute(options.contactSheet).string().c_str());
+    }
+}
+
 } // namespace
 
 void printReport(Options const &options, Qel::Root &root, FrameClock const &clock, Workload &workload,
-                 MediaJob const *media)
+                 MediaJob const *media, Pictures const &pictures)
 {
     Qel::BuildVersion const &version = root.getVersion();
     Qel::BuildDate const &built = root.getBuildDate();
@@ -135,6 +154,7 @@ void printReport(Options const &options, Qel::Root &root, FrameClock const &cloc
     } else {
         std::printf("media         not run: there are none beside the program, or no plugins for them\n");
     }
+    printPictures(options, pictures);
     printMemory();
     std::printf("log           %s\n", std::filesystem::absolute(options.logFile).string().c_str());
 }

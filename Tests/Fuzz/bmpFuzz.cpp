@@ -1,0 +1,7 @@
+#include "System/Graphics/image/io_bmp.h"
+#include "Tests/Fuzz/imageFuzz.h"
+
+std::string fuzzTarget(unsigned char const *data, std::size_t size)
+{
+    return readImage<Qel::cIO_bmp>(data, size);
+}
