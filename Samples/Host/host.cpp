@@ -3,6 +3,7 @@
 #include "mediaJob.h"
 #include "modelScreen.h"
 #include "options.h"
+#include "particleScreen.h"
 #include "pictures.h"
 #include "report.h"
 #include "settings.h"
@@ -116,6 +117,29 @@ int runEngine(Options const &options)
     return 0;
 }
 
+int showParticles(Options const &options)
+{
+    Qel::Root root(options.pluginFile, options.logFile, true);
+    ParticleScreen screen(options.particleFolder, options.watch);
+    if (screen.isEmpty()) {
+        return fail("there are no particle scripts");
+    }
+    // Explosion and confetti are well on their way then.
+    constexpr float warmUpSeconds = 9.3f;
+    screen.warmUp(warmUpSeconds);
+    FrameClock clock([] { return true; });
+    root.addFrameListener(&clock);
+    root.addFrameListener(&screen);
+    root.run();
+    root.removeFrameListener(&screen);
+    root.removeFrameListener(&clock);
+    screen.print();
+    if (!options.screenshot.empty() && !screen.savePicture(options.screenshot)) {
+        return fail("the picture cannot be written");
+    }
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -138,7 +162,7 @@ int main(int argc, char **argv)
         return fail("--console needs a terminal");
     }
     try {
-        return runEngine(*options);
+        return options->particles ? showParticles(*options) : runEngine(*options);
     } catch (Qel::Exception const &exception) {
         return fail(exception.description.c_str());
     } catch (std::exception const &exception) {

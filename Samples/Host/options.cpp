@@ -68,9 +68,9 @@ std::optional<Options> readOptions(int argc, char **argv, int &exitCode)
         ->type_name("FILE")
         ->allow_extra_args(false)
         ->needs(model);
-    app.add_option("--screenshot", options.model.screenshot, "PNG file to draw it into")
-        ->type_name("FILE")
-        ->needs(model);
+    app.add_option("--screenshot", options.screenshot,
+                   "PNG file to draw the model into, or the particles of the last frame")
+        ->type_name("FILE");
     app.add_option("--contact-sheet", options.contactSheet, "PNG to write with all pictures of the folder")
         ->type_name("FILE");
     app.add_option("--set", assignments, "Set a console variable, as often as wished")
@@ -78,12 +78,25 @@ std::optional<Options> readOptions(int argc, char **argv, int &exitCode)
         ->allow_extra_args(false);
     app.add_flag("--list", options.list, "Show all console variables with their values and end");
     app.add_flag("--console", options.console, "Set and list them on the terminal while frames run");
+    auto *const particles = app.add_flag("--particles", options.particles,
+                                         "Show the particle scripts of media/particles, or of the folder of "
+                                         "--media, in place of the usual work");
+    app.add_flag("--watch", options.watch, "Read particle scripts again when they are saved")
+        ->needs(particles);
     try {
         app.parse(argc, argv);
+        if (!options.screenshot.empty() && !options.particles && options.model.mesh.empty()) {
+            throw CLI::RequiresError("--screenshot", "--model or --particles");
+        }
     } catch (CLI::ParseError const &mistake) {
         exitCode = app.exit(mistake);
         return std::nullopt;
     }
+    options.model.screenshot = options.screenshot;
+    options.particleFolder =
+        options.media.folder.empty()
+            ? (std::filesystem::path(argv[0]).parent_path() / "media" / "particles").string()
+            : options.media.folder;
     options.hasUserMedia = !options.media.folder.empty() || !options.media.zip.empty();
     if (!options.hasUserMedia) {
         options.media = usualMedia(argv[0]);

@@ -13,10 +13,14 @@ struct Options {
     std::string pluginFile; ///< plugins.cfg of the working folder, else the one beside the program
     std::string logFile = "debug.log";
     std::string profileFile = "profile.txt";
-    std::string contactSheet;  ///< where a PNG of all pictures is written; empty: nowhere
-    MediaPlaces media;         ///< those beside the program unless the user has some
-    bool hasUserMedia = false; ///< --media or --zip was given
-    ModelRequest model;        ///< to be shown in place of all else
+    std::string contactSheet;   ///< where a PNG of all pictures is written; empty: nowhere
+    MediaPlaces media;          ///< those beside the program unless the user has some
+    bool hasUserMedia = false;  ///< --media or --zip was given
+    ModelRequest model;         ///< to be shown in place of all else
+    bool particles = false;     ///< the particle screen in place of the usual work
+    bool watch = false;         ///< read its scripts again when they are saved
+    std::string screenshot;     ///< PNG file of the model or the last frame; empty for none
+    std::string particleFolder; ///< of its scripts
 };
 
 /// Reads the command line into the options and the settings, and answers --help and mistakes by itself.

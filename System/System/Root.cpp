@@ -4,6 +4,7 @@
 
 #include "System/Codec/codecManager.h"
 #include "System/File/archiveManager.h"
+#include "System/Graphics/particle/particleSystemMgr.h"
 #include "System/Platform/configDialog.h"
 #include "System/Platform/platformManager.h"
 #include "System/Platform/renderSystem.h"
@@ -75,6 +76,7 @@ void Root::bringUp(String const &pluginFileName, String const &logFileName, bool
     made.m_pluginMgr = std::make_unique<PluginMgr>();
     made.m_archiveManager = std::make_unique<ArchiveManager>();
     made.m_platformManager = std::make_unique<PlatformManager>();
+    made.m_particleSystemMgr = std::make_unique<ParticleSystemMgr>();
     made.m_movieManager = std::make_unique<MovieManager>();
     made.m_soundSystemManager = std::make_unique<SoundSystemManager>();
     made.m_codecManager = std::make_unique<CodecManager>();

@@ -2,6 +2,7 @@
 
 #include "System/Codec/codecManager.h"
 #include "System/File/archiveManager.h"
+#include "System/Graphics/particle/particleSystemMgr.h"
 #include "System/Platform/platformManager.h"
 #include "System/Sound/movieManager.h"
 #include "System/Sound/soundSystemManager.h"
@@ -36,6 +37,7 @@ void RootManagers::takeDown()
     m_codecManager.reset();
     m_soundSystemManager.reset();
     m_movieManager.reset();
+    m_particleSystemMgr.reset();
     m_archiveManager.reset();
     m_platformManager.reset();
     m_logManager.reset();

@@ -11,6 +11,7 @@ namespace Qel {
 class ArchiveManager;
 class CodecManager;
 class LogManager;
+class ParticleSystemMgr;
 class MovieManager;
 class PlatformManager;
 class Plugin;
@@ -28,6 +29,7 @@ struct RootManagers {
     std::unique_ptr<PluginMgr> m_pluginMgr;
     std::unique_ptr<ArchiveManager> m_archiveManager;
     std::unique_ptr<PlatformManager> m_platformManager;
+    std::unique_ptr<ParticleSystemMgr> m_particleSystemMgr;
     std::unique_ptr<MovieManager> m_movieManager;
     std::unique_ptr<SoundSystemManager> m_soundSystemManager;
     std::unique_ptr<CodecManager> m_codecManager;

@@ -84,7 +84,7 @@ inline constexpr std::uint32_t deleteWaitMs = 1000;
 
 /// The table pointer of an object, whose constructors and destructors may be setting it on another thread. A
 /// pointer is read as a whole; that nothing orders the two is known, so the sanitizer does not look.
-[[gnu::no_sanitize("thread"), gnu::noinline]] inline char const *tableOf(void const *object)
+__attribute__((no_sanitize("thread"), noinline)) inline char const *tableOf(void const *object)
 {
     using Table [[gnu::may_alias]] = char const *;
     return *static_cast<Table const volatile *>(object);
