@@ -11,8 +11,8 @@ namespace Qel {
 class ArchiveManager;
 class CodecManager;
 class LogManager;
-class ParticleSystemMgr;
 class MovieManager;
+class ParticleSystemMgr;
 class PlatformManager;
 class Plugin;
 class PluginMgr;
