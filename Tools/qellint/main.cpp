@@ -1,5 +1,6 @@
 #include "scriptCheck.h"
 
+#include "System/Graphics/model/md5Loader.h"
 #include "System/Graphics/particle/particleAffector.h"
 #include "System/Graphics/particle/particleEmitter.h"
 #include "System/Graphics/particle/particleSystem.h"
@@ -7,6 +8,7 @@
 #include "System/System/exception.h"
 #include "System/System/logManager.h"
 #include "System/System/pluginMgr.h"
+#include "Tools/model/modelCheck.h"
 
 #include <CLI/CLI.hpp>
 
@@ -28,19 +30,48 @@ void call(Qel::Plugin &plugin, char const *name)
     }
 }
 
+// What is wrong with a text: of a script by its lines, of a model by its parts, which have no lines any more.
+std::vector<std::string> findingsOf(std::string const &name, std::string const &text)
+{
+    std::vector<std::string> lines;
+    auto const add = [&lines](std::vector<std::string> const &findings) {
+        for (std::string const &finding : findings) {
+            lines.push_back(" " + finding);
+        }
+    };
+    Qel::MD5Mesh mesh;
+    Qel::MD5Anim animation;
+    switch (modelTextOf(text)) {
+    case ModelText::MESH:
+        Qel::MD5Loader().loadModel(name.c_str(), mesh);
+        add(checkModel(mesh));
+        break;
+    case ModelText::ANIMATION:
+        Qel::MD5Loader().loadAnim(name.c_str(), animation);
+        add(checkAnimation(animation));
+        break;
+    case ModelText::NONE:
+        for (Finding const &finding : checkParticleScript(text)) {
+            lines.push_back(std::to_string(finding.line) + ": " + finding.text);
+        }
+        break;
+    }
+    return lines;
+}
+
 int lint(std::vector<std::string> const &files, bool isQuiet)
 {
     int code = exitClean;
     for (std::string const &name : files) {
         std::ifstream file(name, std::ios::binary);
-        std::string const script{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+        std::string const text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
         if (!file) {
             std::fprintf(stderr, "qellint: cannot read %s\n", name.c_str());
             return exitUnread;
         }
-        for (Finding const &finding : checkParticleScript(script)) {
+        for (std::string const &finding : findingsOf(name, text)) {
             if (!isQuiet) {
-                std::printf("%s:%u: %s\n", name.c_str(), finding.line, finding.text.c_str());
+                std::printf("%s:%s\n", name.c_str(), finding.c_str());
             }
             code = exitFindings;
         }
@@ -102,8 +133,9 @@ int main(int argc, char **argv)
     std::vector<std::string> files;
     std::vector<std::string> plugins;
     bool isQuiet = false;
-    CLI::App app("Checks particle scripts and says file, line and what is wrong.", "qellint");
-    auto *const scripts = app.add_option("FILE", files, "Scripts");
+    CLI::App app("Checks particle scripts, models and animations and says file, line and what is wrong.",
+                 "qellint");
+    auto *const scripts = app.add_option("FILE", files, "Scripts, models, animations");
     app.add_option("--plugin", plugins, "Plugins that bring the types; plugin_particlefx if none is named")
         ->type_name("FILE")
         ->allow_extra_args(false);
