@@ -84,7 +84,7 @@ void ParticleEmitter::genEmissionDirection(D3DXVECTOR3 &out)
         perp = cross(out, {0, 1, 0});
     }
     D3DXVec3Normalize(&perp, &perp);
-    float const deviation = emissionAngleMin + cRand::mt.Random01() * (emissionAngle - emissionAngleMin);
+    float const deviation = draw(emissionAngleMin, emissionAngle);
     D3DXMATRIX tilt;
     D3DXMatrixRotationAxis(&tilt, &perp, deviation);
     D3DXMATRIX spin;

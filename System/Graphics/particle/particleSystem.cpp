@@ -323,9 +323,20 @@ void ParticleSystem::setEmitterData(PoolBlk const *data)
     }
 }
 
+// Ahead of making one, so that none is lost for lack of memory; in steps that keep many of them cheap.
+void ParticleSystem::makeRoomForAffector()
+{
+    if (affectors.size() == affectors.capacity()) {
+        affectors.reserve(2 * affectors.size() + 8);
+    }
+}
+
 ParticleAffector *ParticleSystem::addAffector(String const &type)
 {
-    affectors.reserve(affectors.size() + 1);
+    if (affectors.size() == mostAffectors) {
+        return nullptr;
+    }
+    makeRoomForAffector();
     ParticleAffector *const affector = ParticleSystemMgr::Instance()._createAffector(type);
     if (affector != nullptr) {
         affectors.push_back(affector);

@@ -40,8 +40,8 @@ class ParticleEmitterFactory;
 /// }
 /// @endcode
 ///
-/// @par Limits     255 emitters. A pool of more than mostParticles is never made: such a system emits
-/// nothing.
+/// @par Limits     255 emitters, 65 535 affectors. A pool of more than mostParticles is never made: such a
+/// system emits nothing.
 /// @par Ownership  Owns emitters and affectors, and gives them back to their factories.
 /// @par Threads    Belongs to the thread of the frame loop. Emitters, affectors and callbacks must not reset,
 ///                 assign or destroy the system that calls them; a quota that they set counts when the update
@@ -50,6 +50,7 @@ class QEL_API ParticleSystem : public StringInterface {
 public:
     static constexpr unsigned int mostParticles = 1u << 24;
     static constexpr unsigned int mostEmitters = 255;
+    static constexpr unsigned int mostAffectors = 65535;
 
     ParticleSystem();
     explicit ParticleSystem(String const &systemName);
@@ -144,7 +145,8 @@ public:
     void removeAllEmitters();                 ///< destroys them; affectors stay
     void setEmitterData(PoolBlk const *data); ///< passed on to every emitter
 
-    /// @return the new affector, owned by the system; null if the factory makes none
+    /// @return the new affector, owned by the system; null if the factory makes none or there are 65 535
+    /// already
     /// @throws Exception number 4 for an unknown type
     ParticleAffector *addAffector(String const &type);
     ParticleAffector *getAffector(unsigned short i) const;    ///< null if there is no such affector
@@ -217,6 +219,7 @@ protected:
 private:
     void makePool();
     void freePool();
+    void makeRoomForAffector();
     void compact();
     bool takeOut(unsigned int i, bool destroy);
     void noteEmitter(ParticleEmitter const &emitter);

@@ -291,7 +291,15 @@ ParticleSystem *ParticleSystemMgr::getTemplate(String const &name)
 
 void ParticleSystemMgr::addTemplate(String const &name, ParticleSystem const &system)
 {
-    templates[name] = system;
+    auto const [place, isNew] = templates.try_emplace(name);
+    try {
+        place->second = system;
+    } catch (...) {
+        if (isNew) {
+            templates.erase(place); // a type is not registered any more: no template rather than half of one
+        }
+        throw;
+    }
 }
 
 ParticleSystem *ParticleSystemMgr::createTemplate(String const &name)

@@ -95,9 +95,12 @@ ParticleSystem::ParticleSystem(cFile &file)
         count = 0;
         file.read_32(count);
         for (; count != 0 && file.read_string(type); --count) {
-            affectors.reserve(affectors.size() + 1);
-            if (ParticleAffector *const affector = manager._createAffector(type, file)) {
+            makeRoomForAffector();
+            ParticleAffector *const affector = manager._createAffector(type, file);
+            if (affector != nullptr && affectors.size() < mostAffectors) {
                 affectors.push_back(affector);
+            } else {
+                manager._destroyAffector(affector);
             }
         }
     } catch (...) {

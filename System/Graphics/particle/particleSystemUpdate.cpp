@@ -244,9 +244,10 @@ void ParticleSystem::_moveParticles(D3DXVECTOR3 const &delta)
 
 void ParticleSystem::_triggerEmitters(float dt)
 {
-    m_counts.resize(emitters.size());
+    m_counts.assign(emitters.size(), 0);
     std::uint64_t sum = 0;
-    for (std::size_t i = 0; i < m_counts.size(); ++i) {
+    // What is called here may take emitters and affectors away, and add affectors.
+    for (std::size_t i = 0; i < m_counts.size() && i < emitters.size(); ++i) {
         ParticleEmitter &emitter = *emitters[i];
         float const delay = emitter.getStartDelay();
         if (delay > 0) {
@@ -262,7 +263,6 @@ void ParticleSystem::_triggerEmitters(float dt)
             count = static_cast<unsigned short>(std::uint64_t{count} * quota / sum);
         }
     }
-    // A callback may have taken emitters away.
     for (std::size_t i = 0; i < m_counts.size() && i < emitters.size(); ++i) {
         unsigned int const count = m_counts[i];
         for (unsigned int j = 0; j < count && i < emitters.size(); ++j) {
@@ -273,7 +273,8 @@ void ParticleSystem::_triggerEmitters(float dt)
             D3DXVECTOR3 const offset = motion * (static_cast<float>(j) / static_cast<float>(count));
             emitters[i]->_initParticle(particle, offset);
             particle->emitterId = static_cast<std::uint8_t>(i);
-            for (ParticleAffector *const affector : affectors) {
+            for (std::size_t k = 0; k < affectors.size(); ++k) {
+                ParticleAffector *const affector = affectors[k];
                 unsigned char const on = affector->getOnEmitter();
                 if (on == i || on == Particle::allEmitters) {
                     affector->_initParticle(particle, offset);
@@ -285,8 +286,8 @@ void ParticleSystem::_triggerEmitters(float dt)
 
 void ParticleSystem::_triggerAffectors(float dt)
 {
-    for (ParticleAffector *const affector : affectors) {
-        affector->_affect(this, dt);
+    for (std::size_t k = 0; k < affectors.size(); ++k) {
+        affectors[k]->_affect(this, dt);
     }
 }
 
