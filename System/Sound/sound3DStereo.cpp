@@ -37,6 +37,7 @@ iSound3DStereo::~iSound3DStereo()
     // Streams live on until their next turn, but what they play does not.
     for (iSoundVorbis *const stream : {m_leftStream, m_rightStream, m_lfeStream}) {
         if (stream != nullptr) {
+            stream->setStandAlone(); // so that the next pass takes it
             stream->close();
             stream->_forget(stream->getChannel());
         }
@@ -73,6 +74,7 @@ bool iSound3DStereo::open(iSoundSource *source, iSoundChannel *left, iSoundChann
         m_lfeSource.setResourceName(source->getCompanionName());
         m_lfeSource.setData(companion, size);
         m_lfeSource.setLFEOnly();
+        m_lfeSource.force2D(); // its voice is one of the 2D channels, and goes back to those
     }
     if (source->is2DForced()) {
         m_leftSource.setFrontLeftOnly();

@@ -12,6 +12,7 @@ iSound3DSubwoofer::~iSound3DSubwoofer()
     // Streams live on until their next turn, but what they play does not.
     for (iSoundVorbis *const stream : {m_mainStream, m_lfeStream}) {
         if (stream != nullptr) {
+            stream->setStandAlone(); // so that the next pass takes it
             stream->close();
             stream->_forget(stream->getChannel());
         }
@@ -43,6 +44,7 @@ bool iSound3DSubwoofer::open(iSoundSource *source, iSoundChannel *main, iSoundCh
     m_lfeSource.setResourceName(source->getCompanionName());
     m_lfeSource.setData(companion, size);
     m_lfeSource.setLFEOnly();
+    m_lfeSource.force2D(); // its voice is one of the 2D channels, and goes back to those
     if (hasStreams()) {
         auto const openStream = [](iSoundVorbis *stream, iSoundSource &from, iSoundChannel *channel) {
             if (!stream->open(&from, channel)) {

@@ -59,6 +59,11 @@ void iSoundClip::_forget(iSoundChannel const *gone)
     if (channel == gone) {
         channel = nullptr;
         m_lostChannel = true;
+        // The source is the game's again.
+        if (source != nullptr) {
+            source->resetStream();
+            source = nullptr;
+        }
     }
 }
 
@@ -68,7 +73,9 @@ void iSoundClip::close()
         stop(0);
         ring.close();
         channel = nullptr;
-        source->resetStream();
+        if (source != nullptr) {
+            source->resetStream();
+        }
     }
     source = nullptr;
     opened = false;
@@ -91,7 +98,7 @@ bool iSoundClip::alreadyPlayed() const
 
 bool iSoundClip::play()
 {
-    if (!opened || isPlaying()) {
+    if (!opened || m_lostChannel || isPlaying()) {
         return false;
     }
     if (!dataReady) {

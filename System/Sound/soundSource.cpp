@@ -84,8 +84,10 @@ void iSoundSource::setCompanionData(unsigned char *newData, unsigned int size)
 
 void iSoundSource::_stripData(unsigned char *payload, unsigned int size)
 {
-    m_image = data;
-    m_imageSize = dataSize;
+    if (m_image == nullptr || data != m_stripped) { // a second strip is of the same image
+        m_image = data;
+        m_imageSize = dataSize;
+    }
     m_stripped = data = payload;
     dataSize = size;
 }

@@ -108,6 +108,10 @@ private:
     bool rewindOrEnd();
 
     std::unique_ptr<Decoder> m_decoder;
+    bool m_hasAdvanced = false; // since the start or the last round
+    std::uint32_t m_lastId = 0; // of the source, when the channel was given back
+
+protected:
     iSoundSystem *system;
     iSoundChannel *channel = nullptr;
     bool opened = false;
@@ -123,8 +127,6 @@ private:
     bool rear = true;
     bool centerLFE = true;
     float time = 0.0f;
-    bool m_hasAdvanced = false; // since the start or the last round
-    std::uint32_t m_lastId = 0; // of the source, when the channel was given back
 };
 
 #pragma GCC diagnostic pop

@@ -178,7 +178,7 @@ TEST(MD5Loader, ReadsGroupsByPositionAndPassesOverTheRest)
                        {"first", 4, {0, 1, 0}},
                        {"middle", 3, {0, 0, 4}},
                        {"last", 0, {-1, 0.5f, -20}}};
-    for (int i = 0; i < 4; ++i) {
+    for (std::size_t i = 0; i < 4; ++i) {
         SCOPED_TRACE(i);
         EXPECT_EQ(mesh.bones[i].name, bones[i].name);
         EXPECT_EQ(mesh.bones[i].parentIndex, bones[i].parentIndex);
@@ -213,7 +213,7 @@ TEST(MD5Loader, ReadsGroupsByPositionAndPassesOverTheRest)
     EXPECT_EQ(anim.getStartTime(), -1) << "the channel that is not in the list does not count";
     EXPECT_EQ(anim.getEndTime(), 3.5f);
     std::uint32_t const attributes[] = {0, 1, 2, 3, 3, 4, 4, 0, 5};
-    for (int i = 0; i < 9; ++i) {
+    for (std::size_t i = 0; i < 9; ++i) {
         EXPECT_EQ(anim.channels[i].attribute, attributes[i]) << i;
     }
     EXPECT_EQ(anim.channels[8].stringCount, 3);

@@ -156,7 +156,7 @@ TEST_F(EmitterTest, KeepsPairsAndDirectionsAsItsSettersSay)
 // A callback moves the emitter for each particle, before size and frame are drawn.
 TEST_F(EmitterTest, AsksTheCallbackFirst)
 {
-    struct Mover : ParticleEmitterCallback {
+    struct Mover final : ParticleEmitterCallback {
         unsigned drawn = 0;
         void updatePosition(D3DXVECTOR3 &position) override
         {
