@@ -5,15 +5,15 @@ set -euo pipefail
 packages=(
     g++ cmake ninja-build pkg-config    # build
     zlib1g-dev libvorbis-dev            # the library itself
-    zlib1g-dev libfreetype-dev libfontconfig1-dev # the library itself
+    libfreetype-dev libfontconfig1-dev
     fonts-dejavu-core                   # tests of fonts
     libzip-dev                          # plugin for zip archives
-    python3                             # the sample host's media
+    python3                             # rules of the tree, the sample host's media
     libpng-dev                          # pictures of tools and hosts
     libcli11-dev libedit-dev            # command lines of hosts and tools, the host's console
     libgtest-dev                        # tests
     clang-format-14 clang-tidy-14       # checks of the sources
-    doxygen python3                     # reference of the headers, rules of the tree
+    doxygen                             # reference of the headers
     clang-14 libclang-rt-14-dev         # second compiler, fuzzers
     libbenchmark-dev                    # benchmarks, and the peers in them:
     libabsl-dev
