@@ -114,6 +114,7 @@
 #include "System/Sound/soundSystemFactory.h"
 #include "System/Sound/soundSystemManager.h"
 #include "System/Sound/soundSystemTypes.h"
+#include "System/Sound/soundVoices.h"
 #include "System/Sound/soundVorbis.h"
 #include "System/Sound/stereoCalc.h"
 #include "System/System/Root.h"

@@ -1,47 +1,13 @@
 #include "System/Sound/sound3DStereo.h"
 
-#include "System/Sound/soundChannel.h"
-#include "System/Sound/soundSystem.h"
-#include "System/Sound/soundVorbis.h"
 #include "System/Sound/stereoCalc.h"
 
 namespace Qel {
 
-namespace {
-
-bool openStream(iSoundVorbis *stream, iSoundSource &source, iSoundChannel *channel)
-{
-    if (!stream->open(&source, channel)) {
-        return false;
-    }
-    stream->resetStandAlone();
-    stream->_prefill();
-    return true;
-}
-
-bool isOver(iSoundVorbis const *stream)
-{
-    return stream->getChannel() == nullptr || stream->getChannel()->isFinished();
-}
-
-bool isOver(iSoundChannel const *channel)
-{
-    return channel != nullptr && channel->isFinished();
-}
-
-} // namespace
-
 iSound3DStereo::~iSound3DStereo()
 {
     iSound3DStereo::close();
-    // Streams live on until their next turn, but what they play does not.
-    for (iSoundVorbis *const stream : {m_leftStream, m_rightStream, m_lfeStream}) {
-        if (stream != nullptr) {
-            stream->setStandAlone(); // so that the next pass takes it
-            stream->close();
-            stream->_forget(stream->getChannel());
-        }
-    }
+    m_voices.letGo();
     parent = nullptr;
 }
 
@@ -58,63 +24,30 @@ bool iSound3DStereo::open(iSoundSource *source, iSoundChannel *left, iSoundChann
         source->force2D();
     }
     parent = source;
-    m_hasLost = false;
-    m_leftSource = m_rightSource = m_lfeSource = *source;
-    m_left = left;
-    m_right = right;
-    m_lfe = lfe;
-    m_leftStream = leftStream;
-    m_rightStream = rightStream;
-    m_lfeStream = lfeStream;
-    unsigned int size = 0;
-    unsigned char *const companion = source->getCompanionData(size);
-    m_rightSource.setResourceName(source->getCompanionName());
-    m_rightSource.setData(companion, size);
-    if (lfe != nullptr) {
-        m_lfeSource.setResourceName(source->getCompanionName());
-        m_lfeSource.setData(companion, size);
-        m_lfeSource.setLFEOnly();
-        m_lfeSource.force2D(); // its voice is one of the 2D channels, and goes back to those
-    }
+    m_leftSource = *source;
+    SoundVoices::makeCompanion(m_rightSource, *source);
+    SoundVoices::makeSubwoofer(m_lfeSource, *source);
     if (source->is2DForced()) {
         m_leftSource.setFrontLeftOnly();
         m_rightSource.setFrontRightOnly();
     }
-    if (hasStreams()) {
-        opened = openStream(leftStream, m_leftSource, left) &&
-                 openStream(rightStream, m_rightSource, right) &&
-                 (lfeStream == nullptr || openStream(lfeStream, m_lfeSource, lfe));
-    } else {
-        opened = left->init(&m_leftSource) && right->init(&m_rightSource) &&
-                 (lfe == nullptr || lfe->init(&m_lfeSource));
-    }
+    m_voices.set({{{left, leftStream, &m_leftSource},
+                   {right, rightStream, &m_rightSource},
+                   {lfe, lfeStream, &m_lfeSource}}});
+    opened = m_voices.open();
     return opened;
 }
 
 void iSound3DStereo::close()
 {
     stop(0);
-    if (m_isCounted) {
-        parent->setStopped();
-        m_isCounted = false;
-    }
+    m_voices.setStopped(parent);
     opened = false;
 }
 
 bool iSound3DStereo::play()
 {
-    if (!opened) {
-        return false;
-    }
-    bool const isPlaying = hasStreams() ? m_leftStream->play() && m_rightStream->play() &&
-                                              (m_lfeStream == nullptr || m_lfeStream->play())
-                                        : m_left != nullptr && m_right != nullptr && m_left->play(0) &&
-                                              m_right->play(0) && (m_lfe == nullptr || m_lfe->play(0));
-    if (isPlaying && !m_isCounted) {
-        m_isCounted = true;
-        parent->setPlaying(); // once for all voices
-    }
-    return isPlaying;
+    return opened && m_voices.play(*parent);
 }
 
 void iSound3DStereo::updateLeftRightPos(cStereoCalc *calc)
@@ -126,9 +59,12 @@ void iSound3DStereo::updateLeftRightPos(cStereoCalc *calc)
     D3DXVECTOR3 left;
     D3DXVECTOR3 right;
     calc->getPositions(params.position, left, right);
+    // The loops that are left are each voice's own: the parent's stand where they began.
     params.position = left;
+    params.currentLoop = m_leftSource.getCurrentLoop();
     m_leftSource.setSoundParams(params, true);
     params.position = right;
+    params.currentLoop = m_rightSource.getCurrentLoop();
     if (left.x == right.x && left.y == right.y && left.z == right.z) {
         params.volume1 = 0.0f; // one point: the left voice carries the sound alone
     }
@@ -141,11 +77,7 @@ void iSound3DStereo::update(float dt, cStereoCalc *calc)
         return;
     }
     updateLeftRightPos(calc);
-    for (iSoundVorbis *const stream : {m_leftStream, m_rightStream, m_lfeStream}) {
-        if (stream != nullptr) {
-            stream->update(dt);
-        }
-    }
+    m_voices.update(dt);
     if (isFinished()) {
         close();
     }
@@ -153,56 +85,14 @@ void iSound3DStereo::update(float dt, cStereoCalc *calc)
 
 void iSound3DStereo::stop(unsigned int ms)
 {
-    if (system == nullptr) {
-        return;
-    }
-    if (hasStreams()) {
-        for (iSoundVorbis *const stream : {m_leftStream, m_rightStream, m_lfeStream}) {
-            if (stream != nullptr) {
-                stream->stop(ms);
-            }
-        }
-        return;
-    }
-    for (iSoundChannel *const channel : {m_left, m_right, m_lfe}) {
-        if (channel != nullptr) {
-            system->stopChannel(channel->getIndex(), ms);
-        }
-    }
-}
-
-void iSound3DStereo::_forget(iSoundChannel const *gone)
-{
-    for (iSoundChannel **const channel : {&m_left, &m_right, &m_lfe}) {
-        if (*channel == gone) {
-            *channel = nullptr;
-            m_hasLost = true;
-        }
-    }
-}
-
-void iSound3DStereo::_forget(iSoundVorbis const *gone)
-{
-    for (iSoundVorbis **const stream : {&m_leftStream, &m_rightStream, &m_lfeStream}) {
-        if (*stream == gone) {
-            *stream = nullptr;
-            m_hasLost = true;
-        }
+    if (system != nullptr) {
+        m_voices.stop(*system, ms);
     }
 }
 
 bool iSound3DStereo::isFinished() const
 {
-    if (m_hasLost) {
-        return true;
-    }
-    if (hasStreams()) {
-        if (isOver(m_leftStream) || isOver(m_rightStream)) {
-            return true;
-        }
-        return m_lfeStream != nullptr && m_lfeStream->isEOFReached() && m_lfeStream->isFinished();
-    }
-    return isOver(m_left) || isOver(m_right) || isOver(m_lfe);
+    return m_voices.isFinished();
 }
 
 unsigned int iSound3DStereo::getUniqueID() const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "System/Sound/soundSource.h"
+#include "System/Sound/soundVoices.h"
 #include "System/System/export.h"
 
 namespace Qel {
@@ -36,36 +37,25 @@ public:
     virtual void update(float dt, cStereoCalc *calc);
     virtual void stop(unsigned int ms);
     virtual bool isFinished() const;
-    virtual iSoundVorbis *getLeftVorbis() const { return m_leftStream; }
-    virtual iSoundVorbis *getRightVorbis() const { return m_rightStream; }
-    virtual iSoundVorbis *getLFEVorbis() const { return m_lfeStream; }
+    virtual iSoundVorbis *getLeftVorbis() const { return m_voices.voices[0].stream; }
+    virtual iSoundVorbis *getRightVorbis() const { return m_voices.voices[1].stream; }
+    virtual iSoundVorbis *getLFEVorbis() const { return m_voices.voices[2].stream; }
     virtual unsigned int getUniqueID() const;    ///< the parent's
     virtual unsigned char getSoundGroup() const; ///< the parent's
     virtual float getMinDistance() const;        ///< the parent's
     virtual float getMaxDistance() const;        ///< the parent's
 
-    void _forget(iSoundChannel const *gone); ///< it is not this sound's any more, which ends the sound
-    void _forget(iSoundVorbis const *gone);
+    void _forget(iSoundChannel const *gone) { m_voices.forget(gone); } ///< not this sound's any more: it ends
+    void _forget(iSoundVorbis const *gone) { m_voices.forget(gone); }
 
 protected:
-    bool hasStreams() const { return m_leftStream != nullptr && m_rightStream != nullptr; }
-
     iSoundSystem *system;
     iSoundSource *parent = nullptr; ///< the game's
-    iSoundChannel *m_left = nullptr;
-    iSoundChannel *m_right = nullptr;
-    iSoundChannel *m_lfe = nullptr;
-    iSoundVorbis *m_leftStream = nullptr;
-    iSoundVorbis *m_rightStream = nullptr;
-    iSoundVorbis *m_lfeStream = nullptr;
+    SoundVoices m_voices;           ///< left, right, subwoofer
     bool opened = false;
     iSoundSource m_leftSource; ///< what the channels play
     iSoundSource m_rightSource;
     iSoundSource m_lfeSource;
-
-private:
-    bool m_isCounted = false; // as a play of its parent
-    bool m_hasLost = false;   // a voice
 };
 
 } // namespace Qel

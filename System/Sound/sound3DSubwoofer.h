@@ -1,6 +1,7 @@
 #pragma once
 
 #include "System/Sound/soundSource.h"
+#include "System/Sound/soundVoices.h"
 #include "System/System/export.h"
 
 namespace Qel {
@@ -29,29 +30,20 @@ public:
     virtual void update(float dt);
     virtual void stop(unsigned int ms);
     virtual bool isFinished() const;
-    virtual iSoundVorbis *getVorbis() const { return m_mainStream; }
-    virtual iSoundVorbis *getLFEVorbis() const { return m_lfeStream; }
+    virtual iSoundVorbis *getVorbis() const { return m_voices.voices[0].stream; }
+    virtual iSoundVorbis *getLFEVorbis() const { return m_voices.voices[1].stream; }
     virtual unsigned int getUniqueID() const;    ///< the parent's
     virtual unsigned char getSoundGroup() const; ///< the parent's
 
-    void _forget(iSoundChannel const *gone); ///< it is not this sound's any more, which ends the sound
-    void _forget(iSoundVorbis const *gone);
+    void _forget(iSoundChannel const *gone) { m_voices.forget(gone); } ///< not this sound's any more: it ends
+    void _forget(iSoundVorbis const *gone) { m_voices.forget(gone); }
 
 protected:
-    bool hasStreams() const { return m_mainStream != nullptr && m_lfeStream != nullptr; }
-
     iSoundSystem *system;
     iSoundSource *parent = nullptr; ///< the game's
-    iSoundChannel *m_main = nullptr;
-    iSoundChannel *m_lfe = nullptr;
-    iSoundVorbis *m_mainStream = nullptr;
-    iSoundVorbis *m_lfeStream = nullptr;
+    SoundVoices m_voices;           ///< main, subwoofer
     bool opened = false;
     iSoundSource m_lfeSource; ///< what the subwoofer plays
-
-private:
-    bool m_isCounted = false; // as a play of its parent
-    bool m_hasLost = false;   // a voice
 };
 
 } // namespace Qel

@@ -164,6 +164,13 @@ protected:
     float fadeSpeed = 0.0f;
     float lowPass = 0.0f;
     String typeText;
+
+private:
+    friend class iSoundSystem;
+
+    enum class Home : std::uint8_t { UNKNOWN, LIST_3D, LIST_2D51 };
+
+    Home m_home = Home::UNKNOWN; // the free list that the system took it from
 };
 
 } // namespace Qel

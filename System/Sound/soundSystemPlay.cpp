@@ -300,6 +300,7 @@ iSoundChannel *iSoundSystem::getFreeChannel(bool want3D)
         }
         iSoundChannel *const channel = free3DChannels.front();
         free3DChannels.pop_front();
+        channel->m_home = iSoundChannel::Home::LIST_3D;
         return channel;
     }
     if (free2D51Channels.empty()) {
@@ -310,6 +311,7 @@ iSoundChannel *iSoundSystem::getFreeChannel(bool want3D)
     }
     iSoundChannel *const channel = free2D51Channels.front();
     free2D51Channels.pop_front();
+    channel->m_home = iSoundChannel::Home::LIST_2D51;
     return channel;
 }
 

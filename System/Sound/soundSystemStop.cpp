@@ -143,7 +143,14 @@ bool iSoundSystem::stopChannel(unsigned int index, unsigned int ms)
     if (ms != 0 && !paused) {
         return true; // it stays until it has finished
     }
-    if (channel->hasDuckingRequest()) {
+    // The voices of one sound have asked for ducking once.
+    bool const isLastRequester =
+        channel->hasDuckingRequest() &&
+        std::none_of(channelTable.begin(), channelTable.end(), [channel](iSoundChannel const *other) {
+            return other != nullptr && other != channel && other->hasDuckingRequest() &&
+                   other->getUniqueID() == channel->getUniqueID();
+        });
+    if (isLastRequester) {
         duckingCounter -= duckingCounter != 0;
         if (LogManager::checkDefLogLevel(1)) {
             LogManager::defLevelMessage("iSoundSystem::stopChannel(): duckingcounter--\n");
@@ -152,7 +159,10 @@ bool iSoundSystem::stopChannel(unsigned int index, unsigned int ms)
     }
     channelTable[index] = nullptr;
     bool const isCrossfade = isCrossfadeChannel(channel);
-    bool const is3D = channel->is3DChannel();
+    // A 3D channel may have played what has no place: where it came from counts.
+    bool const is3D = channel->m_home == iSoundChannel::Home::UNKNOWN
+                          ? channel->is3DChannel()
+                          : channel->m_home == iSoundChannel::Home::LIST_3D;
     release(*channel);
     if (!isCrossfade) { // one that is stays where it is, for the next voice that is stolen
         (is3D ? free3DChannels : free2D51Channels).push_back(channel);

@@ -93,6 +93,31 @@ TEST_F(Sound3D, APairFollowsItsParentAndEndsTogether)
     EXPECT_EQ(system.all().size(), 3u);
 }
 
+// Two channels in a file are no place: the voice is not one in 3D, but the list that it came from is.
+TEST_F(Sound3D, VoicesKeepTheirLoopsTheirListAndOneRequestOfAPair)
+{
+    ASSERT_TRUE(system.start(3, 0, 1));
+    sound->getSoundParams().set(SOUNDFLAG_DUCKING_REQUEST, true);
+    Sound requester(7);
+    requester.at(1);
+    requester->getSoundParams().set(SOUNDFLAG_DUCKING_REQUEST, true);
+    ASSERT_TRUE(system.play(requester));
+    sound->set3DStereo();
+    sound.data[22] = 2; // channels, in the head of the file
+    sound->getSoundParams().loopCount = sound->getSoundParams().currentLoop = 3;
+    ASSERT_TRUE(system.play(sound));
+    ASSERT_FALSE(system.channel(2)->is3DChannel());
+    system.channel(2)->getSoundSource()->decCurrentLoop();
+    system.update(0.01f);
+    EXPECT_EQ(system.channel(2)->getSoundSource()->getCurrentLoop(), 2);
+    EXPECT_EQ(system.channel(3)->getSoundSource()->getCurrentLoop(), 3);
+    system.stop(sound, 0);
+    EXPECT_TRUE(system.isDuckingRequested()) << "one sound that asks is left";
+    EXPECT_EQ(system.free3DChannels.size(), 2u);
+    system.stop(requester, 0);
+    EXPECT_FALSE(system.isDuckingRequested());
+}
+
 TEST_F(Sound3D, APairIn2DKeepsToTheFrontSpeakers)
 {
     ASSERT_TRUE(system.start(2, 0, 2, true));

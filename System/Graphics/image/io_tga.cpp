@@ -36,6 +36,23 @@ void skipColorMap(ImageSource &source, sHeaderTGA const &header)
     source.skip(std::uint64_t{header.colorMapBits} / 8 * header.colorMapLength);
 }
 
+// The head, with the stream then behind the id.
+bool begin(ImageSource &source, sHeaderTGA &header)
+{
+    if (!source.read(header)) {
+        return false;
+    }
+    source.skip(header.idLength);
+    return true;
+}
+
+// Pixels as they lie in the file, which begins with the bottom row.
+void readBottomUp(ImageSource &source, cImage &image)
+{
+    source.read(image.getData(), packedSize(image));
+    image.mirrorVertical();
+}
+
 // Makes the canvas if the stream could fill it.
 bool makeCanvas(ImageSource const &source, cImage &image, ePixelFormat format, sHeaderTGA const &header,
                 cPalette const *palette)
@@ -104,10 +121,9 @@ int cIO_tga::read_type1(cFile &file, cImage &image)
 {
     ImageSource source(file);
     sHeaderTGA header;
-    if (file.size() == 0 || !source.read(header)) {
+    if (!begin(source, header)) {
         return 0;
     }
-    source.skip(header.idLength);
     unsigned char entries[sizeof(cPalette)] = {};
     std::uint64_t const mapSize = std::uint64_t{header.colorMapBits} / 8 * header.colorMapLength;
     source.read(entries, std::min<std::uint64_t>(mapSize, sizeof entries));
@@ -117,8 +133,7 @@ int cIO_tga::read_type1(cFile &file, cImage &image)
     if (!makeCanvas(source, image, PAL8, header, &palette)) {
         return 0;
     }
-    source.read(image.getData(), packedSize(image));
-    image.mirrorVertical();
+    readBottomUp(source, image);
     return 1;
 }
 
@@ -126,10 +141,9 @@ int cIO_tga::read_type2(cFile &file, cImage &image)
 {
     ImageSource source(file);
     sHeaderTGA header;
-    if (file.size() == 0 || !source.read(header)) {
+    if (!begin(source, header)) {
         return 0;
     }
-    source.skip(header.idLength);
     skipColorMap(source, header);
     ePixelFormat format;
     switch (header.bitsPerPixel) {
@@ -150,8 +164,7 @@ int cIO_tga::read_type2(cFile &file, cImage &image)
     if (!makeCanvas(source, image, format, header, &noColors)) {
         return 0;
     }
-    source.read(image.getData(), packedSize(image));
-    image.mirrorVertical();
+    readBottomUp(source, image);
     return 1;
 }
 
@@ -159,10 +172,9 @@ int cIO_tga::read_type3(cFile &file, cImage &image)
 {
     ImageSource source(file);
     sHeaderTGA header;
-    if (file.size() == 0 || !source.read(header)) {
+    if (!begin(source, header)) {
         return 0;
     }
-    source.skip(header.idLength);
     skipColorMap(source, header);
     if (!makeCanvas(source, image, A8B8G8R8, header, nullptr)) {
         return 0;
@@ -178,10 +190,9 @@ int cIO_tga::read_type10(cFile &file, cImage &image)
 {
     ImageSource source(file);
     sHeaderTGA header;
-    if (file.size() == 0 || !source.read(header)) {
+    if (!begin(source, header)) {
         return 0;
     }
-    source.skip(header.idLength);
     skipColorMap(source, header);
     if ((header.bitsPerPixel != 24 && header.bitsPerPixel != 32) ||
         !makeCanvas(source, image, header.bitsPerPixel == 24 ? B8G8R8 : X8B8G8R8, header, nullptr)) {

@@ -207,6 +207,28 @@ void readChannel(Reader &reader, MD5Anim &anim)
     reader.drop();
 }
 
+// Goes through a file's keywords: those that both formats have, and the format's own.
+template <class Target, class Group>
+bool readGroups(char const *path, Target &target, Group group)
+{
+    cFileTempMem file;
+    if (!file.open(path)) {
+        return false;
+    }
+    Reader reader(file);
+    while (reader.hasMore()) {
+        TextToken const keyword = reader.next();
+        if (keyword.isExactText("MD5Version")) {
+            target.version = reader.index();
+        } else if (keyword.isExactText("commandline")) {
+            target.commandLine = reader.text();
+        } else {
+            group(keyword, reader);
+        }
+    }
+    return true;
+}
+
 // Builds the text of a file. Numbers come as printf's %d and %f give them.
 class Writer {
 public:
@@ -240,18 +262,8 @@ private:
 
 void MD5Loader::loadModel(char const *path, MD5Mesh &mesh)
 {
-    cFileTempMem file;
-    if (!file.open(path)) {
-        return;
-    }
-    Reader reader(file);
-    while (reader.hasMore()) {
-        TextToken const keyword = reader.next();
-        if (keyword.isExactText("MD5Version")) {
-            mesh.version = reader.index();
-        } else if (keyword.isExactText("commandline")) {
-            mesh.commandLine = reader.text();
-        } else if (keyword.isExactText("numbones")) {
+    bool const isRead = readGroups(path, mesh, [&](TextToken const &keyword, Reader &reader) {
+        if (keyword.isExactText("numbones")) {
             reader.announced(mesh.bones, mostBones);
         } else if (keyword.isExactText("bone")) {
             readBone(reader, mesh);
@@ -260,31 +272,25 @@ void MD5Loader::loadModel(char const *path, MD5Mesh &mesh)
         } else if (keyword.isExactText("mesh")) {
             readMesh(reader, mesh);
         }
+    });
+    if (isRead) {
+        mesh.buildHierarchy();
+        mesh.defaultPose();
     }
-    mesh.buildHierarchy();
-    mesh.defaultPose();
 }
 
 void MD5Loader::loadAnim(char const *path, MD5Anim &anim)
 {
-    cFileTempMem file;
-    if (!file.open(path)) {
-        return;
-    }
-    Reader reader(file);
-    while (reader.hasMore()) {
-        TextToken const keyword = reader.next();
-        if (keyword.isExactText("MD5Version")) {
-            anim.version = reader.index();
-        } else if (keyword.isExactText("commandline")) {
-            anim.commandLine = reader.text();
-        } else if (keyword.isExactText("numchannels")) {
+    bool const isRead = readGroups(path, anim, [&](TextToken const &keyword, Reader &reader) {
+        if (keyword.isExactText("numchannels")) {
             reader.announced(anim.channels);
         } else if (keyword.isExactText("channel")) {
             readChannel(reader, anim);
         }
+    });
+    if (isRead) {
+        anim.precalc();
     }
-    anim.precalc();
 }
 
 void MD5Loader::saveModel(char const *path, MD5Mesh &mesh)
