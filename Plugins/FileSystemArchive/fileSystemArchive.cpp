@@ -20,26 +20,10 @@ void report(String const &text)
 
 } // namespace
 
-// A file that was kept open and not read tells that reads do not follow, as with a streamer, which looks up
-// many files before it reads the first.
-bool FolderContents::expectsRead(std::size_t at)
-{
-    os::RootedFile unread;
-    std::lock_guard const hold(lock);
-    if (foundAt != ArchiveIndex::npos) {
-        unread = std::move(found);
-        foundAt = ArchiveIndex::npos;
-        readsFollow = false;
-    }
-    lookedUp = at;
-    return readsFollow;
-}
-
 // The open file, if it is this one.
 os::RootedFile FolderContents::take(std::size_t at)
 {
     std::lock_guard const hold(lock);
-    readsFollow = readsFollow || lookedUp == at;
     if (foundAt != at) {
         return {};
     }
@@ -88,18 +72,16 @@ bool FileSystemArchive::checkEntry(FolderContents &contents, std::size_t at, Fil
     char const *const path = contents.pathOf(at);
     os::RootedFolder::Status status;
     os::RootedFile file;
-    bool const keep = info != nullptr && contents.expectsRead(at) && file.open(contents.folder, path, status);
-    if ((!keep && !contents.folder.stat(path, status)) || status.size >= tooLong) {
+    bool const isOpen = info != nullptr && file.open(contents.folder, path, status);
+    if ((!isOpen && !contents.folder.stat(path, status)) || status.size >= tooLong) {
         return false;
     }
     if (info != nullptr) {
         info->size = static_cast<std::uint32_t>(status.size);
         info->packedSize = info->size;
         info->modTime = status.modTime;
-    }
-    if (keep) {
         std::lock_guard const hold(contents.lock);
-        contents.found = std::move(file);
+        std::swap(contents.found, file);
         contents.foundAt = at;
     }
     return true;

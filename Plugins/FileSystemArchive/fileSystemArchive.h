@@ -14,15 +14,11 @@ struct FolderContents {
     Qel::ArchiveIndex index; // an entry's place is its path's
     std::string paths;       // as they are spelled on the disk
 
-    std::mutex lock; // over the rest
-    os::RootedFile found;
-    std::size_t foundAt = Qel::ArchiveIndex::npos;  // whose file is open
-    std::size_t lookedUp = Qel::ArchiveIndex::npos; // the last one
-    bool readsFollow = false;
+    std::mutex lock;      // over the rest
+    os::RootedFile found; // by the last lookup, for the read that mostly follows
+    std::size_t foundAt = Qel::ArchiveIndex::npos;
 
     char const *pathOf(std::size_t at) const { return paths.data() + index[at].place; }
-
-    bool expectsRead(std::size_t at);
     os::RootedFile take(std::size_t at);
 };
 
@@ -32,8 +28,7 @@ struct FolderContents {
 /// by an index that is made when it is loaded and by refresh(). What is known of a file's size and time is
 /// asked of the disk anew at each lookup.
 ///
-/// Where lookups are followed by reads, the file that a lookup finds stays open for the read. It is one at
-/// the most, and as soon as lookups come without reads it is none.
+/// The file that a lookup finds stays open for its read, until the next lookup.
 class FileSystemArchive : public Qel::tIndexedArchive<FolderContents> {
 public:
     explicit FileSystemArchive(char const *folderName);

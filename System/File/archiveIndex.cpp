@@ -85,24 +85,14 @@ std::size_t ArchiveIndex::find(HashConstCharPtr const &file) const
     if (file.text == nullptr) {
         return npos;
     }
-    // As in the containers' tables, names of one hash are halved where there is a crowd of them.
     HashIndex::Range const range = m_index.find(file.hash);
-    std::size_t first = range.first;
-    std::size_t last = range.last;
-    while (last - first > 8) {
-        std::size_t const middle = first + (last - first) / 2;
-        int const order = std::strcmp(nameOf(m_entries[middle]), file.text);
-        if (order == 0) {
-            return middle;
-        }
-        (order < 0 ? first : last) = order < 0 ? middle + 1 : middle;
-    }
-    for (; first != last; ++first) {
-        if (std::strcmp(nameOf(m_entries[first]), file.text) == 0) {
-            return first;
-        }
-    }
-    return npos;
+    auto const last = m_entries.begin() + static_cast<std::ptrdiff_t>(range.last);
+    auto const place = std::lower_bound(
+        m_entries.begin() + static_cast<std::ptrdiff_t>(range.first), last, file.text,
+        [this](Entry const &entry, char const *text) { return std::strcmp(nameOf(entry), text) < 0; });
+    return place != last && std::strcmp(nameOf(*place), file.text) == 0
+               ? static_cast<std::size_t>(place - m_entries.begin())
+               : npos;
 }
 
 std::size_t ArchiveIndex::find(FileInfo const &info) const

@@ -233,6 +233,7 @@ private:
     void release(cResource const &resource);
     void unloadLoaded(cResource &resource);
     void destroyRegistered(cResource &resource);
+    void unloadAndDestroyAnyway(cResource &resource);
     void vacate(std::uint32_t id);
     void letGo(cResource &resource);
     static bool isLiving(void const *manager);

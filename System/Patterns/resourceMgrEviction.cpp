@@ -249,19 +249,14 @@ void cResourceManager::letGo(cResource &resource)
 
 void cResourceManager::unloadAllResources()
 {
-    struct Place {
-        std::uint32_t id;
-        std::uint32_t registration;
-    };
-    std::vector<Place> places;
-    places.reserve(m_nameToId.size());
+    std::vector<Held> all;
+    all.reserve(m_nameToId.size());
     for (auto const &[key, id] : m_nameToId) {
-        places.push_back({id, m_slots[id].registration});
+        all.emplace_back(*this, *m_resources[id]);
     }
-    for (Place const &place : places) {
-        if (place.id < m_resources.size() && m_resources[place.id] != nullptr &&
-            m_slots[place.id].registration == place.registration) {
-            unloadLoaded(*m_resources[place.id]);
+    for (Held const &held : all) {
+        if (held.alive()) {
+            unloadLoaded(held.resource());
         }
     }
 }
@@ -293,25 +288,26 @@ bool cResourceManager::finish(cResource &resource)
             "cResourceManager::unloadAndDestroyAll - Resource is still in use. Name: %s\n",
             resource.name.c_str());
     }
+    unloadAndDestroyAnyway(resource);
+    return inUse;
+}
+
+// Whoever refers to it.
+void cResourceManager::unloadAndDestroyAnyway(cResource &resource)
+{
     Held const held(*this, resource);
     unloadLoaded(resource);
     if (held.alive()) {
         destroyRegistered(resource);
     }
-    return inUse;
 }
 
 void cResourceManager::destroyIf(std::function<bool(cResource const &)> const &test)
 {
     for (std::size_t id = 1; id < m_resources.size(); ++id) {
         cResource *const resource = m_resources[id];
-        if (resource == nullptr || !test(*resource)) {
-            continue;
-        }
-        Held const held(*this, *resource);
-        unloadLoaded(*resource);
-        if (held.alive()) {
-            destroyRegistered(*resource);
+        if (resource != nullptr && test(*resource)) {
+            unloadAndDestroyAnyway(*resource);
         }
     }
 }

@@ -40,17 +40,17 @@ struct iThread::Control : ThreadControl {
 
     // For the thread itself: those of the whole object, or, while nobody has said that it is whole, those
     // that it has at this moment.
-    Operations const &current(iThread *thread)
+    Operations current(iThread *thread) const
     {
         if (isOpen()) {
             return ofWhole;
         }
+        Operations ofNow;
         ofNow.resolve(thread);
         return ofNow;
     }
 
     Operations ofWhole; // found when the gate opens
-    Operations ofNow;
 };
 
 iThread::iThread(unsigned int stackSize)

@@ -18,18 +18,18 @@ struct ThreadTask::Control : ThreadControl {
 
     // For the thread itself: that of the whole object, or, while nobody has said that it is whole, the one
     // that it has at this moment.
-    Process const &current(ThreadTask *task)
+    Process current(ThreadTask *task) const
     {
         if (isOpen()) {
             return ofWhole;
         }
+        Process ofNow;
         ofNow.resolve(task, &ThreadTask::process);
         return ofNow;
     }
 
     Process none;    // what a class without one has in its place
     Process ofWhole; // found when the gate opens
-    Process ofNow;
 };
 
 ThreadTask::ThreadTask()
@@ -120,7 +120,7 @@ std::uint32_t ThreadTask::resume()
 
 bool ThreadTask::_process(Control &control, float dt)
 {
-    Control::Process const &process = control.current(this);
+    Control::Process const process = control.current(this);
     // Only a false is kept: a stop that came during the step must not be undone by its result. The class that
     // had a process() may be gone already, if nobody has stopped the thread before its destructor.
     if (m_info.running && process != control.none && !process(this, dt)) {

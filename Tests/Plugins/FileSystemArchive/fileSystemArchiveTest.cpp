@@ -175,7 +175,7 @@ TEST_F(FileSystemArchive, FollowsTheDisk)
     EXPECT_EQ(contentOf(archive, "0new"), "(none)");
 }
 
-// Reads that follow lookups make the archive keep what it has found open for the read.
+// The archive keeps what it has found open for the read.
 TEST_F(FileSystemArchive, ReadsAFileAsItWasFound)
 {
     iArchive &archive = media();
