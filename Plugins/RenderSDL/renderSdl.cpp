@@ -19,10 +19,17 @@ bool startVideo()
         return true;
     }
     report("there is no display");
-    SDL_SetHintWithPriority(SDL_HINT_VIDEODRIVER, "offscreen,dummy", SDL_HINT_OVERRIDE);
+    SDL_SetHintWithPriority(SDL_HINT_VIDEODRIVER, "dummy", SDL_HINT_OVERRIDE);
     bool const isStarted = SDL_InitSubSystem(SDL_INIT_VIDEO) == 0;
     SDL_ResetHint(SDL_HINT_VIDEODRIVER);
     return isStarted;
+}
+
+// Drivers without a screen are drawn on in software: a graphics library has nothing to show there.
+bool hasScreen()
+{
+    Qel::String const driver = SDL_GetCurrentVideoDriver();
+    return driver != "dummy" && driver != "offscreen";
 }
 
 SDL_Color colorOf(Qel::Color color)
@@ -59,7 +66,8 @@ bool RenderSdl::initialise(void *window, int width, int height, bool fullScreen)
     if (m_window != nullptr) {
         m_waits = waitForVerticalBlank;
         Uint32 const sync = m_waits ? Uint32{SDL_RENDERER_PRESENTVSYNC} : 0;
-        m_renderer = SDL_CreateRenderer(m_window, -1, SDL_RENDERER_ACCELERATED | sync);
+        m_renderer =
+            hasScreen() ? SDL_CreateRenderer(m_window, -1, SDL_RENDERER_ACCELERATED | sync) : nullptr;
         if (m_renderer == nullptr) {
             m_renderer = SDL_CreateRenderer(m_window, -1, SDL_RENDERER_SOFTWARE);
         }
