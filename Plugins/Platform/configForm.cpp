@@ -226,7 +226,7 @@ void ConfigForm::paintSizes(Canvas &canvas) const
         int const y = area.y + (area.h - thumb) * m_firstShown / (count - rowsShown);
         canvas.fill({area.x + area.w - 7, y, 6, thumb}, palette::edge);
     }
-    canvas.frame(area, m_focus == Sizes ? palette::focus : palette::edge);
+    canvas.frame(area, m_focus == Sizes ? palette::focus : palette::edge, m_focus == Sizes ? 2 : 1);
 }
 
 void ConfigForm::paintSwitch(Canvas &canvas, Field field, char const *words, bool isOn) const
@@ -237,7 +237,7 @@ void ConfigForm::paintSwitch(Canvas &canvas, Field field, char const *words, boo
     if (isOn) {
         canvas.fill({box.x + 5, box.y + 5, 10, 10}, palette::focus);
     }
-    canvas.frame(box, m_focus == field ? palette::focus : palette::edge);
+    canvas.frame(box, m_focus == field ? palette::focus : palette::edge, m_focus == field ? 2 : 1);
     canvas.text(box.x + box.w + 10, area.y + (area.h - canvas.lineHeight()) / 2, words, palette::text);
 }
 

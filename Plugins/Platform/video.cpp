@@ -4,11 +4,23 @@
 #include <iterator>
 #include <string_view>
 
+namespace {
+
+// A machine without a display is told from the names of display servers: looking for one would have the
+// libraries below complain on the error stream.
+bool mayStart()
+{
+    return SDL_WasInit(SDL_INIT_VIDEO) != 0 || SDL_getenv("DISPLAY") != nullptr ||
+           SDL_getenv("WAYLAND_DISPLAY") != nullptr;
+}
+
+} // namespace
+
 Video::Video()
 {
     // An interrupt ends the program as it would without us, and not whenever the queue is read next.
     SDL_SetHintWithPriority(SDL_HINT_NO_SIGNAL_HANDLERS, "1", SDL_HINT_DEFAULT);
-    m_isRunning = SDL_InitSubSystem(SDL_INIT_VIDEO) == 0;
+    m_isRunning = mayStart() && SDL_InitSubSystem(SDL_INIT_VIDEO) == 0;
 }
 
 Video::~Video()
