@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -26,7 +28,7 @@ public:
         name += std::to_string(display);
         setenv("DISPLAY", name.c_str(), 1);
         setenv("SDL_VIDEODRIVER", "x11", 1);
-        unsetenv("DBUS_SESSION_BUS_ADDRESS");
+        setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
     }
 
     ~XServer()
@@ -48,6 +50,12 @@ public:
     static bool xdotool(std::string const &what)
     {
         return std::system(("xdotool " + what + " >/dev/null").c_str()) == 0;
+    }
+
+    /// The same, without waiting for its end.
+    static void xdotoolLater(std::string const &what)
+    {
+        EXPECT_EQ(std::system(("timeout 60 xdotool " + what + " >/dev/null &").c_str()), 0);
     }
 
 private:
