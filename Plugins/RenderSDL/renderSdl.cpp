@@ -12,13 +12,16 @@ void report(char const *what)
     Qel::logMessage(Qel::String("RenderSDL: ") + what + ": " + SDL_GetError() + '\n', 3);
 }
 
-// The display's driver, else one without a screen.
+// The display's driver, else one without a screen. A machine without a display is told from the names of
+// display servers: looking for one would have the libraries below complain and keep memory.
 bool startVideo()
 {
-    if (SDL_InitSubSystem(SDL_INIT_VIDEO) == 0) {
+    bool const mayHaveDisplay = SDL_WasInit(SDL_INIT_VIDEO) != 0 || SDL_getenv("DISPLAY") != nullptr ||
+                                SDL_getenv("WAYLAND_DISPLAY") != nullptr ||
+                                SDL_getenv("SDL_VIDEODRIVER") != nullptr;
+    if (mayHaveDisplay && SDL_InitSubSystem(SDL_INIT_VIDEO) == 0) {
         return true;
     }
-    report("there is no display");
     SDL_SetHintWithPriority(SDL_HINT_VIDEODRIVER, "dummy", SDL_HINT_OVERRIDE);
     bool const isStarted = SDL_InitSubSystem(SDL_INIT_VIDEO) == 0;
     SDL_ResetHint(SDL_HINT_VIDEODRIVER);
