@@ -140,6 +140,12 @@ int showParticles(Options const &options)
     return 0;
 }
 
+int showSound(Options const &options)
+{
+    Qel::Root const root(options.pluginFile, options.logFile, true);
+    return playSoundScene(options.sound) ? 0 : 1;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -162,6 +168,9 @@ int main(int argc, char **argv)
         return fail("--console needs a terminal");
     }
     try {
+        if (options->sound.wanted) {
+            return showSound(*options);
+        }
         return options->particles ? showParticles(*options) : runEngine(*options);
     } catch (Qel::Exception const &exception) {
         return fail(exception.description.c_str());

@@ -83,6 +83,11 @@ std::optional<Options> readOptions(int argc, char **argv, int &exitCode)
                                          "--media, in place of the usual work");
     app.add_flag("--watch", options.watch, "Read particle scripts again when they are saved")
         ->needs(particles);
+    auto *const sound =
+        app.add_flag("--sound", options.sound.wanted, "Play a scene of sounds in place of the usual work");
+    app.add_option("--audio-file", options.sound.audioFile, "WAV file to render it into, unheard")
+        ->type_name("FILE")
+        ->needs(sound);
     try {
         app.parse(argc, argv);
         if (!options.screenshot.empty() && !options.particles && options.model.mesh.empty()) {
@@ -97,6 +102,7 @@ std::optional<Options> readOptions(int argc, char **argv, int &exitCode)
         options.media.folder.empty()
             ? (std::filesystem::path(argv[0]).parent_path() / "media" / "particles").string()
             : options.media.folder;
+    options.sound.folder = (std::filesystem::path(argv[0]).parent_path() / "media" / "scene").string();
     options.hasUserMedia = !options.media.folder.empty() || !options.media.zip.empty();
     if (!options.hasUserMedia) {
         options.media = usualMedia(argv[0]);

@@ -2,6 +2,7 @@
 
 #include "mediaJob.h"
 #include "modelScreen.h"
+#include "soundJob.h"
 
 #include <optional>
 #include <string>
@@ -17,6 +18,7 @@ struct Options {
     MediaPlaces media;          ///< those beside the program unless the user has some
     bool hasUserMedia = false;  ///< --media or --zip was given
     ModelRequest model;         ///< to be shown in place of all else
+    SoundRequest sound;         ///< the same
     bool particles = false;     ///< the particle screen in place of the usual work
     bool watch = false;         ///< read its scripts again when they are saved
     std::string screenshot;     ///< PNG file of the model or the last frame; empty for none

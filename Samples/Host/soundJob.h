@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+
+/// What the sound screen was asked to do.
+struct SoundRequest {
+    bool wanted = false;
+    std::string folder;    ///< of the scene's sounds
+    std::string audioFile; ///< WAV file to render the scene into, as fast as it goes; empty to hear it
+};
+
+/// Plays the scene through the back end "OPENAL", or "NULL" where there is none, and prints the voices of
+/// each second.
+/// @return false, with a line on the error stream, if the scene could not be played
+bool playSoundScene(SoundRequest const &request);
