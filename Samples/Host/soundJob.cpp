@@ -52,29 +52,34 @@ void play(SoundScene &scene, Qel::iSoundSystem &system, bool inRealTime)
 
 } // namespace
 
+Qel::iSoundSystem *openSound()
+{
+    auto &manager = Qel::SoundSystemManager::Instance();
+    for (char const *const type : {"OPENAL", "NULL"}) {
+        Qel::iSoundSystem *const system = manager.load(type, type, Qel::PRIORITY_MOST_URGENT);
+        for (Qel::eSoundCaps const caps : {Qel::SOUNDCAPS_51, Qel::SOUNDCAPS_STEREO}) {
+            Qel::sSoundSystemParams params;
+            params.soundCaps = caps;
+            params.num3DChannels = voices3D;
+            params.listenerMode = Qel::LISTENER_CAMERA;
+            if (system != nullptr && system->initSoundSystem(params)) {
+                return system;
+            }
+        }
+    }
+    fail("no sound", "the log says why");
+    return nullptr;
+}
+
 bool playSoundScene(SoundRequest const &request)
 {
     SoundScene scene(request.folder);
     if (!scene.isWhole()) {
         return fail("cannot read the sound", scene.missing().c_str());
     }
-    auto &manager = Qel::SoundSystemManager::Instance();
-    Qel::iSoundSystem *system = nullptr;
-    for (char const *const type : {"OPENAL", "NULL"}) {
-        system = system != nullptr ? system : manager.load(type, type, Qel::PRIORITY_MOST_URGENT);
-    }
+    Qel::iSoundSystem *const system = openSound();
     if (system == nullptr) {
-        return fail("there is no sound plugin", "OPENAL or NULL");
-    }
-    Qel::sSoundSystemParams params;
-    params.soundCaps = Qel::SOUNDCAPS_51;
-    params.num3DChannels = voices3D;
-    params.listenerMode = Qel::LISTENER_CAMERA;
-    if (!system->initSoundSystem(params)) {
-        params.soundCaps = Qel::SOUNDCAPS_STEREO;
-        if (!system->initSoundSystem(params)) {
-            return fail("no sound", "the log says why");
-        }
+        return false;
     }
     play(scene, *system, request.audioFile.empty());
     system->shutdownSoundSystem();

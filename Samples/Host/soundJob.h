@@ -2,6 +2,10 @@
 
 #include <string>
 
+namespace Qel {
+class iSoundSystem;
+}
+
 /// What the sound screen was asked to do.
 struct SoundRequest {
     bool wanted = false;
@@ -9,7 +13,10 @@ struct SoundRequest {
     std::string audioFile; ///< WAV file to render the scene into, as fast as it goes; empty to hear it
 };
 
-/// Plays the scene through the back end "OPENAL", or "NULL" where there is none, and prints the voices of
-/// each second.
+/// Starts the back end "OPENAL", or "NULL" where there is none, for the scene.
+/// @return the manager's; null, with a line on the error stream, if there is none or it does not start
+Qel::iSoundSystem *openSound();
+
+/// Plays the scene and prints the voices of each second.
 /// @return false, with a line on the error stream, if the scene could not be played
 bool playSoundScene(SoundRequest const &request);
