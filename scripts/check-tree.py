@@ -76,6 +76,7 @@ THIRD_PARTY = {
     "System/Codec/codecs/": "zlib.h",
     "System/Sound/": "vorbis/vorbisfile.h",
     "Plugins/Platform/": "SDL.h",
+    "Plugins/RenderSDL/": "SDL.h",
     "Plugins/ZipArchive/": "zip.h",
     "Samples/Host/": "CLI/CLI.hpp editline/readline.h png.h zip.h zlib.h",  # it lists zip files to play with
     "Samples/Host/terminalConsole.cpp": "poll.h termios.h unistd.h",  # the terminal is the host's, not the library's

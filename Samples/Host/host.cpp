@@ -126,6 +126,10 @@ int showParticles(Options const &options)
     if (screen.isEmpty()) {
         return fail("there are no particle scripts");
     }
+    if (options.watch) {
+        std::puts(screen.isWatching() ? "watching the scripts" : "the scripts cannot be watched");
+        std::fflush(stdout); // somebody waits for it
+    }
     screen.warmUp(ParticleScreen::richTime);
     FrameClock clock([] { return true; });
     root.addFrameListener(&clock);

@@ -67,11 +67,6 @@ ParticleScreen::ParticleScreen(std::string const &folder, bool isWatching)
     for (auto const &path : paths) {
         read(path);
     }
-    if (isWatching) {
-        std::printf(m_isWatching ? "watching %zu scripts\n" : "%zu scripts cannot be watched\n",
-                    paths.size());
-        std::fflush(stdout); // somebody waits for it
-    }
 }
 
 ParticleScreen::~ParticleScreen()

@@ -30,6 +30,7 @@ public:
     void print() const;
     Qel::cImage picture() const; ///< of all systems as they are now
     bool isEmpty() const { return m_shows.empty(); }
+    bool isWatching() const { return m_isWatching; } ///< false also where the folder cannot be watched
     std::size_t count() const { return m_shows.size(); }
     unsigned int liveParticles() const;
     double microsecondsOfAStep() const; ///< of all systems together, on average

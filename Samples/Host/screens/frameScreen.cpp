@@ -5,6 +5,7 @@
 #include "System/System/Root.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <numeric>
 
@@ -46,7 +47,9 @@ void FrameScreen::draw(Canvas &canvas, float x, float y, float w, float h)
         Qel::Color const color = times[i] > marks[3]   ? style::bad
                                  : times[i] > marks[2] ? style::warning
                                                        : style::good;
-        canvas.fill(x + bar * static_cast<float>(i), top + height * (1 - share), bar, height * share, color);
+        float const left = std::round(x + bar * static_cast<float>(i));
+        float const right = std::round(x + bar * static_cast<float>(i + 1));
+        canvas.fill(left, top + height * (1 - share), right - left, height * share, color);
     }
     for (float const mark : marks) {
         float const at = top + height * (1 - mark / most);
