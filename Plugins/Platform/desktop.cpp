@@ -14,6 +14,8 @@ class InstalledPump {
 public:
     InstalledPump()
     {
+        // An interrupt ends the program as it would without SDL, and not whenever the queue is read next.
+        SDL_SetHintWithPriority(SDL_HINT_NO_SIGNAL_HANDLERS, "1", SDL_HINT_DEFAULT);
         if (os::installedMessagePump() == nullptr) {
             os::setMessagePump(&m_pump);
         }

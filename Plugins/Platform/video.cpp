@@ -16,11 +16,8 @@ bool mayStart()
 
 } // namespace
 
-Video::Video()
+Video::Video() : m_isRunning(mayStart() && SDL_InitSubSystem(SDL_INIT_VIDEO) == 0)
 {
-    // An interrupt ends the program as it would without us, and not whenever the queue is read next.
-    SDL_SetHintWithPriority(SDL_HINT_NO_SIGNAL_HANDLERS, "1", SDL_HINT_DEFAULT);
-    m_isRunning = mayStart() && SDL_InitSubSystem(SDL_INIT_VIDEO) == 0;
 }
 
 Video::~Video()
