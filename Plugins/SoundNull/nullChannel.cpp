@@ -137,29 +137,15 @@ bool NullChannel::fillBuffer(unsigned int segmentBit, unsigned char const *, uns
     return true;
 }
 
-void NullChannel::moveFade(float dt)
-{
-    if (!isFadingUp() && !isFadingDown()) {
-        return;
-    }
-    bool const isDown = isFadingDown();
-    float const step = fadeSpeed < 0 ? 1.0f : fadeSpeed * dt;
-    m_volume = isDown ? std::max(m_volume - step, fadeTarget) : std::min(m_volume + step, fadeTarget);
-    if (m_volume == fadeTarget) {
-        resetFade();
-        if (isDown && stopAfterFade()) {
-            end(VoiceEvent::ended);
-        }
-    }
-}
-
 unsigned int NullChannel::update(float dt)
 {
     iSoundChannel::update(dt);
     if (!isChannelInited() || !m_isOn) {
         return 0;
     }
-    moveFade(dt);
+    if (moveFade(dt, m_volume)) {
+        end(VoiceEvent::ended);
+    }
     if (!isPlaying()) {
         return 0;
     }

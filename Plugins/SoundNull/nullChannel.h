@@ -30,7 +30,6 @@ private:
         double frames; // left to be played
     };
 
-    void moveFade(float dt);
     unsigned int playStream(double frames);
     void playData(double frames);
     void end(VoiceEvent event);

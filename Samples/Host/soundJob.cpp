@@ -5,6 +5,7 @@
 
 #include "System/Sound/soundSystem.h"
 #include "System/Sound/soundSystemManager.h"
+#include "System/System/consoleVar.h"
 
 #include <chrono>
 #include <cstdio>
@@ -76,6 +77,11 @@ bool playSoundScene(SoundRequest const &request)
     SoundScene scene(request.folder);
     if (!scene.isWhole()) {
         return fail("cannot read the sound", scene.missing().c_str());
+    }
+    auto &variables = Qel::ConsoleVar::Instance();
+    if (!request.audioFile.empty() &&
+        !variables.setConfigurable("openal.file", Qel::String(request.audioFile))) {
+        return fail("no plugin renders into a file", request.audioFile.c_str());
     }
     Qel::iSoundSystem *const system = openSound();
     if (system == nullptr) {

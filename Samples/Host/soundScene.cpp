@@ -20,7 +20,7 @@ constexpr float effectsStart = 15.0f;
 constexpr float effectsEnd = 25.0f;
 constexpr float fallStart = 29.0f;
 constexpr float fallEnd = 35.0f;
-D3DXVECTOR3 const fallPlace{20, 0, -30};
+D3DXVECTOR3 const fallPlace{20, 0, -500}; // a pair stands two hundred units apart
 
 float share(float time, float start, float end)
 {
@@ -93,6 +93,8 @@ SoundScene::SoundScene(std::string const &folder) : m_folder(folder)
     m_fall.setCompanionData(right.data(), static_cast<unsigned int>(right.size()));
     m_fall.set3DStereo();
     m_fall.getSoundParams().loopCount = 0;
+    m_fall.getSoundParams().minDistance = 200;
+    m_fall.getSoundParams().maxDistance = 700;
     m_fall.setPosition(fallPlace);
 
     prepare(m_horns, "horns.wav");
@@ -168,7 +170,7 @@ void SoundScene::moveAll(Qel::iSoundSystem &system)
     // Along the x axis among the effects, then to the waterfall and back.
     float const toFall = share(m_time, fallStart, (fallStart + fallEnd) / 2) -
                          share(m_time, (fallStart + fallEnd) / 2, fallEnd);
-    m_listener = {20 * share(m_time, effectsStart, effectsEnd), 0, -28 * toFall};
+    m_listener = {20 * share(m_time, effectsStart, effectsEnd), 0, -480 * toFall};
     system.setCameraListener(m_listener, ahead, upwards);
     system.setTargetListener(m_listener, ahead, upwards);
 }
