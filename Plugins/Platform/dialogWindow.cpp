@@ -115,7 +115,6 @@ void DialogWindow::run()
     // Not SDL_WaitEvent(): under X11 it has a second connection send to this window, and when the window is
     // gone before the server has come to that, the error ends the program.
     constexpr Uint32 pause = 10; // ms
-    Uint32 const id = SDL_GetWindowID(m_window);
     m_isDone = false;
     while (!m_isDone) {
         SDL_Event event;
@@ -123,8 +122,8 @@ void DialogWindow::run()
             SDL_Delay(pause);
         } else if (event.type == SDL_QUIT) {
             giveUp();
-        } else if (windowIdOf(event) == id) {
-            handle(event);
+        } else if (DialogWindow *const dialog = of(SDL_GetWindowFromID(windowIdOf(event)))) {
+            dialog->handle(event); // a splash may stand beside this one
         }
     }
     // Closing the last window also asks the program to end; the answer of the dialog says that.
