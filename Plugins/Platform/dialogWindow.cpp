@@ -112,18 +112,18 @@ bool DialogWindow::handle(SDL_Event const &event)
 
 void DialogWindow::run()
 {
-    constexpr int patience = 200; // ms
-    Uint32 const id = SDL_GetWindowID(m_window);
+    // Not SDL_WaitEvent(): under X11 it has a second connection send to this window, and when the window is
+    // gone before the server has come to that, the error ends the program.
+    constexpr Uint32 pause = 10; // ms
     m_isDone = false;
     while (!m_isDone) {
         SDL_Event event;
-        if (SDL_WaitEventTimeout(&event, patience) == 0) {
-            continue;
-        }
-        if (event.type == SDL_QUIT) {
+        if (SDL_PollEvent(&event) == 0) {
+            SDL_Delay(pause);
+        } else if (event.type == SDL_QUIT) {
             giveUp();
-        } else if (windowIdOf(event) == id) {
-            handle(event);
+        } else if (DialogWindow *const dialog = of(SDL_GetWindowFromID(windowIdOf(event)))) {
+            dialog->handle(event); // a splash may stand beside this one
         }
     }
     // Closing the last window also asks the program to end; the answer of the dialog says that.

@@ -19,7 +19,6 @@ public:
     DialogWindow &operator=(DialogWindow const &) = delete;
 
     static DialogWindow *of(void *window); ///< the dialog that an SDL_Window shows; null for others' windows
-    static bool isOne(SDL_Window *window) { return of(window) != nullptr; }
 
     /// Takes an event of this window. @return false if it means nothing here
     virtual bool handle(SDL_Event const &event);
@@ -37,7 +36,7 @@ protected:
     void repaint();
     virtual void paint(Canvas &canvas) = 0;
 
-    void run(); ///< shows it until finish(); events of other windows are passed over
+    void run(); ///< shows it until finish(); events of others' windows are passed over
     void finish() { m_isDone = true; }
     virtual void giveUp() = 0; ///< the user has closed the window, or the program is to end
 
