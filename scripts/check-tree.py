@@ -77,8 +77,9 @@ THIRD_PARTY = {
     "System/Sound/": "vorbis/vorbisfile.h",
     "Plugins/Platform/": "SDL.h",
     "Plugins/RenderSDL/": "SDL.h",
+    "Plugins/SoundOpenAL/": "AL/al.h AL/alc.h AL/alext.h AL/efx.h AL/efx-presets.h sndfile.h",
     "Plugins/ZipArchive/": "zip.h",
-    "Samples/Host/": "CLI/CLI.hpp editline/readline.h png.h zip.h zlib.h",  # it lists zip files to play with
+    "Samples/Host/": "CLI/CLI.hpp editline/readline.h zip.h zlib.h",  # it lists zip files to play with
     "Samples/Host/terminalConsole.cpp": "poll.h termios.h unistd.h",  # the terminal is the host's, not the library's
     "Tools/": "CLI/CLI.hpp png.h",
 }
