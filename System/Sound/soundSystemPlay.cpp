@@ -112,7 +112,9 @@ bool iSoundSystem::play(iSoundSource *source)
 
 bool iSoundSystem::plays(iSoundSource const &source) const
 {
-    return channelOf(source.getUniqueID()) != nullptr;
+    unsigned int const id = source.getUniqueID();
+    return channelOf(id) != nullptr ||
+           std::find(m_starting.begin(), m_starting.end(), id) != m_starting.end();
 }
 
 eSoundPlayReturn iSoundSystem::playWork(iSoundSource *source)
@@ -129,6 +131,7 @@ eSoundPlayReturn iSoundSystem::playWork(iSoundSource *source)
         }
         return SOUND_PLAY_FAILED;
     }
+    destroyFinished(source->getUniqueID());
     bool isMultichannelSound = source->is51Sound();
     if (!isMultichannelSound && source->hasOGGHeader() && getNumChannels_Vorbis(source) > 2) {
         source->set51Sound();
@@ -187,7 +190,10 @@ eSoundPlayReturn iSoundSystem::playWork(iSoundSource *source)
     if (crossfadeChannels.size() >= stolen.size()) {
         stealVoices(stolen);
     }
-    if (!checkSoundfileAndPlay(source, false)) {
+    m_starting.push_back(source->getUniqueID());
+    bool const isPlaying = checkSoundfileAndPlay(source, false);
+    m_starting.pop_back();
+    if (!isPlaying) {
         return SOUND_PLAY_FAILED;
     }
     sSoundParams const &settings = source->getSoundParams();
@@ -453,7 +459,7 @@ void iSoundSystem::giveBack(iSoundChannel *channel, bool from3D)
     if (isFree(free3DChannels) || isFree(free2D51Channels)) {
         return; // it was stopped on the way
     }
-    if (channel->isPlaying()) {
+    if (channel->isPlaying() || channel->isPaused()) {
         channel->stop(0); // the half of a pair that did start
     }
     release(*channel);
