@@ -54,7 +54,7 @@ public:
     }
     bool play(unsigned int fadeInMs) override
     {
-        if (m_trouble.refuses() || !iSoundChannel::play(fadeInMs)) {
+        if (m_trouble.refuses() || !iSoundChannel::play(fadeInMs) || !isChannelInited()) {
             return false;
         }
         if (!isPaused()) {
