@@ -1,5 +1,6 @@
 #include "nullChannel.h"
 
+#include "nullClip.h"
 #include "nullSound.h"
 
 #include "System/Sound/soundSource.h"
@@ -49,6 +50,7 @@ void NullChannel::note(VoiceEvent event)
 bool NullChannel::init(Qel::iSoundSource *newSource)
 {
     bool const isInited = iSoundChannel::init(newSource);
+    m_clip = nullptr;
     m_queue.clear();
     m_position = m_played = m_owed = m_length = 0;
     m_isFed = false;
@@ -153,12 +155,16 @@ unsigned int NullChannel::update(float dt)
     double const seconds = dt > 0 ? static_cast<double>(dt) : 0.0;
     double const frames = seconds * source->getSamplerate() * (pitch > 0 ? static_cast<double>(pitch) : 1.0);
     m_played += seconds;
-    if (source->isStream()) {
+    if (m_clip == nullptr && source->isStream()) {
         return playStream(frames);
     }
     constexpr double msPerSecond = 1000;
     source->setCurrentTimeMS(static_cast<unsigned int>(m_played * msPerSecond));
-    playData(frames);
+    if (m_clip == nullptr) {
+        playData(frames);
+    } else if (!m_clip->playOut(frames)) {
+        end(VoiceEvent::ended);
+    }
     return 0;
 }
 
