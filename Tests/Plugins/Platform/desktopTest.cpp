@@ -21,14 +21,6 @@
 
 #include <SDL_syswm.h> // the macros of X11 come last
 
-// What the font list and the message bus of the system keep for themselves to the end is not ours to free.
-extern "C" __attribute__((visibility("default"))) char const *__lsan_default_suppressions();
-
-extern "C" char const *__lsan_default_suppressions()
-{
-    return "leak:libfontconfig.so\nleak:libdbus-1.so";
-}
-
 namespace Qel {
 namespace {
 
