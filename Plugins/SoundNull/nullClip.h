@@ -6,10 +6,6 @@ class NullChannel;
 class NullSound;
 
 /// A clip whose ring is played out by the time of the updates.
-///
-/// It begins with as much as a chunk or half the ring, or with all there is once setEOFReached() was said.
-/// What comes late is played late. After the last of it the clip ends, or, where its source has loops left,
-/// waits: isEOFAndBufferDried() tells the game to write the next round.
 class NullClip final : public Qel::iSoundClip {
 public:
     NullClip(NullSound *owner, NullChannel *voice, bool isMultichannel);

@@ -68,7 +68,7 @@ std::uint64_t NullSound::getSoundDriverHandle1() const
     return reinterpret_cast<std::uintptr_t>(&m_log);
 }
 
-std::uint64_t NullSound::getSoundDriverHandle2() const
+std::uint64_t NullSound::getSoundDriverHandle3() const
 {
     return reinterpret_cast<std::uintptr_t>(static_cast<ClipMaker const *>(this));
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "clipMaker.h"
+#include "Plugins/clipMaker.h"
 #include "voiceLog.h"
 
 #include "System/Sound/soundSystem.h"
@@ -23,7 +23,7 @@ public:
     bool stopAll(unsigned int group) override;
     void getListener(D3DXVECTOR3 &pos, D3DXVECTOR3 &at, D3DXVECTOR3 &up) override;
     std::uint64_t getSoundDriverHandle1() const override; ///< address of the VoiceLog
-    std::uint64_t getSoundDriverHandle2() const override; ///< address of the ClipMaker
+    std::uint64_t getSoundDriverHandle3() const override; ///< address of the ClipMaker
 
 protected:
     bool load() override { return true; }

@@ -1,5 +1,6 @@
 #include "alChannel.h"
 
+#include "alClip.h"
 #include "alSound.h"
 #include "pcm.h"
 
@@ -59,6 +60,7 @@ bool AlChannel::init(Qel::iSoundSource *newSource)
     }
     m_seconds = 0;
     m_isFed = false;
+    m_clip = nullptr;
     // A stream's head is read elsewhere, and its samples come segment by segment.
     if (m_source == 0 || (!source->isStream() && !load())) {
         resetChannelInited();
@@ -208,6 +210,16 @@ bool AlChannel::fillBuffer(unsigned int segmentBit, unsigned char const *data, u
     return m_isFed;
 }
 
+unsigned int AlChannel::freeSegment() const
+{
+    for (std::size_t segment = 0; segment < numSegments; ++segment) {
+        if (std::find(m_queue.begin(), m_queue.end(), segment) == m_queue.end()) {
+            return 1u << segment;
+        }
+    }
+    return 0;
+}
+
 bool AlChannel::queue(std::size_t segment)
 {
     ALenum const format = AlDevice::formatOf(source->getNumChannels());
@@ -273,7 +285,7 @@ unsigned int AlChannel::update(float dt)
 // A stream that brings no segment while none is queued has ended.
 unsigned int AlChannel::updateStream()
 {
-    if (m_queue.empty() && !m_isFed) {
+    if (m_queue.empty() && !m_isFed && (m_clip == nullptr || !m_clip->goesOn())) {
         end(true);
         return 0;
     }

@@ -9,6 +9,7 @@
 
 #include <AL/al.h>
 
+class AlClip;
 class AlSound;
 
 /// A voice on a source of the device. Sounds in memory are copied into a buffer of it; a stream's segments go
@@ -37,6 +38,10 @@ public:
     /// @param newSource  0 if the device has none left: the sound ends
     void findDevice(ALuint newSource);
 
+    void setClip(AlClip *clip) { m_clip = clip; } ///< until the next init(): what feeds it
+    unsigned int freeSegment() const;             ///< bit of one that is not in the queue; 0 if all are
+    bool isFed() const { return !m_queue.empty(); }
+
     void applyRoom(); ///< the room or its rules have changed
 
 private:
@@ -57,6 +62,7 @@ private:
 
     AlSound *m_owner;
     ALuint m_source;
+    AlClip *m_clip = nullptr;
     ALuint m_buffer = 0; // of a sound in memory
     std::array<ALuint, numSegments> m_segments{};
     std::array<std::vector<unsigned char>, numSegments> m_segmentData; // for another device

@@ -1,6 +1,7 @@
 #include "alSound.h"
 
 #include "alChannel.h"
+#include "alClip.h"
 #include "settings.h"
 
 #include "System/Sound/sound3DStereo.h"
@@ -281,6 +282,31 @@ std::uint64_t AlSound::getSoundDriverHandle1() const
 std::uint64_t AlSound::getSoundDriverHandle2() const
 {
     return reinterpret_cast<std::uintptr_t>(m_device.context());
+}
+
+std::uint64_t AlSound::getSoundDriverHandle3() const
+{
+    return reinterpret_cast<std::uintptr_t>(static_cast<ClipMaker const *>(this));
+}
+
+Qel::iSoundClip *AlSound::createClip(bool multichannel)
+{
+    auto *const channel = isInited() ? static_cast<AlChannel *>(getFreeChannel(false)) : nullptr;
+    if (channel == nullptr) {
+        return nullptr;
+    }
+    channelTable[channel->getIndex()] = channel;
+    clips.push_back(std::make_unique<AlClip>(this, channel, multichannel && isMultiChannel()).release());
+    return clips.back();
+}
+
+// As a play does it for other sounds; stopChannel() counts back.
+void AlSound::countRequest(AlChannel const &channel)
+{
+    if (channel.hasDuckingRequest()) {
+        ++duckingCounter;
+        updateDucking();
+    }
 }
 
 Qel::iSound3DStereo *AlSound::create3DStereo()

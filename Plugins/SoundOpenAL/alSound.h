@@ -2,6 +2,8 @@
 
 #include "alDevice.h"
 
+#include "Plugins/clipMaker.h"
+
 #include "System/Sound/soundSystem.h"
 
 #include <vector>
@@ -9,7 +11,7 @@
 class AlChannel;
 
 /// A sound system on OpenAL Soft. Everything runs on the thread that calls update().
-class AlSound final : public Qel::iSoundSystem {
+class AlSound final : public Qel::iSoundSystem, public ClipMaker {
 public:
     AlSound(Qel::String const &systemName, Qel::String const &type);
     ~AlSound() override;
@@ -17,6 +19,8 @@ public:
     AlDevice &device() { return m_device; }
     void add(AlChannel &channel);
     void remove(AlChannel &channel);
+    void countRequest(AlChannel const &channel); ///< of a clip that is opened, for ducking
+    Qel::iSoundClip *createClip(bool multichannel) override;
 
     bool initSoundSystem(Qel::sSoundSystemParams const &newParams) override;
     bool shutdownSoundSystem() override;
@@ -35,6 +39,7 @@ public:
     bool checkForError(Qel::String const &where, bool isTold) override;
     std::uint64_t getSoundDriverHandle1() const override; ///< the ALCdevice's address
     std::uint64_t getSoundDriverHandle2() const override; ///< the ALCcontext's address
+    std::uint64_t getSoundDriverHandle3() const override; ///< the ClipMaker's address
 
 protected:
     bool load() override { return true; }

@@ -1,4 +1,4 @@
-#include "Plugins/SoundNull/clipMaker.h"
+#include "Plugins/clipMaker.h"
 #include "Plugins/SoundNull/voiceLog.h"
 #include "Tests/Plugins/archivePlugin.h"
 #include "Tests/Sound/soundBytes.h"
@@ -165,7 +165,7 @@ TEST_F(SoundNull, StandsStillInAPauseAndGoesOnWhereItWas)
 TEST_F(SoundNull, PlaysClipsByTheClockAsTheyAreFed)
 {
     auto *const maker =
-        reinterpret_cast<ClipMaker *>(static_cast<std::uintptr_t>(sound->getSoundDriverHandle2()));
+        reinterpret_cast<ClipMaker *>(static_cast<std::uintptr_t>(sound->getSoundDriverHandle3()));
     test::Bytes pcm(16384);
     test::Sound &plain = add(1);
     plain->getSoundParams().loopCount = 0;

@@ -1,7 +1,9 @@
+#include "Plugins/clipMaker.h"
 #include "Tests/Plugins/archivePlugin.h"
 #include "Tests/Sound/soundBytes.h"
 #include "Tests/Tools/steeredClock.h"
 
+#include "System/Sound/soundClip.h"
 #include "System/Sound/soundSystemManager.h"
 #include "System/System/consoleVar.h"
 
@@ -273,6 +275,35 @@ TEST_F(OpenAl, StreamsToTheLastSampleAndFindsALostDevice)
     EXPECT_NEAR(out.level(0.1f, 0.4f), out.level(0.6f, 0.9f), 0.01);
     EXPECT_GT(out.level(0.1f, 0.4f), 0.1f);
     EXPECT_GT(out.level(1.2f, 1.4f), 0.001f);
+}
+
+TEST_F(OpenAl, PlaysClipsAsTheyAreFed)
+{
+    init();
+    auto *const maker =
+        reinterpret_cast<ClipMaker *>(static_cast<std::uintptr_t>(sound->getSoundDriverHandle3()));
+    test::Bytes const wave = tone(2, 1000, 2);
+    test::Bytes pcm(wave.begin() + 44, wave.end());
+    test::Sound &track = add({});
+    iSoundClip *const clip = maker->createClip(false);
+    ASSERT_TRUE(clip->open(track, 1 << 19) && clip->play());
+    run(0.2f); // nothing is there yet
+    ASSERT_TRUE(clip->write(pcm.data(), static_cast<unsigned int>(pcm.size())));
+    run(3); // two seconds of it, and then it starves
+    EXPECT_TRUE(clip->isPlaying());
+    ASSERT_TRUE(clip->write(pcm.data(), static_cast<unsigned int>(pcm.size() / 2)));
+    clip->setEOFReached();
+    run(1.5f); // 3.2 .. 4.7
+    EXPECT_TRUE(clip->isEOFAndBufferDried());
+    EXPECT_FALSE(clip->isPlaying() || clip->isOpened() || track.source.isStream());
+
+    Rendered const out = finish();
+    EXPECT_EQ(out.level(0, 0.2f), 0);
+    EXPECT_NEAR(out.level(0.3f, 2.1f), toneLevel, 0.01);
+    EXPECT_LT(out.steepest(0.3f, 2.1f), 0.1f) << "segments meet without a gap";
+    EXPECT_EQ(out.level(2.4f, 3.1f), 0);
+    EXPECT_NEAR(out.level(3.3f, 4.1f), toneLevel, 0.01);
+    EXPECT_EQ(out.level(4.4f, 4.6f), 0);
 }
 
 TEST_F(OpenAl, DecodesWhatALibraryReadsAndRefusesTheRest)
