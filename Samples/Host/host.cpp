@@ -11,7 +11,6 @@
 #include "terminalConsole.h"
 #include "workload.h"
 
-#include "System/File/archiveManager.h"
 #include "System/System/Root.h"
 #include "System/System/configFile.h"
 #include "System/System/exception.h"
@@ -50,12 +49,6 @@ bool logHolds(std::string const &logFile, std::string const &text)
     return all.find(text) != std::string::npos;
 }
 
-bool hasArchiveTypes()
-{
-    auto const &types = Qel::ArchiveManager::Instance().getArchiveFactories();
-    return types.contains("FILESYSTEM") && types.contains("ZIP");
-}
-
 int runEngine(Options const &options)
 {
     // Tells the log of this run from one that an earlier run has left.
@@ -65,7 +58,7 @@ int runEngine(Options const &options)
     Qel::Root root(options.pluginFile, options.logFile, true);
     Qel::logMessage(mark, 2);
     std::optional<MediaJob> media;
-    if (options.hasUserMedia || (!options.media.list.empty() && hasArchiveTypes())) {
+    if (options.hasUserMedia || MediaJob::canMount(options.media)) {
         media.emplace(options.media, options.console);
     }
     FrameClock clock([&media] { return !media || media->isDone(); });

@@ -27,6 +27,12 @@ double msSince(std::chrono::steady_clock::time_point start)
 
 } // namespace
 
+bool MediaJob::canMount(MediaPlaces const &places)
+{
+    auto const &types = Qel::ArchiveManager::Instance().getArchiveFactories();
+    return !places.list.empty() && types.contains("FILESYSTEM") && types.contains("ZIP");
+}
+
 MediaJob::MediaJob(MediaPlaces places, bool quiet)
     : m_places(std::move(places)), m_progress(quiet), m_manager(*this)
 {

@@ -51,6 +51,9 @@ public:
     /// @throws std::runtime_error if that cannot be done
     MediaJob(MediaPlaces places, bool quiet);
 
+    /// Are there such media as the build makes, and the types of archive for them?
+    static bool canMount(MediaPlaces const &places);
+
     bool frameStarted(Qel::FrameEvent const &event) override;
     bool frameEnded(Qel::FrameEvent const &event) override;
 

@@ -102,7 +102,7 @@ bool showScreens(Options const &options)
     FrameClock clock([endsByItself] { return endsByItself; });
     Workload workload(options.profileFile);
     std::optional<MediaJob> media;
-    if (!options.media.list.empty() || options.hasUserMedia) {
+    if (options.hasUserMedia || MediaJob::canMount(options.media)) {
         media.emplace(options.media, true);
     }
     auto console = std::make_unique<ConsoleScreen>();
