@@ -15,6 +15,7 @@
 
 #include "System/Platform/win32Font.h"
 #include "System/System/Root.h"
+#include "System/System/consoleVar.h"
 
 #include "Tools/picture/pngFile.h"
 
@@ -84,6 +85,9 @@ bool showScreens(Options const &options)
         setenv("SDL_VIDEODRIVER", "dummy", 1); // whatever display there is
     }
     Qel::Root root(options.pluginFile, options.logFile, true);
+    if (options.headless) {
+        Qel::ConsoleVar::Instance().setConfigurable("openal.device", "loopback"); // nor is anything heard
+    }
     if (root.getAvailableRenderers()->empty()) {
         return fail("there is no plugin that draws");
     }
