@@ -57,6 +57,7 @@ TEST(Qellint, SaysLineAndMistake)
     EXPECT_EQ(run("-q s"), 1);
     EXPECT_EQ(test::readFile("said"), "");
     EXPECT_EQ(run("absent"), 3);
+    EXPECT_EQ(run("."), 3); // a folder
     EXPECT_EQ(run(""), 2);
     EXPECT_EQ(run("--plugin absent s"), 2);
     EXPECT_EQ(run("--reference"), 0);
