@@ -1,8 +1,8 @@
 #include "Support/OS/folder.h"
 
 #include "Support/OS/file.h"
+#include "Support/OS/handle.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
@@ -12,47 +12,10 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 
 namespace os {
 
 namespace {
-
-// Closes a handle and leaves the error that is being reported as it is.
-class Handle {
-public:
-    explicit Handle(int handle) : m_handle(handle) {}
-    ~Handle()
-    {
-        int const error = errno;
-        close();
-        errno = error;
-    }
-
-    Handle(Handle const &) = delete;
-    Handle &operator=(Handle const &) = delete;
-
-    bool close()
-    {
-        int const handle = m_handle;
-        m_handle = -1;
-        return handle < 0 || ::close(handle) == 0;
-    }
-    int get() const { return m_handle; }
-    bool isOpen() const { return m_handle >= 0; }
-
-private:
-    int m_handle;
-};
-
-struct FolderCloser {
-    void operator()(DIR *folder) const
-    {
-        int const error = errno;
-        closedir(folder);
-        errno = error;
-    }
-};
 
 bool fail(int error)
 {
@@ -156,7 +119,7 @@ bool listFolder(char const *path, std::vector<FolderEntry> &entries)
 {
     entries.clear();
     std::string const name = systemPath(path);
-    std::unique_ptr<DIR, FolderCloser> const folder(opendir(name.empty() ? "." : name.c_str()));
+    FolderPtr const folder(opendir(name.empty() ? "." : name.c_str()));
     if (folder == nullptr) {
         return false;
     }

@@ -1,6 +1,7 @@
 #include "Support/OS/process.h"
 
-#include <dirent.h>
+#include "Support/OS/handle.h"
+
 #include <sys/utsname.h>
 
 #include <atomic>
@@ -8,7 +9,6 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <memory>
 
 namespace os {
 
@@ -33,10 +33,7 @@ constinit std::atomic<SystemVersionQuery> versionQuery{&askKernel};
 
 bool processThreads(std::vector<std::uint32_t> &ids)
 {
-    struct Closer {
-        void operator()(DIR *folder) const { closedir(folder); }
-    };
-    std::unique_ptr<DIR, Closer> const folder(opendir("/proc/self/task"));
+    FolderPtr const folder(opendir("/proc/self/task"));
     if (folder == nullptr) {
         return false;
     }

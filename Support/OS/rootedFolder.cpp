@@ -1,8 +1,8 @@
 #include "Support/OS/rootedFolder.h"
 
 #include "Support/OS/file.h"
+#include "Support/OS/handle.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <sys/stat.h>
@@ -13,7 +13,6 @@
 #include <atomic>
 #include <cerrno>
 #include <cstring>
-#include <memory>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -26,35 +25,10 @@ constexpr unsigned deepest = 64; // folders below the root
 
 std::atomic<bool> beneathWorks{true};
 
-class Handle {
-public:
-    explicit Handle(int handle) : m_handle(handle) {}
-    ~Handle() { reset(-1); }
-    Handle(Handle const &) = delete;
-    Handle &operator=(Handle const &) = delete;
-
-    int get() const { return m_handle; }
-    int release() { return std::exchange(m_handle, -1); }
-    void reset(int handle)
-    {
-        if (m_handle >= 0) {
-            ::close(m_handle);
-        }
-        m_handle = handle;
-    }
-
-private:
-    int m_handle;
-};
-
-struct FolderCloser {
-    void operator()(DIR *folder) const { closedir(folder); }
-};
-
 // Takes the handle over.
 bool readNames(int handle, std::vector<std::string> &names)
 {
-    std::unique_ptr<DIR, FolderCloser> const folder(handle < 0 ? nullptr : fdopendir(handle));
+    FolderPtr const folder(handle < 0 ? nullptr : fdopendir(handle));
     if (!folder) {
         if (handle >= 0) {
             ::close(handle);
@@ -267,18 +241,8 @@ bool RootedFile::open(RootedFolder const &folder, char const *path, RootedFolder
 
 std::size_t RootedFile::read(void *buffer, std::size_t size)
 {
-    std::size_t done = 0;
-    while (done < size) {
-        ssize_t const got = ::read(m_handle, static_cast<char *>(buffer) + done, size - done);
-        if (got < 0 && errno == EINTR) {
-            continue;
-        }
-        if (got <= 0) {
-            break;
-        }
-        done += static_cast<std::size_t>(got);
-    }
-    return done;
+    return readFully(buffer, size,
+                     [this](char *to, std::size_t room, std::size_t) { return ::read(m_handle, to, room); });
 }
 
 NoBeneathScope::NoBeneathScope()

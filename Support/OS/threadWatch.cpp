@@ -1,5 +1,6 @@
 #include "Support/OS/threadWatch.h"
 
+#include "Support/OS/file.h"
 #include "Support/OS/thread.h"
 
 #include <pthread.h>
@@ -7,7 +8,6 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <memory>
 
 namespace os {
 
@@ -26,10 +26,7 @@ bool isRunnable(std::uint32_t id)
 {
     char path[64];
     std::snprintf(path, sizeof path, "/proc/self/task/%u/stat", id);
-    struct Closer {
-        void operator()(std::FILE *file) const { std::fclose(file); }
-    };
-    std::unique_ptr<std::FILE, Closer> const file(std::fopen(path, "r"));
+    FilePtr const file(std::fopen(path, "r"));
     char line[256] = "";
     if (!file || std::fgets(line, sizeof line, file.get()) == nullptr) {
         return false;

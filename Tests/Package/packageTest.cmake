@@ -11,6 +11,7 @@ file(COPY ${STRANGER}/ DESTINATION ${WORK}/source)
 file(COPY ${SNIPPETS}/firstHost.cpp ${SNIPPETS}/firstPlugin.cpp DESTINATION ${WORK}/source)
 
 run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/prefix)
+run(${WORK}/prefix/bin/qellint --reference) # finds the library and a plugin
 set(flags "")
 if(SANITIZE)
     set(flags "-fsanitize=${SANITIZE}")

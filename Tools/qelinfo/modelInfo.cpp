@@ -1,5 +1,6 @@
 #include "info.h"
 
+#include "System/File/fileMem.h"
 #include "System/Graphics/model/md5Loader.h"
 #include "Tools/model/modelCheck.h"
 
@@ -39,26 +40,35 @@ void describe(MD5Anim const &animation)
 
 bool informOfModel(Options const &options, std::string_view text, ExitCode &code)
 {
+    ModelText const kind = modelTextOf(text);
+    if (kind == ModelText::NONE) {
+        return false;
+    }
+    if (!options.convert.empty()) {
+        std::fprintf(stderr, "qelinfo: %s: --convert is for pictures\n", options.file.c_str());
+        code = exitUsage;
+        return true;
+    }
     code = exitDone;
     MD5Mesh mesh;
     MD5Anim animation;
-    switch (modelTextOf(text)) {
-    case ModelText::NONE:
-        return false;
-    case ModelText::ANIMATION:
+    if (kind == ModelText::ANIMATION) {
         std::printf("%s: animation, %zu bytes\n", options.file.c_str(), text.size());
         MD5Loader().loadAnim(options.file.c_str(), animation);
         describe(animation);
         tell(checkAnimation(animation), code);
         return true;
-    case ModelText::MESH:
-        break;
     }
     std::printf("%s: model, %zu bytes\n", options.file.c_str(), text.size());
     MD5Loader().loadModel(options.file.c_str(), mesh);
     describe(mesh);
     tell(checkModel(mesh), code);
     if (!options.animation.empty()) {
+        if (!cFileMem().open(options.animation.c_str())) {
+            std::fprintf(stderr, "qelinfo: %s: cannot be read\n", options.animation.c_str());
+            code = exitFile;
+            return true;
+        }
         MD5Loader().loadAnim(options.animation.c_str(), animation);
         describe(animation);
         tell(checkAnimation(animation), code);

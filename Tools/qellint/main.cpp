@@ -1,5 +1,6 @@
 #include "scriptCheck.h"
 
+#include "System/File/fileMem.h"
 #include "System/Graphics/model/md5Loader.h"
 #include "System/Graphics/particle/particleAffector.h"
 #include "System/Graphics/particle/particleEmitter.h"
@@ -14,7 +15,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <fstream>
 #include <iterator>
 #include <string>
 #include <vector>
@@ -63,12 +63,12 @@ int lint(std::vector<std::string> const &files, bool isQuiet)
 {
     int code = exitClean;
     for (std::string const &name : files) {
-        std::ifstream file(name, std::ios::binary);
-        std::string const text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-        if (!file) {
+        Qel::cFileMem file;
+        if (!file.open(name.c_str())) {
             std::fprintf(stderr, "qellint: cannot read %s\n", name.c_str());
             return exitUnread;
         }
+        std::string const text(reinterpret_cast<char const *>(file.getData()), file.size());
         for (std::string const &finding : findingsOf(name, text)) {
             if (!isQuiet) {
                 std::printf("%s:%s\n", name.c_str(), finding.c_str());

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <map>
+#include <optional>
 #include <set>
 
 namespace {
@@ -139,6 +140,11 @@ private:
 
     TextToken take()
     {
+        if (m_again) {
+            TextToken token = std::move(*m_again);
+            m_again.reset();
+            return token;
+        }
         m_line = m_tokens.getLine() + 1 + m_linesInStrings;
         TextToken token = m_tokens.getNextToken();
         String const &text = token.getExactText();
@@ -182,7 +188,8 @@ private:
         m_emittersMeant.clear();
         for (;;) {
             TextToken const one = take();
-            if (one.isEnd()) {
+            if (one.isEnd() || one.isExactText("particlesystem")) {
+                m_again = one;
                 find("'}' of the template of line " + std::to_string(begin) + " is missing");
                 break;
             }
@@ -239,6 +246,7 @@ private:
             if (one.isEnd() || one.isExactText("emitter") || one.isExactText("affector") ||
                 one.isExactText("particlesystem")) {
                 find("'}' of the " + kind + " of line " + std::to_string(begin) + " is missing");
+                m_again = one;
                 return;
             }
             if (one.getType() == Qel::TOK_RBRACE) {
@@ -293,6 +301,7 @@ private:
     std::string m_text;
     Qel::cFileMem m_file;
     Qel::TextTokenizer m_tokens;
+    std::optional<TextToken> m_again; // ended what lacks its brace, and begins what follows
     unsigned int m_line = 1;
     unsigned int m_linesInStrings = 0;
     unsigned int m_emitters = 0;

@@ -82,6 +82,8 @@ TEST(Qelinfo, ShowsModelsAndTheirFaults)
     EXPECT_EQ(run(figure + "/Figure.md5mesh --animation " + figure + "/Walk.md5anim"), 0)
         << test::readFile("said");
     EXPECT_EQ(run(figure + "/Wave.md5anim"), 0);
+    EXPECT_EQ(run(figure + "/Figure.md5mesh --animation absent"), 3);
+    EXPECT_EQ(run(figure + "/Wave.md5anim --convert out.png"), 2);
 }
 
 // Through each of the formats into a PNG, read by its own library: the picture of makeImages.sh in its

@@ -35,7 +35,7 @@ TEST(Qellint, SaysLineAndMistake)
          "s:4: 'size' is 'x' and not a number\ns:5: '\"size\"' has no value\n"
          "s:6: 'size' makes no sense as -1\ns:7: 'direction' is '0 1' and not three numbers\n"},
         {"particlesystem A {\naffector Scale {\n\"rate 1\" \"onemitter 2\"\nemitter Point { }\n",
-         "s:3: 'onemitter' 2: the template has 0 emitters\n"
+         "s:3: 'onemitter' 2: the template has 1 emitters\n"
          "s:4: '}' of the affector of line 2 is missing\n"},
         {"particlesystem A {\n\"quota 3\n\"bound maybe\" }\nparticlesystem A { }",
          "s:2: a line feed in a string: a quote is missing\n"},
@@ -57,6 +57,7 @@ TEST(Qellint, SaysLineAndMistake)
     EXPECT_EQ(run("-q s"), 1);
     EXPECT_EQ(test::readFile("said"), "");
     EXPECT_EQ(run("absent"), 3);
+    EXPECT_EQ(run("."), 3); // a folder
     EXPECT_EQ(run(""), 2);
     EXPECT_EQ(run("--plugin absent s"), 2);
     EXPECT_EQ(run("--reference"), 0);
