@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <tuple>
 #include <vector>
 
 namespace Qel {
@@ -82,30 +83,23 @@ TEST(Win32Font, EffectsMakeCellsLarger)
     int b;
     int c;
     plain.getCharABCWidths('M', a, b, c);
-    struct {
-        int blur;
-        int flags;
-        int taller;
-        int before;
-        int wider;
-        int behind;
-    } const rows[] = {{0, 2, 1, 0, 1, -1},
-                      {0, 4, 2, -1, 2, -1},
-                      {0, 6, 3, -1, 3, -2},
-                      {1, 0, 0, -1, 2, -1},
-                      {3, 6, 3, -4, 9, -5}};
-    for (auto const &row : rows) {
-        SCOPED_TRACE(row.flags + 100 * row.blur);
+    std::tuple<int, int, int, int, int, int> const rows[] = {{0, 2, 1, 0, 1, -1},
+                                                             {0, 4, 2, -1, 2, -1},
+                                                             {0, 6, 3, -1, 3, -2},
+                                                             {1, 0, 0, -1, 2, -1},
+                                                             {3, 6, 3, -4, 9, -5}};
+    for (auto const &[blur, flags, taller, before, wider, behind] : rows) {
+        SCOPED_TRACE(flags + 100 * blur);
         Win32Font font;
-        ASSERT_TRUE(font.create(face, height, 400, row.blur, 0, row.flags | Win32Font::ANTIALIASED));
+        ASSERT_TRUE(font.create(face, height, 400, blur, 0, flags | Win32Font::ANTIALIASED));
         int fa;
         int fb;
         int fc;
         font.getCharABCWidths('M', fa, fb, fc);
-        EXPECT_EQ(font.getHeight(), height + row.taller);
-        EXPECT_EQ(fa - a, row.before);
-        EXPECT_EQ(fb - b, row.wider);
-        EXPECT_EQ(fc - c, row.behind);
+        EXPECT_EQ(font.getHeight(), height + taller);
+        EXPECT_EQ(fa - a, before);
+        EXPECT_EQ(fb - b, wider);
+        EXPECT_EQ(fc - c, behind);
         EXPECT_EQ(font.getCharWidth('M'), fb);
     }
     // Widths below 256 are signed bytes, those above are not.

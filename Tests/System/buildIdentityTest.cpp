@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstdio>
 #include <string>
+#include <tuple>
 
 namespace Qel {
 namespace {
@@ -79,20 +80,17 @@ struct OpenBreakpoint : Breakpoint {
 
 TEST(Breakpoint, ReplacesBitsInsideTheValueOnly)
 {
-    struct {
-        int position, count, bits;
-        std::uint32_t result;
-    } const rows[] = {
+    std::tuple<int, int, int, std::uint32_t> const rows[] = {
         {4, 4, 0x5, 0xFFFFFF5Fu}, {4, 4, 0x1A5, 0xFFFFFF5Fu},
         {0, 32, 0x1234, 0x1234u}, {28, 8, 0, 0x0FFFFFFFu},
         {0, 99, 3, 3u},           {32, 1, 0, 0xFFFFFFFFu},
         {-1, 4, 0, 0xFFFFFFFFu},  {0, 0, 0, 0xFFFFFFFFu},
         {0, -1, 0, 0xFFFFFFFFu},  {31, 1, 0, 0x7FFFFFFFu},
     };
-    for (auto const &row : rows) {
+    for (auto const &[position, count, bits, result] : rows) {
         std::uint32_t value = 0xFFFFFFFFu;
-        OpenBreakpoint::setBits(value, row.position, row.count, row.bits);
-        EXPECT_EQ(value, row.result) << row.position << ", " << row.count;
+        OpenBreakpoint::setBits(value, position, count, bits);
+        EXPECT_EQ(value, result) << position << ", " << count;
     }
     int watched = 0;
     EXPECT_FALSE(

@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <string>
+#include <tuple>
 
 namespace Qel {
 namespace {
@@ -29,11 +30,7 @@ struct ConfigFiles : testing::Test {
 TEST_F(ConfigFiles, ReadsALineAtATimeInPiecesOf99Characters)
 {
     std::string const blanks(92, ' ');
-    struct {
-        char const *what;
-        std::string text;
-        std::string settings;
-    } const rows[] = {
+    std::tuple<char const *, std::string, std::string> const rows[] = {
         {"separator again in the value", "a=b=c\n", "<a|b=c>"},
         {"another separator first", "a:b=c\n", "<a|b=c>"},
         {"blanks around", " \t key \t = \t value \t \n", "<key|value>"},
@@ -54,12 +51,12 @@ TEST_F(ConfigFiles, ReadsALineAtATimeInPiecesOf99Characters)
         {"nothing but zero bytes", std::string(1000, '\0'), ""},
     };
 
-    for (auto const &row : rows) {
-        SCOPED_TRACE(row.what);
-        test::writeFile("a.cfg", row.text);
+    for (auto const &[what, text, settings] : rows) {
+        SCOPED_TRACE(what);
+        test::writeFile("a.cfg", text);
         ConfigFile config;
         config.load(path, "=:");
-        EXPECT_EQ(all(config), row.settings);
+        EXPECT_EQ(all(config), settings);
     }
 }
 

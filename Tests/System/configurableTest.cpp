@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -134,14 +135,7 @@ TEST(Configurable, TurnsTextIntoValuesAndBack)
     Configurable<bool> flag("test.flag", false);
     Configurable<int> count("test.count", 0);
     Configurable<float> size("test.size", 0.0f);
-    struct {
-        char const *name;
-        char const *set;
-        char const *text;
-        int asInt;
-        bool asBool;
-        float asFloat;
-    } const rows[] = {
+    std::tuple<char const *, char const *, char const *, int, bool, float> const rows[] = {
         {"test.flag", "7", "1", 1, true, 1.0f},
         {"test.flag", "-0", "0", 0, false, 0.0f},
         {"test.count", "2", "2", 2, false, 2.0f},
@@ -154,13 +148,13 @@ TEST(Configurable, TurnsTextIntoValuesAndBack)
         {"test.size", "none", "0", 0, false, 0.0f},
         {"test.size", "1x", "1", 1, true, 1.0f},
     };
-    for (auto const &row : rows) {
-        SCOPED_TRACE(std::string(row.name) + " = " + row.set);
-        ASSERT_TRUE(table().setConfigurable(row.name, row.set));
-        EXPECT_EQ(textOf(row.name), row.text);
-        EXPECT_EQ(table().getAsInt(row.name), row.asInt);
-        EXPECT_EQ(table().getAsBool(row.name), row.asBool);
-        EXPECT_EQ(table().getAsFloat(row.name), row.asFloat);
+    for (auto const &[name, set, text, asInt, asBool, asFloat] : rows) {
+        SCOPED_TRACE(std::string(name) + " = " + set);
+        ASSERT_TRUE(table().setConfigurable(name, set));
+        EXPECT_EQ(textOf(name), text);
+        EXPECT_EQ(table().getAsInt(name), asInt);
+        EXPECT_EQ(table().getAsBool(name), asBool);
+        EXPECT_EQ(table().getAsFloat(name), asFloat);
     }
     flag.from_string(nullptr);
     EXPECT_FALSE(flag);

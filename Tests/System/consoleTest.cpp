@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Qel {
@@ -31,10 +32,7 @@ TEST_F(Console, ListsAndCompletes)
 
 TEST_F(Console, AnswersWhatIsTyped)
 {
-    struct {
-        char const *line;
-        char const *answer;
-    } const rows[] = {
+    std::pair<char const *, char const *> const rows[] = {
         {"", ""},
         {" con.fly ", "con.fly = 0"},
         {"con.fly=7", "con.fly = 1"},

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace Qel {
@@ -42,14 +43,11 @@ protected:
 
 TEST_F(LogManagerTest, AMessagePassesWhenDetailPlusLevelIsFour)
 {
-    struct {
-        int detail;
-        char const *passed; // the levels 0 to 4 that get through
-    } const rows[] = {{0, "4"}, {1, "34"}, {2, "234"}, {3, "1234"}, {4, "01234"}, {-1, ""}};
-
-    for (auto const &row : rows) {
-        SCOPED_TRACE(row.detail);
-        m_manager.setLogDetail(row.detail);
+    std::tuple<int, char const *> const rows[] = {{0, "4"},    {1, "34"},    {2, "234"},
+                                                  {3, "1234"}, {4, "01234"}, {-1, ""}};
+    for (auto const &[detail, levels] : rows) {
+        SCOPED_TRACE(detail);
+        m_manager.setLogDetail(detail);
         std::string passed;
         for (int level = 0; level <= 4; ++level) {
             if (m_log->isWithinThreshold(level)) {
@@ -57,7 +55,7 @@ TEST_F(LogManagerTest, AMessagePassesWhenDetailPlusLevelIsFour)
             }
             EXPECT_EQ(LogManager::checkDefLogLevel(level), m_log->isWithinThreshold(level));
         }
-        EXPECT_EQ(passed, row.passed);
+        EXPECT_EQ(passed, levels);
     }
     EXPECT_TRUE(m_manager.createLog("b.log", false, false, false)->isWithinThreshold(2))
         << "another log keeps its own detail";
@@ -109,24 +107,21 @@ TEST_F(LogManagerTest, LevelFourIsStampedAndTheIndentIsATextOfItsOwn)
 TEST_F(LogManagerTest, TheCallbackSeesWhatItsFilterLetsThrough)
 {
     m_manager.setDefaultCallback(&tell);
-    struct {
-        char const *filter;
-        std::vector<std::string> passed;
-    } const rows[] = {
+    std::tuple<char const *, std::vector<std::string>> const rows[] = {
         {"", {"a Sound b", "a Timer b", "neither"}},
         {"*Sound*|*Timer*", {"a Sound b", "a Timer b"}},
         {"|", {}},
         {"||neither|", {"neither"}},
         {"*sound*", {}},
     };
-    for (auto const &row : rows) {
-        SCOPED_TRACE(row.filter);
+    for (auto const &[filter, passed] : rows) {
+        SCOPED_TRACE(filter);
         told.clear();
-        m_manager.setCallbackFilter(row.filter);
+        m_manager.setCallbackFilter(filter);
         for (char const *text : {"a Sound b", "a Timer b", "neither"}) {
             m_manager.logMessage(text, 2);
         }
-        EXPECT_EQ(told, row.passed);
+        EXPECT_EQ(told, passed);
     }
 
     told.clear();

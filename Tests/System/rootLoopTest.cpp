@@ -15,6 +15,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace Qel {
@@ -225,28 +226,24 @@ TEST_F(RootLoopTest, SmoothingAveragesOverItsPeriod)
 
 TEST_F(RootLoopTest, TheClampHoldsTimesAndAConstantReplacesThem)
 {
-    struct {
-        float min, max;
-        int workMs;
-        float expected;
-    } const rows[] = {
+    std::tuple<float, float, int, float> const rows[] = {
         {0.0f, 1.0f, 5000, 1.0f},
         {0.02f, 1.0f, 5, 0.02f},
         {0.004f, 0.004f, 100, 0.004f},
         {0.5f, 0.1f, 200, 0.5f},
     };
-    for (auto const &row : rows) {
-        SCOPED_TRACE(row.expected);
-        if (row.min == row.max) {
-            root->setTimeConst(row.min);
+    for (auto const &[min, max, workMs, expected] : rows) {
+        SCOPED_TRACE(expected);
+        if (min == max) {
+            root->setTimeConst(min);
         } else {
-            root->setTimeClamp(row.min, row.max);
+            root->setTimeClamp(min, max);
         }
-        recorder.workMs = row.workMs;
+        recorder.workMs = workMs;
         recorder.seen.clear();
         runFrames(2);
-        EXPECT_EQ(recorder.sameTimes('s').back(), row.expected);
-        EXPECT_EQ(recorder.sameTimes('e').back(), row.expected);
+        EXPECT_EQ(recorder.sameTimes('s').back(), expected);
+        EXPECT_EQ(recorder.sameTimes('e').back(), expected);
     }
 }
 
@@ -288,21 +285,20 @@ TEST_F(RootLoopTest, IdleEventsAndSleepsOfALimitedFrame)
 
 TEST_F(RootLoopTest, ARateGoesThroughWholeMilliseconds)
 {
-    struct {
-        unsigned fps;
-        std::int64_t ticks; // of 100 ns, from one frame to the next
-    } const rows[] = {{1000, 10'000}, {60, 161'290}, {999, 10'000}, {7, 1'428'571}, {1, 10'000'000}};
+    // The ticks, of 100 ns, are those from one frame to the next.
+    std::tuple<unsigned, std::int64_t> const rows[] = {
+        {1000, 10'000}, {60, 161'290}, {999, 10'000}, {7, 1'428'571}, {1, 10'000'000}};
     m_clock.ticksPerYield = 1;
-    for (auto const &row : rows) {
-        SCOPED_TRACE(row.fps);
-        root->setMaxFrameRate(row.fps);
+    for (auto const &[fps, ticks] : rows) {
+        SCOPED_TRACE(fps);
+        root->setMaxFrameRate(fps);
         std::vector<std::int64_t> starts;
         recorder.onStarted = [&] {
             starts.push_back(m_clock.ticks);
             return starts.size() < 3;
         };
         root->run();
-        EXPECT_EQ(starts[2] - starts[1], row.ticks);
+        EXPECT_EQ(starts[2] - starts[1], ticks);
     }
 }
 
@@ -389,25 +385,22 @@ TEST_F(RootLoopTest, MessagesGoToDialogsFromTheLastToTheFirst)
 
 TEST_F(RootLoopTest, ListenersAreToldOnceInOrderOfAddress)
 {
-    std::array<std::optional<Recorder>, 3> all{};
-    for (auto &one : all) {
-        one.emplace(m_clock);
-    }
+    Recorder all[] = {Recorder(m_clock), Recorder(m_clock), Recorder(m_clock)};
     for (std::size_t const index : {2u, 0u, 2u, 1u}) {
-        root->addFrameListener(&*all[index]);
+        root->addFrameListener(&all[index]);
     }
     root->removeFrameListener(&recorder);
     root->removeFrameListener(&recorder); // not there
 
-    all[1]->onStarted = [] { return false; };
+    all[1].onStarted = [] { return false; };
     FrameEvent event;
     EXPECT_FALSE(root->_fireFrameStarted(event));
-    EXPECT_EQ(all[0]->kinds() + all[1]->kinds() + all[2]->kinds(), "ss") << "a false ends the walk";
+    EXPECT_EQ(all[0].kinds() + all[1].kinds() + all[2].kinds(), "ss") << "a false ends the walk";
     EXPECT_FALSE(root->_fireFrameRender());
-    EXPECT_EQ(all[0]->kinds() + all[1]->kinds() + all[2]->kinds(), "srs");
+    EXPECT_EQ(all[0].kinds() + all[1].kinds() + all[2].kinds(), "srs");
 
-    for (auto &one : all) {
-        root->removeFrameListener(&*one);
+    for (Recorder &one : all) {
+        root->removeFrameListener(&one);
     }
     struct Silent final : FrameListener {
     } silent;

@@ -20,6 +20,7 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <tuple>
 
 namespace Qel {
 namespace {
@@ -79,8 +80,7 @@ TEST_F(RootPluginsTest, OnePluginsFaultLeavesTheOthersRunning)
         char const *what;
         char const *config;
         char const *lines; // what the log says between start-up and the end of it
-        std::size_t loaded;
-        std::size_t renderers;
+        std::size_t loaded, renderers;
         char const *stops;
     } const rows[] = {
         {"missing dependency",
@@ -148,12 +148,8 @@ TEST_F(RootPluginsTest, WhatAPluginRegisteredGoesWithIt)
 TEST_F(RootPluginsTest, AFailedStartLeavesTheLogAndCanBeRepeated)
 {
     test::writeFile("text.so", "this is no module");
-    struct {
-        char const *what;
-        char const *config; // null: no file
-        long long number;
-        char const *description;
-    } const rows[] = {
+    // A config of null is no file at all.
+    std::tuple<char const *, char const *, long long, char const *> const rows[] = {
         {"missing list", nullptr, 8, "'plugins.cfg' file not found!"},
         {"missing plugin", "PluginFolder=m/\nPlugin=good_a\nPlugin=missing\n", 9,
          "Error: DYNLIB_LOAD failed: m/missing.dll"},
@@ -161,24 +157,24 @@ TEST_F(RootPluginsTest, AFailedStartLeavesTheLogAndCanBeRepeated)
     };
     testing::internal::CaptureStderr();
     for (int round = 0; round < 3; ++round) {
-        for (auto const &row : rows) {
-            SCOPED_TRACE(row.what);
+        for (auto const &[what, config, number, description] : rows) {
+            SCOPED_TRACE(what);
             std::filesystem::remove("plugins.cfg");
-            if (row.config != nullptr) {
-                test::writeFile("plugins.cfg", row.config);
+            if (config != nullptr) {
+                test::writeFile("plugins.cfg", config);
             }
             try {
                 Root root;
                 ADD_FAILURE() << "nothing was thrown";
             } catch (Exception const &exception) {
-                EXPECT_EQ(exception.getNumber(), row.number);
-                EXPECT_STREQ(exception.description.c_str(), row.description);
+                EXPECT_EQ(exception.getNumber(), number);
+                EXPECT_STREQ(exception.description.c_str(), description);
             }
             EXPECT_FALSE(Root::InstanceActive());
             ASSERT_TRUE(LogManager::InstanceActive());
             logMessage("the host gives up\n", 2);
             std::string const text = test::readFile("debug.log");
-            EXPECT_NE(text.find("Description: " + std::string(row.description)), std::string::npos);
+            EXPECT_NE(text.find("Description: " + std::string(description)), std::string::npos);
             EXPECT_TRUE(text.ends_with("- <<callstack>>\nthe host gives up\n"));
         }
     }
@@ -229,12 +225,6 @@ using TerminateTest = RootPluginsTest;
 
 // Nothing above a thread's function catches, so an exception out of it ends the process with the stack, and
 // with it the engine, still standing.
-template <class Work>
-void withoutAHandler(Work const &work)
-{
-    std::thread(work).join();
-}
-
 TEST_F(TerminateTest, AnUncaughtExceptionIsLoggedShownAndEndsTheProcess)
 {
     test::writeFile("plugins.cfg", "");
@@ -243,7 +233,7 @@ TEST_F(TerminateTest, AnUncaughtExceptionIsLoggedShownAndEndsTheProcess)
         throw Exception(9, "the level has no floor", "Game::load", "game.cpp", 12);
     };
     // On the error stream: the log's echo, then the dialog of the console platform plugin.
-    EXPECT_EXIT(withoutAHandler(die), testing::ExitedWithCode(255),
+    EXPECT_EXIT(std::thread(die).join(), testing::ExitedWithCode(255),
                 "handleTerminate.*\n(.*\n)*.*Description: the level has no floor(.*\n)*.*Line: 12");
     EXPECT_TRUE(test::readFile("a.log").ends_with(
         "An exception has been thrown!\nError #: 9\nFunction: Game::load\n"
@@ -259,7 +249,7 @@ TEST_F(TerminateTest, WithoutAnExceptionOfOursTheDialogSaysUnknown)
         Exception::last = nullptr; // an earlier test's
         throw 1;
     };
-    EXPECT_EXIT(withoutAHandler(die), testing::ExitedWithCode(255),
+    EXPECT_EXIT(std::thread(die).join(), testing::ExitedWithCode(255),
                 "termHandler..\nhandleTerminate..\n(.*\n)*.*handleTerminate: Unknown");
 }
 

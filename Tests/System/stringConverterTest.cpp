@@ -11,6 +11,7 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 using namespace Qel;
@@ -100,11 +101,7 @@ TEST(StringConverter, ReadsRealsAsTheCLibraryDoes)
 
 TEST(StringConverter, ReadsIntegersAndClampsThem)
 {
-    struct {
-        char const *text;
-        int number;
-        unsigned int hex;
-    } const rows[] = {
+    std::tuple<char const *, int, unsigned int> const rows[] = {
         {"12", 12, 0x12},
         {" \t-12", -12, 0xFFFFFFEE},
         {"+7g", 7, 7},
@@ -121,10 +118,10 @@ TEST(StringConverter, ReadsIntegersAndClampsThem)
         {"-2147483648", -2147483647 - 1, 0xFFFFFFFF},
         {"-99999999999999999999", -2147483647 - 1, 0xFFFFFFFF},
     };
-    for (auto const &row : rows) {
-        EXPECT_EQ(StringConverter::parseInt(row.text), row.number) << row.text;
-        EXPECT_EQ(StringConverter::parseHex(row.text), row.hex) << row.text;
-        EXPECT_EQ(StringConverter::parseColorValue(row.text).value, row.hex) << row.text;
+    for (auto const &[text, number, hex] : rows) {
+        EXPECT_EQ(StringConverter::parseInt(text), number) << text;
+        EXPECT_EQ(StringConverter::parseHex(text), hex) << text;
+        EXPECT_EQ(StringConverter::parseColorValue(text).value, hex) << text;
     }
 }
 

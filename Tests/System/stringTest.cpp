@@ -9,6 +9,7 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <unordered_map>
 #include <vector>
 
@@ -80,13 +81,7 @@ TEST(String, HoldsTheTextOfAValue)
 
 TEST(String, TrimTakesBlanksButNoNewline)
 {
-    struct {
-        char const *text;
-        bool left;
-        bool right;
-        char const *trimmed;
-        int count;
-    } const rows[] = {
+    std::tuple<char const *, bool, bool, char const *, int> const rows[] = {
         {" \t\ra b\r\t ", true, true, "a b", 6},
         {" \t\ra b\r\t ", true, false, "a b\r\t ", 3},
         {" \t\ra b\r\t ", false, true, " \t\ra b", 3},
@@ -97,25 +92,21 @@ TEST(String, TrimTakesBlanksButNoNewline)
         {"    ", false, true, " ", 3},
         {"", true, true, "", 0},
     };
-    for (auto const &row : rows) {
-        SCOPED_TRACE(row.text);
-        String text = row.text;
-        EXPECT_EQ(text.trim(row.left, row.right), row.count);
-        EXPECT_EQ(text, row.trimmed);
+    for (auto const &[given, left, right, trimmed, count] : rows) {
+        SCOPED_TRACE(given);
+        String text = given;
+        EXPECT_EQ(text.trim(left, right), count);
+        EXPECT_EQ(text, trimmed);
         WString wide;
-        wide.toString(row.text);
-        EXPECT_EQ(wide.trim(row.left, row.right), row.count);
-        EXPECT_EQ(wide, WString().toString(row.trimmed));
+        wide.toString(given);
+        EXPECT_EQ(wide.trim(left, right), count);
+        EXPECT_EQ(wide, WString().toString(trimmed));
     }
 }
 
 TEST(String, SplitCountsSplitsAndMakesNoEmptyPiece)
 {
-    struct {
-        char const *text;
-        unsigned int maxSplits;
-        StringVector pieces;
-    } const rows[] = {
+    std::tuple<char const *, unsigned int, StringVector> const rows[] = {
         {"a  b ", 0, {"a", "b"}},
         {"", 0, {""}},
         {"   ", 0, {}},
@@ -125,15 +116,15 @@ TEST(String, SplitCountsSplitsAndMakesNoEmptyPiece)
         {" key a b", 2, {"key", "a b"}},
         {"a\tb c", 0, {"a", "b", "c"}},
     };
-    for (auto const &row : rows) {
-        SCOPED_TRACE(row.text);
+    for (auto const &[text, maxSplits, expected] : rows) {
+        SCOPED_TRACE(text);
         StringVector pieces{"old"};
-        EXPECT_EQ(String(row.text).split(pieces, " \t", row.maxSplits), row.pieces.size());
-        EXPECT_EQ(pieces, row.pieces);
+        EXPECT_EQ(String(text).split(pieces, " \t", maxSplits), expected.size());
+        EXPECT_EQ(pieces, expected);
         std::vector<WString> wide;
-        EXPECT_EQ(WString().toString(row.text).split(wide, L" \t", row.maxSplits), row.pieces.size());
+        EXPECT_EQ(WString().toString(text).split(wide, L" \t", maxSplits), expected.size());
         for (std::size_t i = 0; i < wide.size(); ++i) {
-            EXPECT_EQ(wide[i], WString().toString(row.pieces[i]));
+            EXPECT_EQ(wide[i], WString().toString(expected[i]));
         }
     }
     StringVector list{"x", "a,b", ","};
@@ -237,12 +228,7 @@ TEST(String, WildcardsTakeTheirValues)
     wide.replaceWildcard(std::vector<WString>{L"a", L"b", L"c", L"d", L"e", L"f", L"g", L"h", L"i", L"j"});
     EXPECT_EQ(wide, L"a0aba1%");
 
-    struct {
-        char const *text;
-        char const *value;
-        int index;
-        char const *replaced;
-    } const rows[] = {
+    std::tuple<char const *, char const *, int, char const *> const rows[] = {
         {"%1 %1", "longer", 1, "longer longer"},
         {"%1%1%1", "", 1, "%1"},             // two characters on from each match, whatever the value's length
         {"%1%1%1%1", "x", 1, "x%1x%1"},      // likewise
@@ -250,20 +236,16 @@ TEST(String, WildcardsTakeTheirValues)
         {"%123456789", "x", 123456789, "x9"},
         {"%-3", "x", -3, "x"},
     };
-    for (auto const &row : rows) {
-        text = row.text;
-        text.replaceWildcard(row.value, row.index);
-        EXPECT_EQ(text, row.replaced) << row.text;
+    for (auto const &[given, value, index, replaced] : rows) {
+        text = given;
+        text.replaceWildcard(value, index);
+        EXPECT_EQ(text, replaced) << given;
     }
 }
 
 TEST(String, SimilarityOfNames)
 {
-    struct {
-        char const *a;
-        char const *b;
-        float score;
-    } const rows[] = {
+    std::tuple<char const *, char const *, float> const rows[] = {
         {"name", "name", 1.0f},
         {"ab", "AB", 0.9f},
         {"", "x", 0.0f},
@@ -275,9 +257,9 @@ TEST(String, SimilarityOfNames)
         {"qab", "wba", 1 / 3.0f}, // "a" 1 + 2 ahead ties with "b" 2 + 1: fewer in the first text
         {"qabcd", "wbacd", 3 / 5.0f},
     };
-    for (auto const &row : rows) {
-        EXPECT_FLOAT_EQ(String::match(row.a, row.b), row.score) << row.a << ' ' << row.b;
-        EXPECT_FLOAT_EQ(WString::match(String(row.a), String(row.b)), row.score);
+    for (auto const &[a, b, score] : rows) {
+        EXPECT_FLOAT_EQ(String::match(a, b), score) << a << ' ' << b;
+        EXPECT_FLOAT_EQ(WString::match(String(a), String(b)), score);
     }
     EXPECT_FLOAT_EQ(String::match(String(200, 'a'), String(1, 'a')), 0.0f) << "below 0.01";
     std::string large(1 << 20, 'a');
@@ -292,11 +274,7 @@ TEST(String, MatchesAPattern)
 
 TEST(WString, MatchesInItsOwnWay)
 {
-    struct {
-        wchar_t const *text;
-        wchar_t const *pattern;
-        bool matches;
-    } const rows[] = {
+    std::tuple<wchar_t const *, wchar_t const *, bool> const rows[] = {
         {L"x", L"x", true},         {L"", L"", true},
         {L"", L"*", false},         {L"a", L"a*", false},
         {L"ab", L"a*", true},       {L"ab", L"a*b", true},
@@ -310,9 +288,9 @@ TEST(WString, MatchesInItsOwnWay)
         {L"abbd", L"*?bd", true},   {L"a?c", L"a?c", true},
         {L"a*cd", L"a?d", true}, // takes a star, which is one from then on
     };
-    for (auto const &row : rows) {
-        EXPECT_EQ(WString(row.text).match(row.pattern, true), row.matches)
-            << std::string(String().toString(row.text)) << ' ' << std::string(String().toString(row.pattern));
+    for (auto const &[text, pattern, matches] : rows) {
+        EXPECT_EQ(WString(text).match(pattern, true), matches)
+            << std::string(String().toString(text)) << ' ' << std::string(String().toString(pattern));
     }
     EXPECT_TRUE(WString(L"x").match(L"X", false));
     EXPECT_FALSE(WString(L"x").match(L"X", true));

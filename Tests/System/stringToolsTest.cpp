@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <vector>
 
 using namespace Qel;
@@ -164,11 +165,7 @@ TEST(StringTools, Compare)
     EXPECT_EQ(StringTools::compare("ab", "a"), 1);
     EXPECT_EQ(StringTools::compare(nullptr, ""), 0);
 
-    struct {
-        char const *a;
-        char const *b;
-        int difference;
-    } const rows[] = {
+    std::tuple<char const *, char const *, int> const rows[] = {
         {"Data\\File.TXT", "data/file.txt", 0},
         {"data/file.txt", "data/file.tx", 't'},
         {"data/file.tx", "data/file.txt", -'t'},
@@ -176,8 +173,8 @@ TEST(StringTools, Compare)
         {"\xC0", "\x40", -128},
         {nullptr, "a", -'a'},
     };
-    for (auto const &row : rows) {
-        EXPECT_EQ(StringTools::compare(row.a, row.b, path), row.difference) << row.b;
+    for (auto const &[a, b, difference] : rows) {
+        EXPECT_EQ(StringTools::compare(a, b, path), difference) << b;
     }
 }
 

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <tuple>
 
 namespace Qel {
 namespace {
@@ -15,14 +16,8 @@ constexpr float infinity = std::numeric_limits<float>::infinity();
 TEST(VarType, ConvertsBetweenNumbersAndTexts)
 {
     int const somewhere = 0;
-    struct {
-        char const *what;
-        varType value;
-        int asInt; // with 99 to fall back on
-        float asFloat;
-        char const *asPointer;
-        char const *asText;
-    } const rows[] = {
+    // Numbers fall back on 99, texts on "?".
+    std::tuple<char const *, varType, int, float, char const *, char const *> const rows[] = {
         {"nil", varType(), 99, 99.0f, "?", "?"},
         {"int", -5, -5, -5.0f, "?", "-5"},
         {"unsigned", 0xFFFFFFFFu, -1, -1.0f, "?", "-1"},
@@ -35,13 +30,13 @@ TEST(VarType, ConvertsBetweenNumbersAndTexts)
         {"pointer", static_cast<void const *>(&somewhere), 99, 99.0f, "?", "?"},
         {"table", DummyTable::Instance(), 99, 99.0f, "?", "?"},
     };
-    for (auto const &row : rows) {
-        SCOPED_TRACE(row.what);
-        EXPECT_EQ(row.value.toI32(99), row.asInt);
-        EXPECT_EQ(row.value.toF32(99.0f), row.asFloat);
-        EXPECT_STREQ(row.value.toStPtr("?"), row.asPointer);
-        EXPECT_EQ(row.value.toString("?"), row.asText);
-        EXPECT_EQ(row.value.toString(String("?")), row.asText);
+    for (auto const &[what, value, asInt, asFloat, asPointer, asText] : rows) {
+        SCOPED_TRACE(what);
+        EXPECT_EQ(value.toI32(99), asInt);
+        EXPECT_EQ(value.toF32(99.0f), asFloat);
+        EXPECT_STREQ(value.toStPtr("?"), asPointer);
+        EXPECT_EQ(value.toString("?"), asText);
+        EXPECT_EQ(value.toString(String("?")), asText);
     }
     EXPECT_EQ(varType(std::numeric_limits<float>::quiet_NaN()).toI32(99), 0);
     EXPECT_EQ(varType().toString(nullptr), "");

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <thread>
+#include <tuple>
 #include <vector>
 
 using namespace Qel;
@@ -38,10 +39,7 @@ std::uint64_t maskFor(test::NotedAffinity &affinity, int binding)
 
 TEST(CpuBindingMasks, ComeFromTheProcess)
 {
-    struct Row {
-        std::uint64_t process, any, first, second;
-    };
-    Row const rows[] = {
+    std::tuple<std::uint64_t, std::uint64_t, std::uint64_t, std::uint64_t> const rows[] = {
         {0b1, 0b1, 0b1, 0b1},
         {0b11, 0b11, 0b1, 0b10},
         {0b10100, 0b10100, 0b100, 0b10000},
@@ -49,14 +47,14 @@ TEST(CpuBindingMasks, ComeFromTheProcess)
         {0, 1, 1, 1},
         {0xF00, 0, 0, 0}, // none of the low eight: binding stays off
     };
-    for (Row const &row : rows) {
-        SCOPED_TRACE(row.process);
+    for (auto const &[process, any, first, second] : rows) {
+        SCOPED_TRACE(process);
         test::NotedAffinity affinity;
-        affinity.process = row.process;
+        affinity.process = process;
         cCpuBinding::init(true);
-        EXPECT_EQ(maskFor(affinity, cCpuBinding::BIND_ANY), row.any);
-        EXPECT_EQ(maskFor(affinity, cCpuBinding::BIND_FIRST), row.first);
-        EXPECT_EQ(maskFor(affinity, cCpuBinding::BIND_SECOND), row.second);
+        EXPECT_EQ(maskFor(affinity, cCpuBinding::BIND_ANY), any);
+        EXPECT_EQ(maskFor(affinity, cCpuBinding::BIND_FIRST), first);
+        EXPECT_EQ(maskFor(affinity, cCpuBinding::BIND_SECOND), second);
         cCpuBinding::disable();
         cCpuBinding::deinit();
     }

@@ -58,6 +58,16 @@ struct Pool : QueuedTaskMgr {
     }
 };
 
+// A pool of one worker, which a task keeps busy.
+struct BusyPool : Pool {
+    BusyPool() : Pool(1)
+    {
+        addTask(&blocker, priority(7));
+        blocker.waitEntered();
+    }
+    Blocker blocker;
+};
+
 } // namespace
 
 TEST(QueuedTaskMgr, StepsATaskOnAWorkerUntilItEnds)
@@ -88,10 +98,7 @@ TEST(QueuedTaskMgr, StepsATaskOnAWorkerUntilItEnds)
 
 TEST(QueuedTaskMgr, RunsUrgentTasksLastInFirstOutAndTheOthersInTheirOrder)
 {
-    Pool pool(1);
-    Blocker blocker;
-    pool.addTask(&blocker, priority(0));
-    blocker.waitEntered();
+    BusyPool pool;
 
     std::string order;
     std::vector<std::unique_ptr<Task>> tasks;
@@ -108,22 +115,19 @@ TEST(QueuedTaskMgr, RunsUrgentTasksLastInFirstOutAndTheOthersInTheirOrder)
     EXPECT_EQ(pool.getQueuedTasks(), 4u);
     EXPECT_EQ(pool.getIdleThreads(), 0u);
     EXPECT_TRUE(pool.getThread(0)->isBusy());
-    EXPECT_EQ(pool.getThread(0)->getTask(), &blocker);
-    blocker.m_go = true;
+    EXPECT_EQ(pool.getThread(0)->getTask(), &pool.blocker);
+    pool.blocker.m_go = true;
     for (auto const &task : tasks) {
         ASSERT_TRUE(test::waitUntil([&] { return task->isDone(); }));
     }
     EXPECT_EQ(order, "BACD");
     EXPECT_STREQ(tasks[0]->getTaskName().c_str(), "default-task");
-    EXPECT_EQ(blocker.getStatus(), TASK_DONE);
+    EXPECT_EQ(pool.blocker.getStatus(), TASK_DONE);
 }
 
 TEST(QueuedTaskMgr, FinishRunsAQueuedTaskHereAndWaitsForARunningOne)
 {
-    Pool pool(1);
-    Blocker blocker;
-    pool.addTask(&blocker, priority(7));
-    blocker.waitEntered();
+    BusyPool pool;
 
     std::atomic<std::uint32_t> ranOn{0};
     Task queued([&](bool forced) {
@@ -137,24 +141,21 @@ TEST(QueuedTaskMgr, FinishRunsAQueuedTaskHereAndWaitsForARunningOne)
     EXPECT_EQ(queued.getStatus(), TASK_DONE);
     EXPECT_EQ(pool.getQueuedTasks(), 0u);
 
-    EXPECT_EQ(pool.forceTask(&blocker), TASK_RUNNING);
-    EXPECT_EQ(pool.abortTask(&blocker), TASK_RUNNING);
+    EXPECT_EQ(pool.forceTask(&pool.blocker), TASK_RUNNING);
+    EXPECT_EQ(pool.abortTask(&pool.blocker), TASK_RUNNING);
     std::thread helper([&] {
         test::pause(5);
-        blocker.m_go = true;
+        pool.blocker.m_go = true;
     });
-    blocker.finish();
-    EXPECT_EQ(blocker.getStatus(), TASK_DONE);
+    pool.blocker.finish();
+    EXPECT_EQ(pool.blocker.getStatus(), TASK_DONE);
     helper.join();
 }
 
 TEST(QueuedTaskMgr, AbortTakesATaskOutUnrunAndWaitsForARunningOne)
 {
-    Pool pool(1);
-    Blocker blocker;
+    BusyPool pool;
     Blocker queued, never, added;
-    pool.addTask(&blocker, priority(7));
-    blocker.waitEntered();
     pool.addTask(&queued, priority(7));
     queued.abort();
     never.abort();
@@ -166,10 +167,10 @@ TEST(QueuedTaskMgr, AbortTakesATaskOutUnrunAndWaitsForARunningOne)
     pool.abortQueuedTasks();
     EXPECT_EQ(added.getStatus(), TASK_ABORTED);
     EXPECT_EQ(pool.getQueuedTasks(), 0u);
-    EXPECT_EQ(blocker.getStatus(), TASK_RUNNING);
-    blocker.m_go = true;
-    blocker.abort();
-    EXPECT_EQ(blocker.getStatus(), TASK_DONE); // it ended by itself
+    EXPECT_EQ(pool.blocker.getStatus(), TASK_RUNNING);
+    pool.blocker.m_go = true;
+    pool.blocker.abort();
+    EXPECT_EQ(pool.blocker.getStatus(), TASK_DONE); // it ended by itself
 }
 
 TEST(QueuedTaskMgr, ForcedImmediatelyATaskIsDoneWhenAddTaskReturns)
@@ -319,10 +320,7 @@ TEST(QueuedTaskMgr, GoesWhileTasksWaitForOthersThatItLeavesRunning)
 #ifdef NDEBUG
 TEST(QueuedTaskMgr, InReleaseATaskThatIsDestroyedTooEarlyIsForgotten)
 {
-    Pool pool(1);
-    Blocker blocker;
-    pool.addTask(&blocker, priority(7));
-    blocker.waitEntered();
+    BusyPool pool;
     {
         Task gone;
         pool.addTask(&gone, priority(7));
@@ -330,7 +328,7 @@ TEST(QueuedTaskMgr, InReleaseATaskThatIsDestroyedTooEarlyIsForgotten)
     EXPECT_EQ(pool.getQueuedTasks(), 0u);
     Task after;
     pool.addTask(&after, priority(7));
-    blocker.m_go = true;
+    pool.blocker.m_go = true;
     EXPECT_TRUE(test::waitUntil([&] { return after.isDone(); }));
 
     Task itself([&](bool) {

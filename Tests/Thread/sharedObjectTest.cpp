@@ -19,12 +19,6 @@ using namespace Qel;
 
 namespace {
 
-// A name that no other run of this test uses.
-std::string uniqueName(char const *what)
-{
-    return std::string("qel test/") + what + '\\' + std::to_string(getpid());
-}
-
 // What a process leaves in the shared folder under names of this test.
 int leftovers()
 {
@@ -36,6 +30,15 @@ int leftovers()
     }
     return count;
 }
+
+// A name that no other run of this test uses. When it goes nothing may be left under it.
+struct UniqueName : std::string {
+    explicit UniqueName(char const *what)
+        : std::string(std::string("qel test/") + what + '\\' + std::to_string(getpid()))
+    {
+    }
+    ~UniqueName() { EXPECT_EQ(leftovers(), 0); }
+};
 
 // A child process; it ends by _exit, so that nothing of the test runs twice.
 class Child {
@@ -99,26 +102,23 @@ public:
 
 TEST(Mutex, IsTakenAgainByItsOwnerThroughAnyObjectOfItsName)
 {
-    std::string const name = uniqueName("again");
-    {
-        cMutex first(name.c_str());
-        auto second = std::make_unique<cMutex>(name.c_str());
-        first.on();
-        second->on();
-        std::atomic<bool> entered{false};
-        std::thread other([&] {
-            cMutex third(name.c_str());
-            cMutexHelper const guard(&third);
-            entered = true;
-        });
-        second->off();
-        second.reset();
-        test::pause(5);
-        EXPECT_FALSE(entered);
-        first.off();
-        other.join();
-    }
-    EXPECT_EQ(leftovers(), 0);
+    UniqueName const name("again");
+    cMutex first(name.c_str());
+    auto second = std::make_unique<cMutex>(name.c_str());
+    first.on();
+    second->on();
+    std::atomic<bool> entered{false};
+    std::thread other([&] {
+        cMutex third(name.c_str());
+        cMutexHelper const guard(&third);
+        entered = true;
+    });
+    second->off();
+    second.reset();
+    test::pause(5);
+    EXPECT_FALSE(entered);
+    first.off();
+    other.join();
 }
 
 TEST(Mutex, WithoutANameIsALockOfItsOwn)
@@ -132,69 +132,60 @@ TEST(Mutex, WithoutANameIsALockOfItsOwn)
 
 TEST(Mutex, IsFreeAgainWhenItsOwnerIsKilled)
 {
-    std::string const name = uniqueName("killed");
-    {
-        cMutex mutex(name.c_str());
-        Holder child(name);
+    UniqueName const name("killed");
+    cMutex mutex(name.c_str());
+    Holder child(name);
 
-        std::atomic<bool> entered{false};
-        std::thread waiter([&] {
-            cMutexHelper const guard(&mutex);
-            entered = true;
-        });
-        test::pause(5);
-        EXPECT_FALSE(entered);
-        child.killAndWait();
-        waiter.join();
+    std::atomic<bool> entered{false};
+    std::thread waiter([&] {
+        cMutexHelper const guard(&mutex);
+        entered = true;
+    });
+    test::pause(5);
+    EXPECT_FALSE(entered);
+    child.killAndWait();
+    waiter.join();
 
-        // And it is an ordinary lock again.
-        cMutexHelper const once(&mutex);
-        cMutexHelper const twice(&mutex);
-    }
-    EXPECT_EQ(leftovers(), 0);
+    // And it is an ordinary lock again.
+    cMutexHelper const once(&mutex);
+    cMutexHelper const twice(&mutex);
 }
 
 TEST(Mutex, WhatAKilledProcessLeftAloneBehindIsClearedByTheNextUser)
 {
-    std::string const name = uniqueName("left");
+    UniqueName const name("left");
     Holder child(name);
     child.killAndWait();
     EXPECT_EQ(leftovers(), 1);
-    {
-        cMutex mutex(name.c_str());
-        cMutexHelper const guard(&mutex);
-    }
-    EXPECT_EQ(leftovers(), 0);
+    cMutex mutex(name.c_str());
+    cMutexHelper const guard(&mutex);
 }
 
 TEST(Signal, ReachesAnotherProcessByName)
 {
-    std::string there = uniqueName("there");
-    std::string back = uniqueName("back");
-    {
-        cSignal ping(there.data());
-        cSignal pong(back.data());
-        cMutex sameName(there.c_str()); // another object
-        Child child([&] {
-            cSignal hear(there.data());
-            cSignal answer(back.data());
-            for (int round = 0; round < 50; ++round) {
-                hear.wait_signal();
-                answer.signal();
-            }
-        });
+    UniqueName there("there");
+    UniqueName back("back");
+    cSignal ping(there.data());
+    cSignal pong(back.data());
+    cMutex sameName(there.c_str()); // another object
+    Child child([&] {
+        cSignal hear(there.data());
+        cSignal answer(back.data());
         for (int round = 0; round < 50; ++round) {
-            ping.signal();
-            pong.wait_signal();
+            hear.wait_signal();
+            answer.signal();
         }
-        EXPECT_EQ(child.wait(), 0);
+    });
+    for (int round = 0; round < 50; ++round) {
+        ping.signal();
+        pong.wait_signal();
     }
-    EXPECT_EQ(leftovers(), 0);
+    EXPECT_EQ(child.wait(), 0);
 }
 
 TEST(Signal, IsNotLostOnAWaiterThatIsKilled)
 {
-    std::string name = uniqueName("waiter");
+    UniqueName name("waiter");
     cSignal signal(name.data());
     std::atomic<int> &waiting = sharedFlag();
     Child child([&] {
@@ -214,7 +205,7 @@ TEST(Signal, IsNotLostOnAWaiterThatIsKilled)
 // Openers and closers meet; whoever holds the name shares one lock.
 TEST(Mutex, IsOneLockForAllThatOpenAndCloseItAtOnce)
 {
-    std::string const name = uniqueName("crowd");
+    UniqueName const name("crowd");
     std::atomic<int> inside{0};
     std::atomic<int> clashes{0};
     test::inThreads(3, [&](int) {
@@ -226,5 +217,4 @@ TEST(Mutex, IsOneLockForAllThatOpenAndCloseItAtOnce)
         }
     });
     EXPECT_EQ(clashes, 0);
-    EXPECT_EQ(leftovers(), 0);
 }

@@ -30,14 +30,6 @@ using Threaded = tThreaded<Task>;
 
 } // namespace
 
-TEST(ThreadTask, EndsWhenAStepSaysSo)
-{
-    std::atomic<int> steps{0};
-    Threaded task([&](float) { return ++steps < 3; });
-    EXPECT_TRUE(test::waitUntil([&] { return task.isThreadFinished(); }));
-    EXPECT_EQ(steps, 3);
-}
-
 TEST(ThreadTask, AStopWakesTheSleeperAndNoStepFollows)
 {
     std::atomic<int> steps{0};

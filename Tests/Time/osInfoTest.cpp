@@ -10,6 +10,7 @@
 #include <cstring>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include <sys/utsname.h>
@@ -37,13 +38,7 @@ void forget()
 
 TEST(OsInfo, TellsTheSystemFromItsVersion)
 {
-    struct Row {
-        std::uint32_t platform, major, minor;
-        char const *servicePack;
-        int type;
-        char const *text;
-    };
-    Row const rows[] = {
+    std::tuple<std::uint32_t, std::uint32_t, std::uint32_t, char const *, int, char const *> const rows[] = {
         {0, 3, 10, "", 2, "Microsoft Windows 3.1"},
         {1, 4, 0, "", 3, "Microsoft Windows 95"},
         {1, 4, 0, " B", 4, "Microsoft Windows 95 osr2"},
@@ -66,21 +61,19 @@ TEST(OsInfo, TellsTheSystemFromItsVersion)
     };
     os::SystemVersionScope const scope(answer);
     answers = true;
-    for (Row const &row : rows) {
-        SCOPED_TRACE(testing::Message() << row.platform << ' ' << row.major << '.' << row.minor);
+    for (auto const &[platform, major, minor, servicePack, type, text] : rows) {
+        SCOPED_TRACE(testing::Message() << platform << ' ' << major << '.' << minor);
         forget();
-        answered = {row.platform, row.major, row.minor, 2600, 2, 1};
-        std::strncpy(answered.servicePack, row.servicePack, sizeof answered.servicePack - 1);
-        EXPECT_EQ(OsInfo::os_getVersion(), row.type);
-        EXPECT_STREQ(OsInfo::os_getString(), row.text);
+        answered = {platform, major, minor, 2600, 2, 1};
+        std::strncpy(answered.servicePack, servicePack, sizeof answered.servicePack - 1);
+        EXPECT_EQ(OsInfo::os_getVersion(), type);
+        EXPECT_STREQ(OsInfo::os_getString(), text);
         sOsBuild const build = *OsInfo::os_getBuild();
-        EXPECT_EQ(build.major, row.major);
-        EXPECT_EQ(build.minor, row.minor);
-        EXPECT_EQ(build.build, 2600u);
-        EXPECT_EQ(build.servicePackMajor, 2u);
-        EXPECT_EQ(build.servicePackMinor, 1u);
-        EXPECT_TRUE(OsInfo::os_meetsRequirements(static_cast<OS_TYPE>(row.type)));
-        EXPECT_FALSE(OsInfo::os_meetsRequirements(static_cast<OS_TYPE>(row.type + 1)));
+        EXPECT_EQ(
+            std::tuple(build.major, build.minor, build.build, build.servicePackMajor, build.servicePackMinor),
+            std::tuple(major, minor, 2600u, 2u, 1u));
+        EXPECT_TRUE(OsInfo::os_meetsRequirements(static_cast<OS_TYPE>(type)));
+        EXPECT_FALSE(OsInfo::os_meetsRequirements(static_cast<OS_TYPE>(type + 1)));
     }
     forget();
 }

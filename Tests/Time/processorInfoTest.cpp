@@ -10,6 +10,7 @@
 #include <limits>
 #include <map>
 #include <string>
+#include <tuple>
 #include <vector>
 
 using namespace Qel;
@@ -76,11 +77,7 @@ std::string flagsOf(ProcessorInfo const &info)
 
 TEST(ProcessorInfo, ReadsEachFlagFromItsBit)
 {
-    struct Row {
-        std::uint32_t edx, ecx;
-        char const *flags;
-    };
-    Row const rows[] = {
+    std::tuple<std::uint32_t, std::uint32_t, std::string> const rows[] = {
         {0, 0, "000000000000000"},        {1u << 4, 0, "100000000000000"},
         {1u << 15, 0, "010000000000000"}, {1u << 15 | 1u, 0, "011000000000010"}, // FCMOV needs both
         {1u << 25, 0, "000100000000000"}, {1u << 26, 0, "000010000000000"},
@@ -89,15 +86,14 @@ TEST(ProcessorInfo, ReadsEachFlagFromItsBit)
         {1u << 30, 0, "000000000001000"}, {1u << 18, 0, "000000000000100"},
         {1u, 0, "000000000000010"},       {1u << 22, 0, "000000000000001"},
     };
-    for (std::size_t index = 0; index < std::size(rows); ++index) {
-        SCOPED_TRACE(index);
+    for (auto const &[edx, ecx, flags] : rows) {
+        SCOPED_TRACE(flags);
         FakeProcessor processor;
         processor.intel();
-        processor.leaves[1] = {0, 0, rows[index].ecx, rows[index].edx};
+        processor.leaves[1] = {0, 0, ecx, edx};
         ProcessorInfo const info;
-        std::string const expected = rows[index].flags;
-        EXPECT_EQ(flagsOf(info), expected);
-        std::string const lowestLast(expected.rbegin(), expected.rend());
+        EXPECT_EQ(flagsOf(info), flags);
+        std::string const lowestLast(flags.rbegin(), flags.rend());
         EXPECT_EQ(info.getCpuInfo()->flags, std::stoul(lowestLast, nullptr, 2));
         EXPECT_EQ(info.getCpuInfo()->size, sizeof(sCPUInfo));
     }
@@ -105,54 +101,45 @@ TEST(ProcessorInfo, ReadsEachFlagFromItsBit)
 
 TEST(ProcessorInfo, NeedsIntelAndAFamilyForHyperThreading)
 {
-    struct Row {
-        bool intel;
-        std::uint32_t signature, features;
-        bool expected;
-    };
-    Row const rows[] = {
+    std::tuple<bool, std::uint32_t, std::uint32_t, bool> const rows[] = {
         {true, 0xF00, 1u << 28, true},    // the family bits all set
         {true, 0x100600, 1u << 28, true}, // or an extended family
         {true, 0x600, 1u << 28, false},   // neither
         {true, 0xE00, 1u << 28, false},   // not all of them
         {true, 0xF00, 0, false},          {false, 0xF00, 1u << 28, false},
     };
-    for (Row const &row : rows) {
-        SCOPED_TRACE(row.signature);
+    for (auto const &[intel, signature, features, expected] : rows) {
+        SCOPED_TRACE(signature);
         FakeProcessor processor;
-        row.intel ? processor.intel() : processor.amd();
-        processor.leaves[1] = {row.signature, 4u << 16, 0, row.features};
+        intel ? processor.intel() : processor.amd();
+        processor.leaves[1] = {signature, 4u << 16, 0, features};
         processor.count = 8;
         ProcessorInfo const info;
-        EXPECT_EQ(info.hasHT(), row.expected);
-        EXPECT_EQ(info.getLogicalPerCPU(), row.expected ? 4 : 1);
-        EXPECT_EQ(info.getPhysicalCPUs(), row.expected ? 2 : 8);
-        EXPECT_STREQ(info.getVendor(), row.intel ? "GenuineIntel" : "AuthenticAMD");
+        EXPECT_EQ(info.hasHT(), expected);
+        EXPECT_EQ(info.getLogicalPerCPU(), expected ? 4 : 1);
+        EXPECT_EQ(info.getPhysicalCPUs(), expected ? 2 : 8);
+        EXPECT_STREQ(info.getVendor(), intel ? "GenuineIntel" : "AuthenticAMD");
     }
 }
 
 TEST(ProcessorInfo, CountsPackages)
 {
-    struct Row {
-        std::uint32_t perPackage, system;
-        int physical, logical, perCpu;
-    };
-    Row const rows[] = {
+    std::tuple<std::uint32_t, std::uint32_t, int, int, int> const rows[] = {
         {4, 8, 2, 8, 4},        {8, 4, 4, 32, 8},      // more than there are: each counts as a package
         {0, 4, 4, 4, 1},                               // a count of 0 counts as 1
         {2, 5, 2, 4, 2},        {255, 2, 2, 254, 127}, // in 8 bits
         {1, 1000, 255, 255, 1}, {64, 256, 4, 0, 0},
     };
-    for (Row const &row : rows) {
-        SCOPED_TRACE(row.perPackage);
+    for (auto const &[perPackage, system, physical, logical, perCpu] : rows) {
+        SCOPED_TRACE(perPackage);
         FakeProcessor processor;
         processor.intel();
-        processor.logicalPerPackage(row.perPackage);
-        processor.count = row.system;
+        processor.logicalPerPackage(perPackage);
+        processor.count = system;
         ProcessorInfo const info;
-        EXPECT_EQ(info.getPhysicalCPUs(), row.physical);
-        EXPECT_EQ(info.getLogicalCPUs(), row.logical);
-        EXPECT_EQ(info.getLogicalPerCPU(), row.perCpu);
+        EXPECT_EQ(info.getPhysicalCPUs(), physical);
+        EXPECT_EQ(info.getLogicalCPUs(), logical);
+        EXPECT_EQ(info.getLogicalPerCPU(), perCpu);
     }
 }
 

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <limits>
 #include <string>
+#include <tuple>
 
 namespace Qel {
 namespace {
@@ -68,24 +69,19 @@ TEST_F(Timers, MeasuresAcrossTheWrapOfTheClock)
 
 TEST_F(Timers, ConvertsCountsAsUnsignedNumbers)
 {
-    struct {
-        std::uint64_t count;
-        double seconds;
-        std::uint32_t milliseconds;
-        std::uint32_t microseconds;
-    } const rows[] = {
+    std::tuple<std::uint64_t, double, std::uint32_t, std::uint32_t> const rows[] = {
         {1500, 1.5, 1500, 1500000},
         {5000000000, 5000000.0, 705032704, 658067456},               // 5e9 and 5e12 modulo 2^32
         {0x8000000000000800u, std::ldexp(1.0, 63) * 0.001, 2048, 0}, // microseconds beyond 64 bits
         {0xFFFFFFFFFFFFFFFFu, std::ldexp(1.0, 64) * 0.001, 0, 0},
     };
 
-    for (auto const &row : rows) {
-        SCOPED_TRACE(row.count);
-        TimerCycle const cycle = TimerCycle::fromCount(row.count);
-        EXPECT_NEAR(cycle.getSeconds(), row.seconds, row.seconds * 1e-15);
-        EXPECT_EQ(cycle.getMilliseconds(), row.milliseconds);
-        EXPECT_EQ(cycle.getMicroseconds(), row.microseconds);
+    for (auto const &[count, seconds, milliseconds, microseconds] : rows) {
+        SCOPED_TRACE(count);
+        TimerCycle const cycle = TimerCycle::fromCount(count);
+        EXPECT_NEAR(cycle.getSeconds(), seconds, seconds * 1e-15);
+        EXPECT_EQ(cycle.getMilliseconds(), milliseconds);
+        EXPECT_EQ(cycle.getMicroseconds(), microseconds);
     }
     EXPECT_TRUE(TimerCycle::fromCount(1).isLessThan(TimerCycle::fromCount(0x8000000000000000u)));
 }
@@ -93,10 +89,7 @@ TEST_F(Timers, ConvertsCountsAsUnsignedNumbers)
 TEST_F(Timers, TakesAnyFloat)
 {
     constexpr float infinity = std::numeric_limits<float>::infinity();
-    struct {
-        float ms;
-        std::uint64_t count;
-    } const rows[] = {
+    std::tuple<float, std::uint64_t> const rows[] = {
         {2.9f, 2},
         {-2.9f, 0xFFFFFFFFFFFFFFFEu},
         {9.3e18f, 9300000300729368576u}, // the float nearest to it
@@ -104,9 +97,9 @@ TEST_F(Timers, TakesAnyFloat)
         {-infinity, 0x8000000000000000u},
         {std::numeric_limits<float>::quiet_NaN(), 0},
     };
-    for (auto const &row : rows) {
-        SCOPED_TRACE(row.ms);
-        EXPECT_EQ(TimerCycle(row.ms).getCount(), row.count);
+    for (auto const &[ms, count] : rows) {
+        SCOPED_TRACE(ms);
+        EXPECT_EQ(TimerCycle(ms).getCount(), count);
     }
 
     TimerInit::gClockSpeedMillisecondsMultiplier = 0.0; // as before init()

@@ -6,11 +6,13 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <bit>
 #include <cfloat>
 #include <cstring>
 #include <limits>
 #include <random>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -93,22 +95,18 @@ TEST(D3dxFloat16, WidensToTheSameValueAndRoundsBackToTheNearest)
     D3DXFloat16To32Array(widened, both, 3);
     float values[3];
     std::memcpy(values, both, sizeof values);
-    EXPECT_EQ(values[0], 1.0f);
-    EXPECT_EQ(values[1], -2.0f);
-    EXPECT_EQ(values[2], 3.140625f);
+    EXPECT_EQ(std::to_array(values), (std::array{1.0f, -2.0f, 3.140625f}));
     D3DXFLOAT16 const nan(std::numeric_limits<float>::quiet_NaN());
     EXPECT_TRUE(std::isnan(*D3DXFloat16To32Array(values, &nan, 1)));
 
     // Between two halves; the last step before infinity; denormals.
-    struct {
-        float value;
-        std::uint16_t bits;
-    } const rows[] = {{1 + 0x1p-11f, 0x3C00},       {1 + 0x3p-11f, 0x3C02}, {-(1 + 0x1.8p-11f), 0xBC01},
-                      {65519.996f, 0x7BFF},         {65520, 0x7C00},        {-FLT_MAX, 0xFC00},
-                      {0x1p-14f - 0x1p-25f, 0x400}, {0x1p-25f, 0},          {0x3p-25f, 2},
-                      {-0x1.000002p-25f, 0x8001},   {-1e-40f, 0x8000}};
-    for (auto const &row : rows) {
-        EXPECT_EQ(D3DXFLOAT16(row.value).value, row.bits) << row.value;
+    std::tuple<float, std::uint16_t> const rows[] = {
+        {1 + 0x1p-11f, 0x3C00},       {1 + 0x3p-11f, 0x3C02}, {-(1 + 0x1.8p-11f), 0xBC01},
+        {65519.996f, 0x7BFF},         {65520, 0x7C00},        {-FLT_MAX, 0xFC00},
+        {0x1p-14f - 0x1p-25f, 0x400}, {0x1p-25f, 0},          {0x3p-25f, 2},
+        {-0x1.000002p-25f, 0x8001},   {-1e-40f, 0x8000}};
+    for (auto const &[value, bits] : rows) {
+        EXPECT_EQ(D3DXFLOAT16(value).value, bits) << value;
     }
 }
 
@@ -131,28 +129,25 @@ TEST(D3dxVectors, RunThroughArraysWithAnyStride)
 {
     std::mt19937 random(3);
     D3DXMATRIX const m = randomMatrix(random);
-    struct {
-        unsigned in, out;
-        bool inPlace;
-    } const rows[] = {{12, 16, false}, {20, 36, false}, {12, 16, true},
-                      {16, 16, true},  {40, 16, true},  {16, 40, true}};
-    for (auto const &row : rows) {
-        SCOPED_TRACE(testing::Message() << row.in << " to " << row.out << (row.inPlace ? " in place" : ""));
+    std::tuple<unsigned, unsigned, bool> const rows[] = {{12, 16, false}, {20, 36, false}, {12, 16, true},
+                                                         {16, 16, true},  {40, 16, true},  {16, 40, true}};
+    for (auto const &[inStride, outStride, inPlace] : rows) {
+        SCOPED_TRACE(testing::Message() << inStride << " to " << outStride << (inPlace ? " in place" : ""));
         constexpr unsigned n = 9;
         std::vector<float> in(n * 10 + 4), out(n * 10 + 4);
         std::vector<D3DXVECTOR4> expected;
         for (unsigned i = 0; i < n; ++i) {
             D3DXVECTOR3 const p(static_cast<float>(i), 1.5f - static_cast<float>(i * i), 0.25f);
-            std::memcpy(&in[i * row.in / 4], &p, sizeof p);
+            std::memcpy(&in[i * inStride / 4], &p, sizeof p);
             D3DXVECTOR4 const wide(p, 1);
             D3DXVECTOR4 &result = expected.emplace_back();
             D3DXVec4Transform(&result, &wide, &m);
         }
-        float *const to = row.inPlace ? in.data() : out.data();
-        D3DXVec3TransformArray(reinterpret_cast<D3DXVECTOR4 *>(to), row.out,
-                               reinterpret_cast<D3DXVECTOR3 *>(in.data()), row.in, &m, n);
+        float *const to = inPlace ? in.data() : out.data();
+        D3DXVec3TransformArray(reinterpret_cast<D3DXVECTOR4 *>(to), outStride,
+                               reinterpret_cast<D3DXVECTOR3 *>(in.data()), inStride, &m, n);
         for (unsigned i = 0; i < n; ++i) {
-            EXPECT_TRUE(D3DXVECTOR4(to + i * row.out / 4) == expected[i]) << i;
+            EXPECT_TRUE(D3DXVECTOR4(to + i * outStride / 4) == expected[i]) << i;
         }
     }
 }

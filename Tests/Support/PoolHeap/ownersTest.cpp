@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -96,11 +97,7 @@ TEST(InternPool, MemoryFollowsTheChunksAskedFor)
     constexpr std::uint64_t head = 64; // more than a chunk's own bookkeeping
     unsigned context = 0x7E5A0000;
     std::string const longText(5000, 'l');
-    struct {
-        unsigned expected, chunk;
-        std::vector<std::string> texts;
-        std::uint64_t bytes;
-    } const rows[] = {
+    std::tuple<unsigned, unsigned, std::vector<std::string>, std::uint64_t> const rows[] = {
         {0, 4096, {"a", "b", std::string(4000, 'c')}, 4096},
         {0, 0, {"a"}, 4096},
         {100000, 4096, {"a"}, 100000},
@@ -108,14 +105,14 @@ TEST(InternPool, MemoryFollowsTheChunksAskedFor)
         {0, 4096, {longText, "a"}, 5001 + 4096},
         {0, 1, {"a", "b"}, 4},
     };
-    for (auto const &row : rows) {
+    for (auto const &[expected, chunk, texts, bytes] : rows) {
         ++context;
         SCOPED_TRACE(context);
-        InternPool pool(row.expected, row.chunk, context);
-        for (std::string const &text : row.texts)
+        InternPool pool(expected, chunk, context);
+        for (std::string const &text : texts)
             EXPECT_EQ(pool.str_add(text.c_str()), text);
-        EXPECT_GE(liveBytes(context), row.bytes);
-        EXPECT_LE(liveBytes(context), row.bytes + row.texts.size() * head);
+        EXPECT_GE(liveBytes(context), bytes);
+        EXPECT_LE(liveBytes(context), bytes + texts.size() * head);
     }
 }
 

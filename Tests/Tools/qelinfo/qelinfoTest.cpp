@@ -4,6 +4,7 @@
 #include <png.h>
 
 #include <cstdlib>
+#include <tuple>
 #include <vector>
 
 #include <sys/wait.h>
@@ -25,11 +26,7 @@ TEST(Qelinfo, SaysWhatAFileIsAndWhyItIsNotRead)
     test::writeFile("text", "no picture, but long enough to be one");
     test::writeFile("png", "\x89PNG\r\n\x1A\n");
     test::writeFile("short.tga", test::readFile(images + "tga/pil24.tga").substr(0, 18));
-    struct {
-        std::string arguments;
-        int exitCode;
-        std::string said;
-    } const rows[] = {
+    std::tuple<std::string, int, std::string> const rows[] = {
         {images + "tga/pil24.tga", 0, "read as  13 x 7, B8G8R8, 24 bits"},
         {images + "tga/pil24top.tga", 0, "stand on its head"},
         {images + "tga/imPaletteRuns.tga", 1, "none: type 9"},
@@ -49,10 +46,10 @@ TEST(Qelinfo, SaysWhatAFileIsAndWhyItIsNotRead)
         {images + "bmp/im8.bmp --convert out.gif", 2, ".png"},
         {images + "bmp/im8.bmp --convert no/out.png", 3, "cannot be written"},
     };
-    for (auto const &row : rows) {
-        SCOPED_TRACE(row.arguments);
-        EXPECT_EQ(run(row.arguments), row.exitCode);
-        EXPECT_NE(test::readFile("said").find(row.said), std::string::npos) << test::readFile("said");
+    for (auto const &[arguments, exitCode, said] : rows) {
+        SCOPED_TRACE(arguments);
+        EXPECT_EQ(run(arguments), exitCode);
+        EXPECT_NE(test::readFile("said").find(said), std::string::npos) << test::readFile("said");
     }
 }
 

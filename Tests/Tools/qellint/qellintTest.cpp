@@ -6,6 +6,7 @@
 #include <string>
 
 #include <sys/wait.h>
+#include <tuple>
 
 namespace {
 
@@ -19,10 +20,7 @@ int run(std::string const &arguments)
 TEST(Qellint, SaysLineAndMistake)
 {
     test::TempFolder const folder;
-    struct {
-        char const *script;
-        char const *says;
-    } const rows[] = {
+    std::tuple<char const *, char const *> const rows[] = {
         {"version 1\n// { \"\nparticlesystem \"A\" { \"quota 3\" emitter Point { \"size 1\" \"material\" } }",
          ""},
         {"\nparticlesytem A { }\n", "s:2: unknown keyword 'particlesytem'\ns:2: unknown keyword 'A'\n"
@@ -47,12 +45,12 @@ TEST(Qellint, SaysLineAndMistake)
         {"MD5Version 8 numchannels 1",
          "s: channel 0 of '' has no keys\ns: channel 0 of '' ends before it starts\n"},
     };
-    for (auto const &row : rows) {
-        test::writeFile("s", row.script);
-        EXPECT_EQ(run("s"), row.says[0] == 0 ? 0 : 1) << row.script;
+    for (auto const &[script, says] : rows) {
+        test::writeFile("s", script);
+        EXPECT_EQ(run("s"), says[0] == 0 ? 0 : 1) << script;
         std::string const said = test::readFile("said");
-        EXPECT_EQ(said.substr(0, std::string(row.says).size()), row.says);
-        EXPECT_EQ(said.empty(), row.says[0] == 0);
+        EXPECT_EQ(said.substr(0, std::string(says).size()), says);
+        EXPECT_EQ(said.empty(), says[0] == 0);
     }
     EXPECT_EQ(run("-q s"), 1);
     EXPECT_EQ(test::readFile("said"), "");

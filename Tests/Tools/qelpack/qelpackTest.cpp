@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include <sys/wait.h>
+#include <tuple>
 
 namespace {
 
@@ -47,12 +48,7 @@ TEST_F(Qelpack, MistakesHaveTheirExitCodes)
 {
     test::writeFile("in", "some text, some text, some text");
     test::writeFile("bad", "no codec wrote this");
-    struct Row {
-        char const *arguments;
-        int code;
-        char const *says;
-    };
-    Row const rows[] = {
+    std::tuple<char const *, int, char const *> const rows[] = {
         {"--help", 0, "Exit codes"},
         {"", 2, "required"},
         {"pack zip in out", 2, "pack"},
@@ -67,11 +63,11 @@ TEST_F(Qelpack, MistakesHaveTheirExitCodes)
         {"decode lzw bad out", 1, "bad: damaged"},
         {"encode mtf,lzw in out", 1, "would not come back"},
     };
-    for (Row const &row : rows) {
-        SCOPED_TRACE(row.arguments);
-        EXPECT_EQ(run(row.arguments), row.code);
+    for (auto const &[arguments, code, says] : rows) {
+        SCOPED_TRACE(arguments);
+        EXPECT_EQ(run(arguments), code);
         std::string const said = test::readFile("said");
-        EXPECT_NE(said.find(row.says), std::string::npos) << said;
+        EXPECT_NE(said.find(says), std::string::npos) << said;
         EXPECT_FALSE(std::filesystem::exists("out"));
     }
     EXPECT_EQ(run("encode mtf,lzw in out --no-verify"), 0);
