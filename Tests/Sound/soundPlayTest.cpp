@@ -1,13 +1,7 @@
-#include "Tests/Sound/soundBytes.h"
-#include "Tests/Tools/logLines.h"
-#include "Tests/Tools/steeredClock.h"
+#include "Tests/Sound/soundSystemFixture.h"
 
 #include "System/Sound/soundVorbis.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <deque>
 #include <random>
 #include <set>
 
@@ -19,19 +13,7 @@ using test::operator+;
 
 unsigned char mp3[] = {0xFF, 0xFB, 0x90};
 
-struct Play : testing::Test {
-    bool said(char const *line)
-    {
-        lines += log.take();
-        return lines.find(line) != std::string::npos;
-    }
-
-    test::SteeredClock clock;
-    test::LogLines log{3};
-    std::string lines;
-    std::deque<Sound> sounds; // outlive the system
-    test::TestSound system;
-};
+struct Play : test::SoundSystemFixture {};
 
 TEST_F(Play, NeedsCapsThatTheBackEndHas)
 {
@@ -99,16 +81,15 @@ TEST_F(Play, RefusesWhatTheDeviceOrThePolicyDoesNotAllow)
     struct {
         char const *what;
         void (*change)(iSoundSource &);
-        bool multichannel;
         char const *line;
     } const rows[] = {
-        {"5.1", [](iSoundSource &s) { s.set51Sound(); }, false,
+        {"5.1", [](iSoundSource &s) { s.set51Sound(); },
          "iSoundSystem::play(): multichannel file 'a.wav' does not work on 'Stereo' speaker settings!\n"},
-        {"single speaker", [](iSoundSource &s) { s.setLFEOnly(); }, false,
+        {"single speaker", [](iSoundSource &s) { s.setLFEOnly(); },
          "iSoundSystem::play(): single-speaker file 'a.wav' does not work on 'Stereo' speaker settings!\n"},
-        {"MP3", [](iSoundSource &s) { s.setResourceName("a.mp3"), s.setData(mp3, 3); }, false,
+        {"MP3", [](iSoundSource &s) { s.setResourceName("a.mp3"), s.setData(mp3, 3); },
          "iSoundSystem::checkSoundfileAndPlay(): unable to play file 'a.mp3'!\n"},
-        {"played by a stream before", [](iSoundSource &s) { s.setStream(); }, false, ""},
+        {"played by a stream before", [](iSoundSource &s) { s.setStream(); }, ""},
     };
     system.params.current3DCaps = SOUNDCAPS_STEREO;
     for (auto const &row : rows) {
@@ -116,7 +97,6 @@ TEST_F(Play, RefusesWhatTheDeviceOrThePolicyDoesNotAllow)
         lines.clear();
         Sound sound(1);
         row.change(sound.source);
-        system.params.isMultiChannel = row.multichannel;
         EXPECT_FALSE(system.play(sound));
         EXPECT_TRUE(said(row.line)) << lines;
         EXPECT_EQ(system.all().size(), 4u);
@@ -212,8 +192,7 @@ TEST_F(Play, FadesAStolenVoiceOutOnACrossfadeSlot)
     EXPECT_EQ(system.getChannelID(2), 2u) << "on what was the spare one";
     EXPECT_FALSE(system.play(sounds[2])) << "no slot is idle";
     EXPECT_TRUE(said("iSoundSystem::getFreeChannel(): no 3D voice available!\n"));
-    victim->setFinished();
-    system.update(0.01f);
+    finish(1);
     EXPECT_EQ(system.all().size(), 3u);
     ASSERT_TRUE(system.play(sounds[2]));
     EXPECT_EQ(system.getChannelID(3), 1u);
@@ -224,8 +203,7 @@ TEST_F(Play, FadesAStolenVoiceOutOnACrossfadeSlot)
 
     system.setPause(true);
     sounds[3]->setPlayOnPause();
-    system.channel(2)->setFinished();
-    system.update(0.01f);
+    finish(2);
     EXPECT_FALSE(system.play(sounds[3])) << "what is paused does not play: nothing to steal";
     EXPECT_EQ(system.all().size(), 3u);
 }
@@ -247,8 +225,7 @@ TEST_F(Play, WaitsOncePerIdAndStartsTheMostUrgentFirst)
     EXPECT_TRUE(said("iSoundSystem::play(): sound 'a.wav' set on waitlist.\n"));
     for (unsigned int expected : {3u, 4u, 2u}) {
         system.setPause(true);
-        system.channel(1)->setFinished();
-        system.update(0.01f);
+        finish(1);
         EXPECT_EQ(system.getNumPlayingChannels(), 0u) << "not in a pause";
         system.setPause(false);
         system.update(0.01f);
@@ -269,8 +246,7 @@ TEST_F(Play, StreamsAnOggAndMakesAManyChannelledOneFivePointOne)
     EXPECT_EQ(system.channel(3)->getTypeDesc(), "5.1");
     EXPECT_EQ(system.getSoundInfo(SOUNDINFO_NUM_VORBIS, 0, nullptr), 2);
     EXPECT_EQ(system.countVoices_51(), 1u);
-    system.channel(1)->setFinished();
-    system.update(0.01f);
+    finish(1);
     EXPECT_TRUE(said("cFinishedDestroy: destroyed vorbis stream #1.\n"));
     EXPECT_EQ(system.vorbisStreams.size(), 1u);
     sounds[0]->resetStream();
@@ -297,9 +273,7 @@ TEST_F(Play, KeepsNumbersApartWhenVoicesAreTrimmed)
     ASSERT_TRUE(system.start(0, 0, 30));
     for (unsigned int i = 0; i < 40; ++i) {
         sounds.emplace_back(i + 1)->force2D();
-    }
-    for (Sound &sound : sounds) {
-        ASSERT_TRUE(system.play(sound));
+        ASSERT_TRUE(system.play(sounds.back()));
     }
     EXPECT_TRUE(said("iSoundSystem::checkSoundfileAndPlay(): created new 2D/5.1 channel.\n"));
     system.update(21.0f);
@@ -314,7 +288,7 @@ TEST_F(Play, KeepsNumbersApartWhenVoicesAreTrimmed)
     }
     std::set<unsigned int> numbers;
     for (iSoundChannel const *const channel : system.all()) {
-        EXPECT_TRUE(numbers.insert(channel->getIndex()).second);
+        numbers.insert(channel->getIndex());
     }
     EXPECT_EQ(numbers.size(), 40u);
 }
@@ -324,12 +298,11 @@ TEST_F(Play, LosesNoVoiceInManyRandomCalls)
 {
     ASSERT_TRUE(system.start(4, 2, 3, true));
     log.take();
-    test::Bytes const ogg = test::soundFile("mono.ogg");
     for (unsigned int i = 0; i < 24; ++i) {
         bool const isOgg = i % 6 == 5;
-        sounds.emplace_back(i + 1, isOgg ? ogg : test::shortWav(), isOgg ? "a.ogg" : "a.wav")
-            .at(static_cast<float>(i % 8), i % 15);
-        Sound &sound = sounds.back();
+        sounds.emplace_back(i + 1, isOgg ? test::soundFile("mono.ogg") : test::shortWav(),
+                            isOgg ? "a.ogg" : "a.wav");
+        Sound &sound = sounds.back().at(static_cast<float>(i % 8), i % 15);
         sound->setCompanionName(i % 4 == 1 ? "b.wav" : "");
         sound->setCompanionData(sound.data.data(), 8);
         sound->set3DStereo();
@@ -347,48 +320,34 @@ TEST_F(Play, LosesNoVoiceInManyRandomCalls)
     auto const below = [&](unsigned int n) { return static_cast<unsigned int>(random() % n); };
     for (int step = 0; step < 20'000; ++step) {
         Sound &sound = sounds[below(24)];
-        switch (below(10)) {
-        case 0:
-        case 1:
-        case 2:
-        case 3:
+        if (unsigned int const what = below(1000); what < 400) {
             if (system.getChannelID(sound->getUniqueID()) == 0) {
                 sound->resetStream();
                 sound->setCurrentTimeMS(0);
             }
             system.play(sound);
-            break;
-        case 4:
+        } else if (what < 500) {
             system.stop(sound, below(2) * 100);
-            break;
-        case 5:
+        } else if (what < 600) {
             system.stopChannel(below(12), below(2) * 100);
-            break;
-        case 6:
-            if (unsigned int const at = below(static_cast<unsigned int>(system.channelTable.size()));
-                system.channel(at) != nullptr) {
-                system.channel(at)->setFinished();
+        } else if (what < 700) {
+            iSoundChannel *const channel =
+                system.channelTable[below(static_cast<unsigned int>(system.channelTable.size()))];
+            if (channel != nullptr) {
+                channel->setFinished();
             }
-            break;
-        case 7:
-            if (below(20) == 0) {
-                system.setPause(!system.isPaused());
-            }
-            break;
-        case 8:
-            if (below(200) == 0) {
-                system.stopAll(below(2));
-            }
-            break;
-        default:
+        } else if (what < 705) {
+            system.setPause(!system.isPaused());
+        } else if (what < 706) {
+            system.stopAll(below(2));
+        } else {
             system.update(0.01f);
         }
         std::vector<iSoundChannel *> const all = system.all();
-        std::set<iSoundChannel *> const once(all.begin(), all.end());
-        ASSERT_EQ(once.size(), all.size()) << "a voice in two places, step " << step;
+        ASSERT_EQ(std::set(all.begin(), all.end()).size(), all.size())
+            << "a voice in two places, step " << step;
         ASSERT_EQ(all.size(), 6u + system.params.num2D51Channels) << "a voice lost, step " << step;
     }
-    LogManager::Instance().setLogDetail(3);
     system.setPause(false);
     system.stopAll(0);
     EXPECT_EQ(system.getNumPlayingChannels(), 0u);
