@@ -4,8 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <bit>
 #include <cmath>
-#include <cstring>
 #include <iterator>
 #include <limits>
 #include <numeric>
@@ -30,8 +31,6 @@ TEST(MD5Anim, FindsTheKeyOfATime)
     } const rows[] = {
         {0, 2, 10, 0, 0},           // the start is outside
         {0, 2, 10, 2, 0},           // the end as well
-        {0, 2, 10, -1, 0},          //
-        {0, 2, 10, 3, 0},           //
         {0, 2, 10, nan, 0},         //
         {0, 2, 10, 0.05f, 1},       // (0.5 - 1) / 2 = -0.25
         {0, 2, 10, 0.29f, 1},       // 0.95: cut, not rounded
@@ -112,6 +111,14 @@ TEST(MD5Anim, PosesAsTheReferenceDoesAndPositionsGrow)
 TEST(MD5Anim, PosesAreTheProductsOfTheGivenRotations)
 {
     float const angles[] = {0, 0.7f, -0.0f, 7.853982f, -2.5f, 6.2831855f, 1e6f, infinite, nan};
+    auto const bitsOf = [](D3DXMATRIX const &matrix) {
+        std::array<std::uint32_t, 16> bits;
+        for (int i = 0; i < 16; ++i) {
+            float const x = matrix.m[i / 4][i % 4];
+            bits[static_cast<std::size_t>(i)] = std::bit_cast<std::uint32_t>(std::isnan(x) ? nan : x);
+        }
+        return bits;
+    };
     D3DXMATRIX upright;
     D3DXMatrixRotationX(&upright, -1.5707964f);
     for (float const yaw : angles) {
@@ -122,38 +129,24 @@ TEST(MD5Anim, PosesAreTheProductsOfTheGivenRotations)
                 mesh.bones.resize(2);
                 mesh.bones[0].parentIndex = 2;
                 MD5Anim anim;
-                for (std::uint16_t bone = 0; bone < 2; ++bone) {
-                    for (std::uint32_t attribute = MD5_YAW; attribute <= MD5_ROLL; ++attribute) {
-                        MD5Channel channel;
-                        channel.bone = bone;
-                        channel.attribute = attribute;
-                        channel.endTime = 1;
-                        channel.keys = {attribute == MD5_YAW ? yaw : attribute == MD5_PITCH ? pitch : roll};
-                        anim.channels.push_back(channel);
-                    }
+                for (std::uint32_t i = 0; i < 6; ++i) {
+                    MD5Channel &channel = anim.channels.emplace_back();
+                    channel.bone = static_cast<std::uint16_t>(i / 3);
+                    channel.attribute = MD5_YAW + i % 3;
+                    channel.endTime = 1;
+                    channel.keys = {i % 3 == 0 ? yaw : i % 3 == 1 ? pitch : roll};
                 }
                 anim.playAnimation(mesh, 0.5f);
 
-                D3DXMATRIX z, y, x, root;
+                D3DXMATRIX z, y, x;
                 D3DXMatrixRotationZ(&z, yaw);
                 D3DXMatrixRotationY(&y, pitch);
                 D3DXMatrixRotationX(&x, roll);
                 D3DXMATRIX const turn = z * y * x;
-                root = turn * upright;
+                D3DXMATRIX root = turn * upright;
                 root._33 = -root._33;
-                D3DXMATRIX const child = root * turn;
-                auto const same = [](D3DXMATRIX const &a, D3DXMATRIX const &b) {
-                    for (int i = 0; i < 16; ++i) {
-                        float const l = a.m[i / 4][i % 4];
-                        float const r = b.m[i / 4][i % 4];
-                        if (!(std::isnan(l) && std::isnan(r)) && std::memcmp(&l, &r, sizeof l) != 0) {
-                            return false;
-                        }
-                    }
-                    return true;
-                };
-                EXPECT_TRUE(same(mesh.bones[0].matrix, root));
-                EXPECT_TRUE(same(mesh.bones[1].matrix, child));
+                EXPECT_EQ(bitsOf(mesh.bones[0].matrix), bitsOf(root));
+                EXPECT_EQ(bitsOf(mesh.bones[1].matrix), bitsOf(root * turn));
             }
         }
     }
