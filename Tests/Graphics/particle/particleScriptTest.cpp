@@ -25,6 +25,17 @@ protected:
         EXPECT_TRUE(manager.parseScript("s.particle"));
         return log.take();
     }
+    template <class Call>
+    static std::string thrownBy(Call call)
+    {
+        try {
+            call();
+        } catch (Exception const &e) {
+            EXPECT_EQ(e.getNumber(), 4);
+            return e.description.c_str();
+        }
+        return "nothing";
+    }
 };
 
 TEST_F(ScriptTest, ReadsAndLogsEachLine)
@@ -75,27 +86,15 @@ TEST_F(ScriptTest, ThrowsForUnknownTypesAndGoesOnAfterwards)
 {
     test::writeFile("bad.particle", "particlesystem A { emitter Nil { } }");
     log.take();
-    try {
-        manager.parseScript("bad.particle");
-        FAIL();
-    } catch (Exception const &e) {
-        EXPECT_EQ(e.getNumber(), 4);
-        EXPECT_EQ(e.description, "Cannot find requested emitter type: Nil");
-    }
-    EXPECT_NE(
-        log.take().find("ParticleSystemMgr::_createEmitter() Cannot find requested emitter type: Nil\n"),
-        std::string::npos);
+    std::string const message = "Cannot find requested emitter type: Nil";
+    EXPECT_EQ(thrownBy([&] { manager.parseScript("bad.particle"); }), message);
+    EXPECT_NE(log.take().find("ParticleSystemMgr::_createEmitter() " + message + "\n"), std::string::npos);
     test::writeFile("bad.particle", "particlesystem A { affector Nil { } }");
     EXPECT_THROW(manager.parseScript("bad.particle"), Exception);
     read("particlesystem A { emitter Dot { \"size 2\" ");
     EXPECT_EQ(manager.getTemplate("A")->getNumEmitters(), 1);
     EXPECT_FALSE(manager.parseScript("absent.particle"));
-    try {
-        manager.createSystem("x", "None");
-        FAIL();
-    } catch (Exception const &e) {
-        EXPECT_EQ(e.description, "Cannot find required template'None'");
-    }
+    EXPECT_EQ(thrownBy([&] { manager.createSystem("x", "None"); }), "Cannot find required template'None'");
     EXPECT_EQ(manager.getParticleSystemCount(), 0);
 }
 
