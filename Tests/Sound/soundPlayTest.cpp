@@ -46,7 +46,6 @@ TEST_F(Play, TellsTheFormatFromNameAndData)
         std::size_t offset, size;
     } const rows[] = {
         {"a.wav", test::riff(fmt + data), "w", 44, 8},
-        {"a.WAV", test::riff(fmt + data), "w", 44, 8},
         {"a.ogg", test::riff(fmt + data), "w", 44, 8},
         {"a.wav", test::riff(chunk("LIST", 3, {1, 2, 3}) + fmt + data), "w", 55, 8},
         {"a.wav", test::riff(fmt + chunk("data", 99, {1, 2})), "w", 44, 2},
@@ -56,7 +55,6 @@ TEST_F(Play, TellsTheFormatFromNameAndData)
         {"a.wav", test::riff({'d', 'a', 't', 'a', 0, 0}), "w", 0, 18},
         {"a.wav", {'R', 'I', 'F', 'F', 0, 0, 0, 0, 'W', 'A', 'V'}, "", 0, 11},
         {"a.wav", {'O', 'g', 'g', 'S'}, "o", 0, 4},
-        {"a.OGG", {'O', 'g', 'g', 'S'}, "o", 0, 4},
         {"a.ogg", {'O', 'g', 'g'}, "", 0, 3},
         {"a.mp3", {1, 2, 3}, "m", 0, 3},
     };
