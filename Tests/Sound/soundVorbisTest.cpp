@@ -166,8 +166,9 @@ TEST(VorbisConversion, CutsAtTheEndsAndDropsFractionsWhateverTheStride)
         expected.push_back(static_cast<short>(x >= 1 ? 32767 : x <= -1 ? -32768 : std::trunc(scaled)));
     }
     in.insert(in.end(),
-              {1.0f, 1.5f, -1.0f, -9.0f, 0.5f, -0.5f, 0.99999994f, -0.99999994f, 1e-5f, nan, 0.25f});
-    expected.insert(expected.end(), {32767, 32767, -32768, -32768, 16383, -16383, 32766, -32766, 0, 0, 8191});
+              {nan, 1.0f, 1e10f, -1.0f, -1e10f, 0.5f, -0.5f, 0.99999994f, -0.99999994f, 1e-5f, nan, 0.25f});
+    expected.insert(expected.end(),
+                    {0, 32767, 32767, -32768, -32768, 16383, -16383, 32766, -32766, 0, 0, 8191});
     for (unsigned int stride : {1u, 2u, 6u}) {
         std::vector<short> out(in.size() * stride);
         iSoundVorbis::transform_float_I16(in.data(), out.data(), static_cast<unsigned int>(in.size()),
