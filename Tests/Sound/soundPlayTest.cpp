@@ -27,8 +27,7 @@ TEST_F(Play, NeedsCapsThatTheBackEndHas)
     EXPECT_TRUE(said("ERROR: iSoundSystem::shutdownSoundSystem: not loaded/inited!\n"));
     system.loaded = false;
     EXPECT_FALSE(system.start(1, 0, 1));
-    sounds.emplace_back(1u);
-    EXPECT_FALSE(system.play(sounds[0]));
+    EXPECT_FALSE(system.play(sounds.emplace_back(1u)));
     system.params.soundCaps = SOUNDCAPS_WINDOWS;
     system.params.current3DCaps = SOUNDCAPS_40;
     EXPECT_EQ(system.getCurrent3DCapsDesc(), "4.0 Digital (windows)");
@@ -104,8 +103,7 @@ TEST_F(Play, RefusesWhatTheDeviceOrThePolicyDoesNotAllow)
 TEST_F(Play, PlaysOncePerIdAndAgainAfterAStop)
 {
     ASSERT_TRUE(system.start(1, 0, 1));
-    sounds.emplace_back(7u);
-    Sound &sound = sounds[0];
+    Sound &sound = sounds.emplace_back(7u);
     ASSERT_TRUE(system.play(sound));
     EXPECT_TRUE(said("iSoundSystem::play(): playing sound 'a.wav'\n"));
     EXPECT_EQ(system.getLatestPlaying(), "a.wav");
@@ -147,13 +145,10 @@ TEST_F(Play, TriesOneFallbackWhereThereAreNoData)
 TEST_F(Play, StealsInTableOrderFromLowerPriorityFirst)
 {
     ASSERT_TRUE(system.start(4, 2, 1));
-    for (unsigned int i = 0; i < 4; ++i) {
-        sounds.emplace_back(i + 1);
-    }
-    system.play(sounds[0].at(50, 5)); // farther from the new one than the listener is
-    system.play(sounds[1].at(1, 9));
-    system.play(sounds[2].at(10, 5)); // near the new one
-    system.play(sounds[3].at(1, 8));
+    system.play(sounds.emplace_back(1u).at(50, 5)); // farther from the new one than the listener is
+    system.play(sounds.emplace_back(2u).at(1, 9));
+    system.play(sounds.emplace_back(3u).at(10, 5)); // near the new one
+    system.play(sounds.emplace_back(4u).at(1, 8));
     sounds.emplace_back(9u).at(20, 5);
     std::vector<unsigned int> stolen;
     EXPECT_TRUE(system.checkPriority(3, stolen, sounds[4]));
@@ -286,7 +281,7 @@ TEST_F(Play, KeepsNumbersApartWhenVoicesAreTrimmed)
     }
     std::set<unsigned int> numbers;
     for (iSoundChannel const *const channel : system.all()) {
-        numbers.insert(channel->getIndex());
+        EXPECT_TRUE(numbers.insert(channel->getIndex()).second);
     }
     EXPECT_EQ(numbers.size(), 40u);
 }
