@@ -2,11 +2,7 @@
 #include "System/Sound/sound3DSubwoofer.h"
 #include "System/Sound/soundVorbis.h"
 #include "System/Sound/stereoCalc.h"
-#include "Tests/Sound/soundBytes.h"
-#include "Tests/Tools/logLines.h"
-#include "Tests/Tools/steeredClock.h"
-
-#include <gtest/gtest.h>
+#include "Tests/Sound/soundSystemFixture.h"
 
 namespace Qel {
 namespace {
@@ -46,7 +42,7 @@ TEST(StereoCalc, MovesTheVoicesFromTheSidesToTheSound)
     }
 }
 
-struct Sound3D : testing::Test {
+struct Sound3D : test::SoundSystemFixture {
     Sound3D()
     {
         sound->setCompanionName("b.wav");
@@ -55,11 +51,31 @@ struct Sound3D : testing::Test {
         sound.at(0.5f);
     }
 
-    test::SteeredClock clock;
-    test::LogLines log{3};
+    // An open pair of two streams, in the lists of the system.
+    iSound3DStereo &streamPair(Sound &parent)
+    {
+        auto *const pair = std::make_unique<iSound3DStereo>(&system).release();
+        system.stereoSounds.push_back(pair);
+        for (int i : {0, 1}) {
+            streams[i] = system.createVorbisStream();
+            voices[i] = system.getFreeChannel(true);
+        }
+        EXPECT_TRUE(pair->open(parent, voices[0], voices[1], nullptr, streams[0], streams[1], nullptr));
+        for (iSoundChannel *const voice : voices) {
+            system.channelTable[voice->getIndex()] = voice;
+        }
+        return *pair;
+    }
+    void nothingIsLeft()
+    {
+        EXPECT_TRUE(system.stereoSounds.empty() && system.vorbisStreams.empty());
+        EXPECT_EQ(system.all().size(), 3u);
+    }
+
     test::Bytes companion = test::shortWav();
-    Sound sound{6};
-    test::TestSound system;
+    Sound &sound = sounds.emplace_back(6u);
+    iSoundVorbis *streams[2];
+    iSoundChannel *voices[2];
 };
 
 TEST_F(Sound3D, APairFollowsItsParentAndEndsTogether)
@@ -67,7 +83,7 @@ TEST_F(Sound3D, APairFollowsItsParentAndEndsTogether)
     ASSERT_TRUE(system.start(2, 0, 1));
     sound->set3DStereo();
     ASSERT_TRUE(system.play(sound));
-    EXPECT_NE(log.take().find("iSoundSystem::play(): playing sounds 'a.wav' & 'b.wav'\n"), std::string::npos);
+    EXPECT_TRUE(said("iSoundSystem::play(): playing sounds 'a.wav' & 'b.wav'\n"));
     EXPECT_EQ(sound->getPlayingCounter(), 1) << "once for both voices";
     test::TestChannel *const left = system.channel(1);
     test::TestChannel *const right = system.channel(2);
@@ -85,10 +101,9 @@ TEST_F(Sound3D, APairFollowsItsParentAndEndsTogether)
 
     EXPECT_TRUE(system.stop(sound, 100));
     EXPECT_TRUE(left->isFadingDown() && right->isFadingDown());
-    right->setFinished();
-    system.update(0.01f); // the voice goes,
+    finish(2);            // the voice goes,
     system.update(0.01f); // and the pair with it
-    EXPECT_NE(log.take().find("cFinishedDestroy: destroyed 3DStereo #6.\n"), std::string::npos);
+    EXPECT_TRUE(said("cFinishedDestroy: destroyed 3DStereo #6.\n"));
     EXPECT_TRUE(system.stereoSounds.empty() && sound->isStopped());
     EXPECT_EQ(system.all().size(), 3u);
 }
@@ -133,15 +148,12 @@ TEST_F(Sound3D, VoicesGoBackWhenAPairCannotStart)
 {
     struct {
         unsigned int num3D, num2D;
-        bool subwoofer, multichannel, secondFails, plays;
-        unsigned int voices;
+        bool subwoofer, multichannel, secondFails;
+        unsigned int voices; // that play: all of the pair's, or none
     } const rows[] = {
-        {2, 1, false, true, false, true, 2},
-        {2, 1, false, true, true, false, 0},
-        {1, 1, false, true, false, false, 0},
-        {2, 1, true, true, false, false, 0}, // three 3D voices are asked for
-        {3, 1, true, true, false, true, 3},
-        {2, 1, true, false, false, true, 2},
+        {2, 1, false, true, false, 2}, {2, 1, false, true, true, 0},
+        {1, 1, false, true, false, 0}, {2, 1, true, true, false, 0}, // three 3D voices are asked for
+        {3, 1, true, true, false, 3},  {2, 1, true, false, false, 2},
     };
     for (auto const &row : rows) {
         SCOPED_TRACE(&row - rows);
@@ -157,10 +169,11 @@ TEST_F(Sound3D, VoicesGoBackWhenAPairCannotStart)
         if (row.secondFails) {
             static_cast<test::TestChannel *>(other.free3DChannels[1])->acceptsPlay = false;
         }
-        EXPECT_EQ(other.play(pair), row.plays);
+        bool const plays = row.voices != 0;
+        EXPECT_EQ(other.play(pair), plays);
         EXPECT_EQ(other.getNumPlayingChannels(), row.voices);
-        EXPECT_EQ(pair->getPlayingCounter(), row.plays ? 1 : 0);
-        EXPECT_EQ(other.stereoSounds.size(), row.plays ? 1u : 0u);
+        EXPECT_EQ(pair->getPlayingCounter(), plays);
+        EXPECT_EQ(other.stereoSounds.size(), plays);
         EXPECT_EQ(other.all().size(), row.num3D + row.num2D);
         for (iSoundChannel const *const channel : other.free3DChannels) {
             EXPECT_FALSE(channel->isPlaying());
@@ -179,10 +192,9 @@ TEST_F(Sound3D, ASubwooferSoundHasOneVoiceThere)
     EXPECT_EQ(system.channel(3)->getTypeDesc(), "LFE");
     EXPECT_EQ(system.channel(3)->getSoundParams().position.x, 0.0f);
     EXPECT_EQ(system.getSoundInfo(SOUNDINFO_NUM_3DSUBWOOFER, 0, nullptr), 1);
-    system.channel(1)->setFinished();
+    finish(1);
     system.update(0.01f);
-    system.update(0.01f);
-    EXPECT_NE(log.take().find("cFinishedDestroy: destroyed 3DSubwoofer #6.\n"), std::string::npos);
+    EXPECT_TRUE(said("cFinishedDestroy: destroyed 3DSubwoofer #6.\n"));
     EXPECT_TRUE(sound->isStopped());
     EXPECT_EQ(system.getNumPlayingChannels(), 0u) << "either voice's end is the end of both";
 
@@ -202,35 +214,18 @@ TEST_F(Sound3D, StreamsOfAPairGoInTheSameUpdate)
     parent.at(1);
     parent->setCompanionName("b.ogg");
     parent->setCompanionData(parent.data.data(), static_cast<unsigned int>(parent.data.size()));
-    auto *const pair = std::make_unique<iSound3DStereo>(&system).release();
-    system.stereoSounds.push_back(pair);
-    iSoundVorbis *const streams[] = {system.createVorbisStream(), system.createVorbisStream()};
-    iSoundChannel *const voices[] = {system.getFreeChannel(true), system.getFreeChannel(true)};
-    ASSERT_TRUE(pair->open(parent, voices[0], voices[1], nullptr, streams[0], streams[1], nullptr));
-    for (iSoundChannel *const voice : voices) {
-        system.channelTable[voice->getIndex()] = voice;
-    }
+    iSound3DStereo &pair = streamPair(parent);
     EXPECT_FALSE(streams[0]->isStandAlone());
-    ASSERT_TRUE(pair->play());
+    ASSERT_TRUE(pair.play());
     system.update(0.01f);
     EXPECT_EQ(system.vorbisStreams.size(), 2u);
-    voices[1]->setFinished();
-    system.update(0.01f);
-    EXPECT_TRUE(system.stereoSounds.empty() && system.vorbisStreams.empty());
-    EXPECT_EQ(system.all().size(), 3u);
+    finish(voices[1]->getIndex());
+    nothingIsLeft();
 
-    auto *const again = std::make_unique<iSound3DStereo>(&system).release();
-    system.stereoSounds.push_back(again);
-    iSoundVorbis *const others[] = {system.createVorbisStream(), system.createVorbisStream()};
-    iSoundChannel *const two[] = {system.getFreeChannel(true), system.getFreeChannel(true)};
-    ASSERT_TRUE(again->open(parent, two[0], two[1], nullptr, others[0], others[1], nullptr));
-    for (iSoundChannel *const voice : two) {
-        system.channelTable[voice->getIndex()] = voice;
-    }
-    EXPECT_TRUE(system.destroyVorbis(others[1], 0)) << "under the pair's feet";
+    streamPair(parent);
+    EXPECT_TRUE(system.destroyVorbis(streams[1], 0)) << "under the pair's feet";
     system.update(0.01f);
-    EXPECT_TRUE(system.stereoSounds.empty() && system.vorbisStreams.empty());
-    EXPECT_EQ(system.all().size(), 3u);
+    nothingIsLeft();
 }
 
 } // namespace

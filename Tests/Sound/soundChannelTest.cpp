@@ -34,25 +34,14 @@ TEST_F(Channel, TakesOnlyWhatCanBeHeard)
     }
 }
 
-TEST_F(Channel, IsPlacedIn3DOnlyForAMonoSound)
-{
-    for (int channels : {1, 2}) {
-        for (bool is2D : {false, true}) {
-            sound->setNumChannels(static_cast<unsigned char>(channels));
-            is2D ? sound->force2D() : sound->resetForce2D();
-            channel.init(sound);
-            EXPECT_EQ(channel.is3DChannel(), channels == 1 && !is2D);
-        }
-    }
-}
-
-TEST_F(Channel, NamesItsKindInTheLine)
+TEST_F(Channel, NamesItsKindInTheLineAndIsPlacedIn3DOnlyForAMonoSound)
 {
     test::LogLines log(3);
     struct {
         void (*set)(iSoundSource &);
         char const *kind;
-    } const rows[] = {{[](iSoundSource &s) { s.setNumChannels(1); }, "3D"},
+    } const rows[] = {{[](iSoundSource &s) { s.setNumChannels(1), s.force2D(); }, "2D"},
+                      {[](iSoundSource &s) { s.resetForce2D(); }, "3D"},
                       {[](iSoundSource &s) { s.setNumChannels(2); }, "2D"},
                       {[](iSoundSource &s) { s.set51Sound(); }, "5.1"},
                       {[](iSoundSource &s) { s.setCenterOnly(); }, "SS"},
@@ -63,9 +52,10 @@ TEST_F(Channel, NamesItsKindInTheLine)
         log.take();
         ASSERT_TRUE(channel.play(100));
         EXPECT_EQ(channel.getTypeDesc(), row.kind);
-        EXPECT_NE(
-            log.take().find("iSoundChannel::play() " + std::string(row.kind) + " channel 9 (#5 'a.wav').\n"),
-            std::string::npos);
+        EXPECT_EQ(channel.is3DChannel(), channel.getTypeDesc() == "3D");
+        std::string const line =
+            "iSoundChannel::play() " + std::string(row.kind) + " channel 9 (#5 'a.wav').\n";
+        EXPECT_NE(log.take().find(line), std::string::npos);
         EXPECT_EQ(channel.deviceVolume, 0.0f);
         EXPECT_TRUE(channel.isFadingUp());
     }
@@ -113,22 +103,22 @@ TEST_F(Channel, DucksInTwentySteps)
     ASSERT_TRUE(channel.init(sound));
     sound->setDuckingLowPass();
     channel.setDucking();
-    for (int i = 0; i < 19; ++i) {
-        channel.update(0.01f);
-    }
+    auto const update = [&](int times) {
+        for (int i = 0; i < times; ++i) {
+            channel.update(0.01f);
+        }
+    };
+    update(19);
     EXPECT_FALSE(channel.isDuckingComplete());
-    channel.update(0.01f);
+    update(1);
     EXPECT_NEAR(channel.getActualDuckingVolume(), 0.6f, 1e-6f);
     EXPECT_TRUE(sound->isVolChanged()) << "a later update sees that it is done";
-    channel.update(0.01f);
-    channel.update(0.01f);
+    update(2);
     EXPECT_FALSE(sound->isVolChanged());
     EXPECT_EQ(channel.getActualDuckingVolume(), 0.6f);
     EXPECT_TRUE(sound->isDuckingLowPassOn());
     channel.resetDucking();
-    for (int i = 0; i < 23; ++i) {
-        channel.update(0.01f);
-    }
+    update(23);
     EXPECT_EQ(channel.getActualDuckingVolume(), 1.0f);
     EXPECT_FALSE(sound->isDuckingLowPassOn()) << "it goes with the ducking";
 }

@@ -1,8 +1,5 @@
 #include "System/Sound/soundClip.h"
-#include "Tests/Sound/soundBytes.h"
-#include "Tests/Tools/logLines.h"
-
-#include <gtest/gtest.h>
+#include "Tests/Sound/soundSystemFixture.h"
 
 #include <memory>
 
@@ -15,7 +12,7 @@ struct Clip : iSoundClip {
     using iSoundClip::iSoundClip;
 };
 
-struct ClipTest : testing::Test {
+struct ClipTest : test::SoundSystemFixture {
     ClipTest()
     {
         EXPECT_TRUE(system.start(0, 0, 2));
@@ -25,17 +22,15 @@ struct ClipTest : testing::Test {
         system.clips.push_back(clip);
     }
 
-    test::LogLines log{3};
-    test::TestSound system;
     test::TestChannel *channel;
-    test::Sound sound{4};
+    test::Sound &sound = sounds.emplace_back(4u);
     Clip *clip;
 };
 
 TEST_F(ClipTest, WaitsForDataAndGoesWhenItHasPlayed)
 {
     ASSERT_TRUE(clip->open(sound, 1024));
-    EXPECT_NE(log.take().find("iSoundClip::open() successfully opened clip #4.\n"), std::string::npos);
+    EXPECT_TRUE(said("iSoundClip::open() successfully opened clip #4.\n"));
     EXPECT_TRUE(sound->is51Sound() && sound->isStream());
     EXPECT_EQ(clip->chunkSize, 2 * 49152u);
     EXPECT_FALSE(clip->open(sound, 1024)) << "open already";
@@ -56,8 +51,7 @@ TEST_F(ClipTest, WaitsForDataAndGoesWhenItHasPlayed)
     EXPECT_TRUE(system.setSpeakerSettings(4, true, false, true));
     EXPECT_FALSE(system.setSpeakerSettings(5, true, false, true));
 
-    channel->setFinished();
-    system.update(0.0f);
+    finish(channel->getIndex());
     EXPECT_FALSE(clip->isOpened() || sound->isStream());
     EXPECT_EQ(system.getNumPlayingChannels(), 0u);
     EXPECT_EQ(system.all().size(), 2u) << "its voice is free again";
@@ -66,10 +60,10 @@ TEST_F(ClipTest, WaitsForDataAndGoesWhenItHasPlayed)
 TEST_F(ClipTest, LeavesNothingBehindWhenItCannotOpen)
 {
     EXPECT_FALSE(clip->open(sound, 1000));
-    EXPECT_NE(log.take().find("iSoundClip::open(\"a.wav\") ringbuffer init failed!\n"), std::string::npos);
+    EXPECT_TRUE(said("iSoundClip::open(\"a.wav\") ringbuffer init failed!\n"));
     sound->setVolume1(0.0f);
     EXPECT_FALSE(clip->open(sound, 1024));
-    EXPECT_NE(log.take().find("iSoundClip::open() clip #4 has failed!\n"), std::string::npos);
+    EXPECT_TRUE(said("iSoundClip::open() clip #4 has failed!\n"));
     EXPECT_EQ(clip->getSoundSource(), nullptr);
     EXPECT_EQ(clip->getWriteable(), 0u);
 }

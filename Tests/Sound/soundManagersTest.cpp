@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <memory>
 
 namespace Qel {
@@ -53,10 +54,7 @@ TEST(SoundSystemManager, MakesEachNameOnceByItsType)
 
 struct Player final : iMovie {
     Player(String const &title, String const &type) : iMovie(title, type) {}
-    bool state(int number) const
-    {
-        return number == 1 ? state1 : number == 2 ? state2 : number == 4 ? state4 : state5;
-    }
+    std::array<bool, 4> states() const { return {state1, state2, state4, state5}; }
     char more[64] = {}; // than an iMovie has
 };
 
@@ -80,11 +78,11 @@ TEST(MovieManager, MakesAndDestroysPlayersByType)
     manager.destroy(nullptr);
     auto *const player = static_cast<Player *>(manager.create("a", "PLAYER"));
     ASSERT_NE(player, nullptr);
-    EXPECT_TRUE(!player->state(1) && player->state(2) && player->state(4) && player->state(5));
+    EXPECT_EQ(player->states(), (std::array{false, true, true, true}));
     player->setMovieState(MOVIESTATE_1, 7);
     player->setMovieState(static_cast<eMovieState>(3), 1);
     player->setMovieState(MOVIESTATE_4, 0);
-    EXPECT_TRUE(player->state(1) && player->state(2) && !player->state(4) && player->state(5));
+    EXPECT_EQ(player->states(), (std::array{true, true, false, true}));
     manager.destroy(player);
 }
 

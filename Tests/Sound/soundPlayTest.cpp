@@ -1,13 +1,7 @@
-#include "Tests/Sound/soundBytes.h"
-#include "Tests/Tools/logLines.h"
-#include "Tests/Tools/steeredClock.h"
+#include "Tests/Sound/soundSystemFixture.h"
 
 #include "System/Sound/soundVorbis.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <deque>
 #include <random>
 #include <set>
 
@@ -19,19 +13,7 @@ using test::operator+;
 
 unsigned char mp3[] = {0xFF, 0xFB, 0x90};
 
-struct Play : testing::Test {
-    bool said(char const *line)
-    {
-        lines += log.take();
-        return lines.find(line) != std::string::npos;
-    }
-
-    test::SteeredClock clock;
-    test::LogLines log{3};
-    std::string lines;
-    std::deque<Sound> sounds; // outlive the system
-    test::TestSound system;
-};
+struct Play : test::SoundSystemFixture {};
 
 TEST_F(Play, NeedsCapsThatTheBackEndHas)
 {
@@ -45,8 +27,7 @@ TEST_F(Play, NeedsCapsThatTheBackEndHas)
     EXPECT_TRUE(said("ERROR: iSoundSystem::shutdownSoundSystem: not loaded/inited!\n"));
     system.loaded = false;
     EXPECT_FALSE(system.start(1, 0, 1));
-    sounds.emplace_back(1u);
-    EXPECT_FALSE(system.play(sounds[0]));
+    EXPECT_FALSE(system.play(sounds.emplace_back(1u)));
     system.params.soundCaps = SOUNDCAPS_WINDOWS;
     system.params.current3DCaps = SOUNDCAPS_40;
     EXPECT_EQ(system.getCurrent3DCapsDesc(), "4.0 Digital (windows)");
@@ -64,7 +45,6 @@ TEST_F(Play, TellsTheFormatFromNameAndData)
         std::size_t offset, size;
     } const rows[] = {
         {"a.wav", test::riff(fmt + data), "w", 44, 8},
-        {"a.WAV", test::riff(fmt + data), "w", 44, 8},
         {"a.ogg", test::riff(fmt + data), "w", 44, 8},
         {"a.wav", test::riff(chunk("LIST", 3, {1, 2, 3}) + fmt + data), "w", 55, 8},
         {"a.wav", test::riff(fmt + chunk("data", 99, {1, 2})), "w", 44, 2},
@@ -74,7 +54,6 @@ TEST_F(Play, TellsTheFormatFromNameAndData)
         {"a.wav", test::riff({'d', 'a', 't', 'a', 0, 0}), "w", 0, 18},
         {"a.wav", {'R', 'I', 'F', 'F', 0, 0, 0, 0, 'W', 'A', 'V'}, "", 0, 11},
         {"a.wav", {'O', 'g', 'g', 'S'}, "o", 0, 4},
-        {"a.OGG", {'O', 'g', 'g', 'S'}, "o", 0, 4},
         {"a.ogg", {'O', 'g', 'g'}, "", 0, 3},
         {"a.mp3", {1, 2, 3}, "m", 0, 3},
     };
@@ -99,16 +78,15 @@ TEST_F(Play, RefusesWhatTheDeviceOrThePolicyDoesNotAllow)
     struct {
         char const *what;
         void (*change)(iSoundSource &);
-        bool multichannel;
         char const *line;
     } const rows[] = {
-        {"5.1", [](iSoundSource &s) { s.set51Sound(); }, false,
+        {"5.1", [](iSoundSource &s) { s.set51Sound(); },
          "iSoundSystem::play(): multichannel file 'a.wav' does not work on 'Stereo' speaker settings!\n"},
-        {"single speaker", [](iSoundSource &s) { s.setLFEOnly(); }, false,
+        {"single speaker", [](iSoundSource &s) { s.setLFEOnly(); },
          "iSoundSystem::play(): single-speaker file 'a.wav' does not work on 'Stereo' speaker settings!\n"},
-        {"MP3", [](iSoundSource &s) { s.setResourceName("a.mp3"), s.setData(mp3, 3); }, false,
+        {"MP3", [](iSoundSource &s) { s.setResourceName("a.mp3"), s.setData(mp3, 3); },
          "iSoundSystem::checkSoundfileAndPlay(): unable to play file 'a.mp3'!\n"},
-        {"played by a stream before", [](iSoundSource &s) { s.setStream(); }, false, ""},
+        {"played by a stream before", [](iSoundSource &s) { s.setStream(); }, ""},
     };
     system.params.current3DCaps = SOUNDCAPS_STEREO;
     for (auto const &row : rows) {
@@ -116,7 +94,6 @@ TEST_F(Play, RefusesWhatTheDeviceOrThePolicyDoesNotAllow)
         lines.clear();
         Sound sound(1);
         row.change(sound.source);
-        system.params.isMultiChannel = row.multichannel;
         EXPECT_FALSE(system.play(sound));
         EXPECT_TRUE(said(row.line)) << lines;
         EXPECT_EQ(system.all().size(), 4u);
@@ -126,8 +103,7 @@ TEST_F(Play, RefusesWhatTheDeviceOrThePolicyDoesNotAllow)
 TEST_F(Play, PlaysOncePerIdAndAgainAfterAStop)
 {
     ASSERT_TRUE(system.start(1, 0, 1));
-    sounds.emplace_back(7u);
-    Sound &sound = sounds[0];
+    Sound &sound = sounds.emplace_back(7u);
     ASSERT_TRUE(system.play(sound));
     EXPECT_TRUE(said("iSoundSystem::play(): playing sound 'a.wav'\n"));
     EXPECT_EQ(system.getLatestPlaying(), "a.wav");
@@ -169,13 +145,10 @@ TEST_F(Play, TriesOneFallbackWhereThereAreNoData)
 TEST_F(Play, StealsInTableOrderFromLowerPriorityFirst)
 {
     ASSERT_TRUE(system.start(4, 2, 1));
-    for (unsigned int i = 0; i < 4; ++i) {
-        sounds.emplace_back(i + 1);
-    }
-    system.play(sounds[0].at(50, 5)); // farther from the new one than the listener is
-    system.play(sounds[1].at(1, 9));
-    system.play(sounds[2].at(10, 5)); // near the new one
-    system.play(sounds[3].at(1, 8));
+    system.play(sounds.emplace_back(1u).at(50, 5)); // farther from the new one than the listener is
+    system.play(sounds.emplace_back(2u).at(1, 9));
+    system.play(sounds.emplace_back(3u).at(10, 5)); // near the new one
+    system.play(sounds.emplace_back(4u).at(1, 8));
     sounds.emplace_back(9u).at(20, 5);
     std::vector<unsigned int> stolen;
     EXPECT_TRUE(system.checkPriority(3, stolen, sounds[4]));
@@ -212,8 +185,7 @@ TEST_F(Play, FadesAStolenVoiceOutOnACrossfadeSlot)
     EXPECT_EQ(system.getChannelID(2), 2u) << "on what was the spare one";
     EXPECT_FALSE(system.play(sounds[2])) << "no slot is idle";
     EXPECT_TRUE(said("iSoundSystem::getFreeChannel(): no 3D voice available!\n"));
-    victim->setFinished();
-    system.update(0.01f);
+    finish(1);
     EXPECT_EQ(system.all().size(), 3u);
     ASSERT_TRUE(system.play(sounds[2]));
     EXPECT_EQ(system.getChannelID(3), 1u);
@@ -224,8 +196,7 @@ TEST_F(Play, FadesAStolenVoiceOutOnACrossfadeSlot)
 
     system.setPause(true);
     sounds[3]->setPlayOnPause();
-    system.channel(2)->setFinished();
-    system.update(0.01f);
+    finish(2);
     EXPECT_FALSE(system.play(sounds[3])) << "what is paused does not play: nothing to steal";
     EXPECT_EQ(system.all().size(), 3u);
 }
@@ -247,8 +218,7 @@ TEST_F(Play, WaitsOncePerIdAndStartsTheMostUrgentFirst)
     EXPECT_TRUE(said("iSoundSystem::play(): sound 'a.wav' set on waitlist.\n"));
     for (unsigned int expected : {3u, 4u, 2u}) {
         system.setPause(true);
-        system.channel(1)->setFinished();
-        system.update(0.01f);
+        finish(1);
         EXPECT_EQ(system.getNumPlayingChannels(), 0u) << "not in a pause";
         system.setPause(false);
         system.update(0.01f);
@@ -269,8 +239,7 @@ TEST_F(Play, StreamsAnOggAndMakesAManyChannelledOneFivePointOne)
     EXPECT_EQ(system.channel(3)->getTypeDesc(), "5.1");
     EXPECT_EQ(system.getSoundInfo(SOUNDINFO_NUM_VORBIS, 0, nullptr), 2);
     EXPECT_EQ(system.countVoices_51(), 1u);
-    system.channel(1)->setFinished();
-    system.update(0.01f);
+    finish(1);
     EXPECT_TRUE(said("cFinishedDestroy: destroyed vorbis stream #1.\n"));
     EXPECT_EQ(system.vorbisStreams.size(), 1u);
     sounds[0]->resetStream();
@@ -297,9 +266,7 @@ TEST_F(Play, KeepsNumbersApartWhenVoicesAreTrimmed)
     ASSERT_TRUE(system.start(0, 0, 30));
     for (unsigned int i = 0; i < 40; ++i) {
         sounds.emplace_back(i + 1)->force2D();
-    }
-    for (Sound &sound : sounds) {
-        ASSERT_TRUE(system.play(sound));
+        ASSERT_TRUE(system.play(sounds.back()));
     }
     EXPECT_TRUE(said("iSoundSystem::checkSoundfileAndPlay(): created new 2D/5.1 channel.\n"));
     system.update(21.0f);
@@ -324,12 +291,11 @@ TEST_F(Play, LosesNoVoiceInManyRandomCalls)
 {
     ASSERT_TRUE(system.start(4, 2, 3, true));
     log.take();
-    test::Bytes const ogg = test::soundFile("mono.ogg");
     for (unsigned int i = 0; i < 24; ++i) {
         bool const isOgg = i % 6 == 5;
-        sounds.emplace_back(i + 1, isOgg ? ogg : test::shortWav(), isOgg ? "a.ogg" : "a.wav")
-            .at(static_cast<float>(i % 8), i % 15);
-        Sound &sound = sounds.back();
+        sounds.emplace_back(i + 1, isOgg ? test::soundFile("mono.ogg") : test::shortWav(),
+                            isOgg ? "a.ogg" : "a.wav");
+        Sound &sound = sounds.back().at(static_cast<float>(i % 8), i % 15);
         sound->setCompanionName(i % 4 == 1 ? "b.wav" : "");
         sound->setCompanionData(sound.data.data(), 8);
         sound->set3DStereo();
@@ -347,48 +313,34 @@ TEST_F(Play, LosesNoVoiceInManyRandomCalls)
     auto const below = [&](unsigned int n) { return static_cast<unsigned int>(random() % n); };
     for (int step = 0; step < 20'000; ++step) {
         Sound &sound = sounds[below(24)];
-        switch (below(10)) {
-        case 0:
-        case 1:
-        case 2:
-        case 3:
+        if (unsigned int const what = below(1000); what < 400) {
             if (system.getChannelID(sound->getUniqueID()) == 0) {
                 sound->resetStream();
                 sound->setCurrentTimeMS(0);
             }
             system.play(sound);
-            break;
-        case 4:
+        } else if (what < 500) {
             system.stop(sound, below(2) * 100);
-            break;
-        case 5:
+        } else if (what < 600) {
             system.stopChannel(below(12), below(2) * 100);
-            break;
-        case 6:
-            if (unsigned int const at = below(static_cast<unsigned int>(system.channelTable.size()));
-                system.channel(at) != nullptr) {
-                system.channel(at)->setFinished();
+        } else if (what < 700) {
+            iSoundChannel *const channel =
+                system.channelTable[below(static_cast<unsigned int>(system.channelTable.size()))];
+            if (channel != nullptr) {
+                channel->setFinished();
             }
-            break;
-        case 7:
-            if (below(20) == 0) {
-                system.setPause(!system.isPaused());
-            }
-            break;
-        case 8:
-            if (below(200) == 0) {
-                system.stopAll(below(2));
-            }
-            break;
-        default:
+        } else if (what < 705) {
+            system.setPause(!system.isPaused());
+        } else if (what < 706) {
+            system.stopAll(below(2));
+        } else {
             system.update(0.01f);
         }
         std::vector<iSoundChannel *> const all = system.all();
-        std::set<iSoundChannel *> const once(all.begin(), all.end());
-        ASSERT_EQ(once.size(), all.size()) << "a voice in two places, step " << step;
+        ASSERT_EQ(std::set(all.begin(), all.end()).size(), all.size())
+            << "a voice in two places, step " << step;
         ASSERT_EQ(all.size(), 6u + system.params.num2D51Channels) << "a voice lost, step " << step;
     }
-    LogManager::Instance().setLogDetail(3);
     system.setPause(false);
     system.stopAll(0);
     EXPECT_EQ(system.getNumPlayingChannels(), 0u);

@@ -1,19 +1,13 @@
 #include "System/Sound/soundClip.h"
 #include "System/Sound/soundVorbis.h"
-#include "Tests/Sound/soundBytes.h"
-#include "Tests/Tools/logLines.h"
-#include "Tests/Tools/steeredClock.h"
-
-#include <gtest/gtest.h>
-
-#include <deque>
+#include "Tests/Sound/soundSystemFixture.h"
 
 namespace Qel {
 namespace {
 
 using test::Sound;
 
-struct SoundUpdate : testing::Test {
+struct SoundUpdate : test::SoundSystemFixture {
     SoundUpdate() { EXPECT_TRUE(system.start(2, 0, 3)); }
 
     Sound &sound(unsigned int id, unsigned int group = 0)
@@ -22,17 +16,6 @@ struct SoundUpdate : testing::Test {
         return sounds.back();
     }
     iSoundChannel *channelOf(unsigned int id) { return system.channelTable[system.getChannelID(id)]; }
-    bool said(char const *line)
-    {
-        lines += log.take();
-        return lines.find(line) != std::string::npos;
-    }
-
-    test::SteeredClock clock;
-    test::LogLines log{3};
-    std::string lines;
-    std::deque<Sound> sounds;
-    test::TestSound system;
 };
 
 TEST_F(SoundUpdate, DucksTheOthersUntilTheLastRequesterHasGone)
@@ -58,8 +41,7 @@ TEST_F(SoundUpdate, DucksTheOthersUntilTheLastRequesterHasGone)
     EXPECT_TRUE(channelOf(1)->isDucked());
     system.stop(sounds[3], 400);
     EXPECT_TRUE(channelOf(1)->isDucked()) << "as long as it fades";
-    channelOf(4)->setFinished();
-    system.update(0.01f);
+    finish(system.getChannelID(4));
     EXPECT_TRUE(said("iSoundSystem::stopChannel(): duckingcounter--\n"));
     EXPECT_FALSE(channelOf(1)->isDucked());
     EXPECT_TRUE(channelOf(2)->isDucked()) << "its own";
@@ -90,8 +72,8 @@ TEST_F(SoundUpdate, HandsVolumesOnWhereTheyChangedEnough)
     log.take();
     system.setMuteOnOff(true);
     system.setMuteOnOff(true);
-    std::string const muted = log.take();
-    EXPECT_EQ(muted.find("setMasterVolume() to vol -1.000000.\n"), muted.rfind("setMasterVolume() to vol"));
+    lines = log.take();
+    EXPECT_EQ(lines.find("setMasterVolume() to vol -1.000000.\n"), lines.rfind("setMasterVolume() to vol"));
     one->resetVolChanged();
     system.setWetVolume(1.0f);
     EXPECT_FALSE(one->isVolChanged());
@@ -167,9 +149,6 @@ TEST_F(SoundUpdate, PausesOnceAndStopsAtOnceMeanwhile)
 
 TEST_F(SoundUpdate, PlacesTheListenerByItsMode)
 {
-    D3DXVECTOR3 const camera{1, 1, 1};
-    D3DXVECTOR3 const target{2, 2, 2};
-    D3DXVECTOR3 const up{0, 0, 1};
     struct {
         eListenerMode mode;
         char const *line;
@@ -185,8 +164,8 @@ TEST_F(SoundUpdate, PlacesTheListenerByItsMode)
         EXPECT_EQ(system.listenerAt.z, -1.0f);
         system.setListenerMode(row.mode);
         EXPECT_TRUE(said(row.line));
-        system.setCameraListener(camera, camera, up);
-        system.setTargetListener(target, target, up);
+        system.setCameraListener({1, 1, 1}, {1, 1, 1}, {0, 0, 1});
+        system.setTargetListener({2, 2, 2}, {2, 2, 2}, {0, 0, 1});
         EXPECT_EQ(system.listener.x, row.place);
         EXPECT_EQ(system.listenerAt.z, row.direction);
     }
@@ -207,31 +186,23 @@ TEST_F(SoundUpdate, PlacesTheListenerByItsMode)
 TEST_F(SoundUpdate, TellsEachSearchThatFindsNothing)
 {
     iSoundSource *const source = sound(1);
-    struct {
-        bool (*destroy)(iSoundSystem &, void *);
-        char const *line;
-    } const rows[] = {
-        {[](iSoundSystem &s, void *p) { return s.destroySoundClip(static_cast<iSoundSource *>(p), 0); },
-         "destroySoundClip() #1: soundsource handle not found in vClips! ("},
-        {[](iSoundSystem &s, void *p) { return s.destroySoundClip(static_cast<iSoundClip *>(p), 0); },
-         "destroySoundClip() #2: soundsource handle not found in vClips! ("},
-        {[](iSoundSystem &s, void *p) { return s.destroyVorbis(static_cast<iSoundVorbis *>(p), 0); },
-         "destroyVorbis() #2: soundsource handle not found in vVorbis! ("},
-        {[](iSoundSystem &s, void *p) { return s.destroy3DStereo(static_cast<iSound3DStereo *>(p), 0); },
-         "destroy3DStereo() #2: soundsource handle not found in v3DStereo! ("},
-        {[](iSoundSystem &s, void *p) {
-             return s.destroy3DSubwoofer(static_cast<iSound3DSubwoofer *>(p), 0);
-         },
-         "destroy3DSubwoofer() #2: soundsource handle not found in v3DSubwoofer! ("},
-    };
-    for (auto const &row : rows) {
-        log.take();
-        EXPECT_FALSE(row.destroy(system, source));
-        char handle[20];
-        std::snprintf(handle, sizeof handle, "%x)\n",
-                      static_cast<unsigned int>(reinterpret_cast<std::uintptr_t>(source)));
-        EXPECT_NE(log.take().find(std::string(row.line).append(handle)), std::string::npos) << row.line;
+    void *const nothing = source;
+    char handle[20];
+    std::snprintf(handle, sizeof handle, "%x)\n",
+                  static_cast<unsigned int>(reinterpret_cast<std::uintptr_t>(nothing)));
+    EXPECT_FALSE(system.destroySoundClip(source, 0));
+    EXPECT_FALSE(system.destroySoundClip(static_cast<iSoundClip *>(nothing), 0));
+    EXPECT_FALSE(system.destroyVorbis(static_cast<iSoundVorbis *>(nothing), 0));
+    EXPECT_FALSE(system.destroy3DStereo(static_cast<iSound3DStereo *>(nothing), 0));
+    EXPECT_FALSE(system.destroy3DSubwoofer(static_cast<iSound3DSubwoofer *>(nothing), 0));
+    for (char const *line : {"destroySoundClip() #1: soundsource handle not found in vClips! (",
+                             "destroySoundClip() #2: soundsource handle not found in vClips! (",
+                             "destroyVorbis() #2: soundsource handle not found in vVorbis! (",
+                             "destroy3DStereo() #2: soundsource handle not found in v3DStereo! (",
+                             "destroy3DSubwoofer() #2: soundsource handle not found in v3DSubwoofer! ("}) {
+        EXPECT_TRUE(said((std::string(line) + handle).c_str())) << line;
     }
+    lines.clear();
     source->setCompanionName("b");
     source->setStream();
     source->set3DStereo();

@@ -31,10 +31,6 @@ public:
     }
 
     using ParticleEmitter::genConstantEmissionCount;
-    using ParticleEmitter::genEmissionDirection;
-    using ParticleEmitter::genEmissionTTL;
-    using ParticleEmitter::genEmissionVelocity;
-    using ParticleEmitter::genRotationAngle;
 
     D3DXVECTOR3 const &upward() const { return up; }
 

@@ -37,8 +37,7 @@ public:
     unsigned int update(float dt) override
     {
         ++updates;
-        unsigned int const nothing = iSoundChannel::update(dt);
-        return refill != 0 ? refill : nothing;
+        return iSoundChannel::update(dt) | refill;
     }
     void setActualVolume(float volume) override { deviceVolume = volume; }
     bool fillBuffer(unsigned int bit, unsigned char const *data, unsigned int size) override
@@ -129,24 +128,12 @@ public:
     D3DXVECTOR3 listenerAt{0, 0, 1};
     D3DXVECTOR3 listenerUp{0, 1, 0};
 
-    using iSoundSystem::channelTable;
-    using iSoundSystem::checkPriority;
-    using iSoundSystem::checkSoundfile;
-    using iSoundSystem::clips;
-    using iSoundSystem::createVorbisStream;
-    using iSoundSystem::crossfadeChannels;
-    using iSoundSystem::duckingCounter;
-    using iSoundSystem::free2D51Channels;
-    using iSoundSystem::free3DChannels;
-    using iSoundSystem::getFreeChannel;
-    using iSoundSystem::loaded;
-    using iSoundSystem::openVorbis;
-    using iSoundSystem::params;
-    using iSoundSystem::setDefaultListener;
-    using iSoundSystem::stereoSounds;
-    using iSoundSystem::subwooferSounds;
-    using iSoundSystem::vorbisStreams;
-    using iSoundSystem::waitlist;
+    using iSoundSystem::channelTable, iSoundSystem::checkPriority, iSoundSystem::checkSoundfile,
+        iSoundSystem::clips, iSoundSystem::createVorbisStream, iSoundSystem::crossfadeChannels,
+        iSoundSystem::duckingCounter, iSoundSystem::free2D51Channels, iSoundSystem::free3DChannels,
+        iSoundSystem::getFreeChannel, iSoundSystem::loaded, iSoundSystem::openVorbis, iSoundSystem::params,
+        iSoundSystem::setDefaultListener, iSoundSystem::stereoSounds, iSoundSystem::subwooferSounds,
+        iSoundSystem::vorbisStreams, iSoundSystem::waitlist;
 
 protected:
     void create2D51Channel() override

@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <limits>
+#include <sstream>
 
 namespace Qel {
 namespace {
@@ -29,35 +30,20 @@ MD5Anim animOf(std::string const &text)
 }
 
 // As printf writes it: by hand.
-char const savedModel[] = "MD5Version 10\n"
-                          "commandline \"make -all\"\n"
-                          "numbones 2\n"
-                          "bone 0 {\n"
-                          "    name \"hip\"\n"
-                          "    bindpos 0.100000 -2.500000 -0.000000\n"
-                          "    bindmat 1.000000 0.000000 0.333333 0.000000 1.000000 0.000000 0.000000 "
-                          "0.000000 16777216.000000\n"
-                          "}\n\n"
-                          "bone 1 {\n"
-                          "    name \"knee\"\n"
-                          "    bindpos 340282346638528859811704183484516925440.000000 0.000001 0.000000\n"
-                          "    bindmat 0.000000 1.000000 2.000000 3.000000 4.000000 5.000000 6.000000 "
-                          "7.000000 8.000000\n"
-                          "    parent \"hip\"\n"
-                          "}\n\n"
-                          "nummeshes 1\n"
-                          "mesh 0 { \n"
-                          "  shader \"cloth/red 1\"\n"
-                          "\n  numverts 2\n"
-                          "    verts 0 0.250000 0.750000 0 2\n"
-                          "    verts 1 0.500000 -0.500000 1 1\n"
-                          "\n  numtris 2\n"
-                          "    tri 0  0 1 65535\n"
-                          "    tri 1  2 3 4\n"
-                          "\n  numweights 2\n"
-                          "    weight 0 0 0.250000 1.000000 2.000000 3.000000\n"
-                          "    weight 1 1 0.750000 -4.000000 5.000000 6.000000\n"
-                          "}\n";
+char const savedModel[] =
+    "MD5Version 10\ncommandline \"make -all\"\nnumbones 2\n"
+    "bone 0 {\n    name \"hip\"\n    bindpos 0.100000 -2.500000 -0.000000\n"
+    "    bindmat 1.000000 0.000000 0.333333 0.000000 1.000000 0.000000 0.000000 0.000000 "
+    "16777216.000000\n}\n\n"
+    "bone 1 {\n    name \"knee\"\n    bindpos 340282346638528859811704183484516925440.000000 0.000001 "
+    "0.000000\n"
+    "    bindmat 0.000000 1.000000 2.000000 3.000000 4.000000 5.000000 6.000000 7.000000 8.000000\n"
+    "    parent \"hip\"\n}\n\n"
+    "nummeshes 1\nmesh 0 { \n  shader \"cloth/red 1\"\n"
+    "\n  numverts 2\n    verts 0 0.250000 0.750000 0 2\n    verts 1 0.500000 -0.500000 1 1\n"
+    "\n  numtris 2\n    tri 0  0 1 65535\n    tri 1  2 3 4\n"
+    "\n  numweights 2\n    weight 0 0 0.250000 1.000000 2.000000 3.000000\n"
+    "    weight 1 1 0.750000 -4.000000 5.000000 6.000000\n}\n";
 
 MD5Mesh smallModel()
 {
@@ -169,34 +155,26 @@ TEST(MD5Loader, ReadsGroupsByPositionAndPassesOverTheRest)
             w 6 3 0.5 -1 2 3 w 7 9 4 0 0 0 w 8 2 0.5 0 0 0 } MD5Version 65546)");
     EXPECT_EQ(mesh.version, 10) << "the last one, in 16 bits";
     EXPECT_EQ(mesh.commandLine, "a // b");
-    ASSERT_EQ(mesh.bones.size(), 4u);
-    struct {
-        char const *name;
-        unsigned parentIndex;
-        D3DXVECTOR3 position;
-    } const bones[] = {{"first", 4, {1, 0, 0}},
-                       {"first", 4, {0, 1, 0}},
-                       {"middle", 3, {0, 0, 4}},
-                       {"last", 0, {-1, 0.5f, -20}}};
-    for (std::size_t i = 0; i < 4; ++i) {
-        SCOPED_TRACE(i);
-        EXPECT_EQ(mesh.bones[i].name, bones[i].name);
-        EXPECT_EQ(mesh.bones[i].parentIndex, bones[i].parentIndex);
-        EXPECT_EQ(mesh.bones[i].position, bones[i].position);
-        EXPECT_EQ(mesh.bones[i].matrix, D3DXMATRIX(1, 2, 3, 0, 4, 5, 6, 0, 7, 8, 9, 0, 0, 0, 0, 1));
+    std::ostringstream bones;
+    bones.precision(9);
+    for (auto const &bone : mesh.bones) {
+        bones << bone.name << bone.parentIndex << ' ' << bone.position.x << ' ' << bone.position.y << ' '
+              << bone.position.z << '\n';
+        EXPECT_EQ(bone.matrix, D3DXMATRIX(1, 2, 3, 0, 4, 5, 6, 0, 7, 8, 9, 0, 0, 0, 0, 1)) << bone.name;
     }
+    EXPECT_EQ(bones.str(), "first4 1 0 0\nfirst4 0 1 0\nmiddle3 0 0 4\nlast0 -1 0.5 -20\n");
     EXPECT_EQ(mesh.shader, "two") << "the last mesh stays";
     EXPECT_TRUE(mesh.triangles.empty());
     ASSERT_EQ(mesh.weights.size(), 4u);
     EXPECT_EQ(mesh.weights[1].index, 6);
-    ASSERT_EQ(mesh.vertices.size(), 4u);
     mesh.defaultPose(); // once more, from zero again
     // Bones' positions times weights: 0.25 of the first and 0.5 of the last; then, since there is no bone 9
     // and no weight behind the last, 0.5 of the middle one; then none.
-    EXPECT_EQ(mesh.vertices[0].position, D3DXVECTOR3(-0.25f, 0.25f, -10));
-    EXPECT_EQ(mesh.vertices[1].position, D3DXVECTOR3(0, 0, 2));
-    EXPECT_EQ(mesh.vertices[2].position, D3DXVECTOR3(0, 0, 0));
-    EXPECT_EQ(mesh.vertices[3].position, D3DXVECTOR3(0, 0, 0));
+    D3DXVECTOR3 const positions[] = {{-0.25f, 0.25f, -10}, {0, 0, 2}, {0, 0, 0}, {0, 0, 0}};
+    ASSERT_EQ(mesh.vertices.size(), std::size(positions));
+    for (std::size_t i = 0; i < std::size(positions); ++i) {
+        EXPECT_EQ(mesh.vertices[i].position, positions[i]) << i;
+    }
 
     MD5Anim const anim = animOf(R"(
         MD5Version 6 numchannels 9
@@ -212,10 +190,11 @@ TEST(MD5Loader, ReadsGroupsByPositionAndPassesOverTheRest)
         channel 7 { j "" a "Roll" s 0 e 1 f 24 strings 0 range 0 0 keys 1 7 })");
     EXPECT_EQ(anim.getStartTime(), -1) << "the channel that is not in the list does not count";
     EXPECT_EQ(anim.getEndTime(), 3.5f);
-    std::uint32_t const attributes[] = {0, 1, 2, 3, 3, 4, 4, 0, 5};
-    for (std::size_t i = 0; i < 9; ++i) {
-        EXPECT_EQ(anim.channels[i].attribute, attributes[i]) << i;
+    std::string attributes;
+    for (MD5Channel const &channel : anim.channels) {
+        attributes += std::to_string(channel.attribute);
     }
+    EXPECT_EQ(attributes, "012334405");
     EXPECT_EQ(anim.channels[8].stringCount, 3);
     EXPECT_EQ(anim.channels[8].rangeEnd, 65535);
     EXPECT_EQ(anim.channels[8].keys, (std::vector<float>{7.853982f, 4.712389f}));
@@ -256,14 +235,13 @@ TEST(MD5Loader, WhatIsReadStaysWhereverTheFileEnds)
         SCOPED_TRACE(length);
         MD5Mesh const mesh = modelOf(text.substr(0, length));
         ASSERT_LE(mesh.bones.size(), 2u);
-        ASSERT_GE(mesh.vertices.size(), vertices);
+        ASSERT_TRUE(mesh.vertices.size() >= vertices && mesh.vertices.size() <= 2);
         vertices = mesh.vertices.size();
-        ASSERT_LE(vertices, 2u);
-        for (std::size_t i = 0; i + 1 < vertices; ++i) { // the last one may be half
-            EXPECT_EQ(mesh.vertices[i].v, full.vertices[i].v);
-        }
         if (vertices > 0) {
             EXPECT_EQ(mesh.bones[1].parent, "hip");
+        }
+        if (vertices > 1) { // the last one may be half
+            EXPECT_EQ(mesh.vertices[0].v, full.vertices[0].v);
         }
     }
     EXPECT_EQ(vertices, 2u);
@@ -275,7 +253,6 @@ TEST(MD5Loader, NothingIsReservedOnTrust)
     for (char const *count : {"2147483647", "99999999999", "1000000000", "-1"}) {
         SCOPED_TRACE(count);
         std::string lists;
-        std::string groups;
         for (int i = 0; i < 20000; ++i) { // each would make as many bones again
             lists += std::string("numbones ") + count + " numchannels " + count + " ";
         }

@@ -25,6 +25,17 @@ protected:
         EXPECT_TRUE(manager.parseScript("s.particle"));
         return log.take();
     }
+    template <class Call>
+    static std::string thrownBy(Call call)
+    {
+        try {
+            call();
+        } catch (Exception const &e) {
+            EXPECT_EQ(e.getNumber(), 4);
+            return e.description.c_str();
+        }
+        return "nothing";
+    }
 };
 
 TEST_F(ScriptTest, ReadsAndLogsEachLine)
@@ -43,24 +54,17 @@ stray particlesystem "Fire two" /* here */ more {
 "quota 3"
 particlesystem Plain { }
 )");
-    EXPECT_EQ(lines, "registering particleTemplate: 'Fire two'\n"
-                     " - quota 12\n"
-                     " - bound_expo 1.5\n"
-                     " - soft true\n"
-                     "Bad particle system attribute line: 'bad 1' in Fire two\n"
-                     "Missing Parameter in line: 'lonely' in Fire two\n"
-                     "Bad particle system attribute line: 'emitter Dot' in Fire two\n"
-                     " * emitter: 'Dot'\n"
-                     "ParticleSystemMgr::_createEmitter() 'Dot'\n"
-                     "   - direction 0 0 2\n"
-                     "   - material [error]\n"
-                     "Bad particle emitter attribute line: '\"wrong 5\"' for emitter Dot\n"
-                     "   - size 3\n"
-                     " * affector: 'Note'\n"
-                     "   - onemitter 0\n"
-                     "Bad particle affector attribute line: '\"who 1\"' for emitter Note\n"
-                     " - bound false\n"
-                     "registering particleTemplate: 'Plain'\n");
+    EXPECT_EQ(lines,
+              "registering particleTemplate: 'Fire two'\n - quota 12\n - bound_expo 1.5\n - soft true\n"
+              "Bad particle system attribute line: 'bad 1' in Fire two\n"
+              "Missing Parameter in line: 'lonely' in Fire two\n"
+              "Bad particle system attribute line: 'emitter Dot' in Fire two\n"
+              " * emitter: 'Dot'\nParticleSystemMgr::_createEmitter() 'Dot'\n"
+              "   - direction 0 0 2\n   - material [error]\n"
+              "Bad particle emitter attribute line: '\"wrong 5\"' for emitter Dot\n"
+              "   - size 3\n * affector: 'Note'\n   - onemitter 0\n"
+              "Bad particle affector attribute line: '\"who 1\"' for emitter Note\n"
+              " - bound false\nregistering particleTemplate: 'Plain'\n");
     EXPECT_EQ(manager.getParticleTemplateList(), "Fire two\nPlain\n");
     ParticleSystem const &fire = *manager.getTemplate("Fire two");
     EXPECT_EQ(fire.getParticleQuota(), 12u);
@@ -75,27 +79,15 @@ TEST_F(ScriptTest, ThrowsForUnknownTypesAndGoesOnAfterwards)
 {
     test::writeFile("bad.particle", "particlesystem A { emitter Nil { } }");
     log.take();
-    try {
-        manager.parseScript("bad.particle");
-        FAIL();
-    } catch (Exception const &e) {
-        EXPECT_EQ(e.getNumber(), 4);
-        EXPECT_EQ(e.description, "Cannot find requested emitter type: Nil");
-    }
-    EXPECT_NE(
-        log.take().find("ParticleSystemMgr::_createEmitter() Cannot find requested emitter type: Nil\n"),
-        std::string::npos);
+    std::string const message = "Cannot find requested emitter type: Nil";
+    EXPECT_EQ(thrownBy([&] { manager.parseScript("bad.particle"); }), message);
+    EXPECT_NE(log.take().find("ParticleSystemMgr::_createEmitter() " + message + "\n"), std::string::npos);
     test::writeFile("bad.particle", "particlesystem A { affector Nil { } }");
     EXPECT_THROW(manager.parseScript("bad.particle"), Exception);
     read("particlesystem A { emitter Dot { \"size 2\" ");
     EXPECT_EQ(manager.getTemplate("A")->getNumEmitters(), 1);
     EXPECT_FALSE(manager.parseScript("absent.particle"));
-    try {
-        manager.createSystem("x", "None");
-        FAIL();
-    } catch (Exception const &e) {
-        EXPECT_EQ(e.description, "Cannot find required template'None'");
-    }
+    EXPECT_EQ(thrownBy([&] { manager.createSystem("x", "None"); }), "Cannot find required template'None'");
     EXPECT_EQ(manager.getParticleSystemCount(), 0);
 }
 
@@ -184,13 +176,9 @@ TEST_F(ScriptTest, PoursNewTemplatesIntoLiveSystems)
     test::writeFile("s.particle", "particlesystem A { \"quota 9\" }");
     log.take();
     manager.rebind("A");
-    EXPECT_EQ(log.take(), "ParticleSystemMgr::rebind()\n"
-                          "registering particleTemplate: 'A'\n"
-                          "ParticleSystemMgr::_destroyEmitter() 'Dot'\n"
-                          " - quota 9\n"
-                          "- reload s.particle\n"
-                          "- name='mine' (template='A')\n"
-                          "ParticleSystemMgr::_destroyEmitter() 'Dot'\n"
+    EXPECT_EQ(log.take(), "ParticleSystemMgr::rebind()\nregistering particleTemplate: 'A'\n"
+                          "ParticleSystemMgr::_destroyEmitter() 'Dot'\n - quota 9\n- reload s.particle\n"
+                          "- name='mine' (template='A')\nParticleSystemMgr::_destroyEmitter() 'Dot'\n"
                           "- name='B' (template='B') unknown\n");
     EXPECT_EQ(live->getParticleQuota(), 9u);
     EXPECT_EQ(live->getName(), "mine");

@@ -44,11 +44,6 @@ protected:
     }
 };
 
-float length(D3DXVECTOR3 const &v)
-{
-    return std::sqrt(v.x * v.x + v.y * v.y + v.z * v.z);
-}
-
 // The direction is z in all rows: rings lie in x and y.
 TEST_F(ParticleFxTest, EmitsInsideItsShapes)
 {
@@ -59,7 +54,7 @@ TEST_F(ParticleFxTest, EmitsInsideItsShapes)
         std::function<bool(D3DXVECTOR3 const &)> isInside;
         double meanSquare; // of the distance from the middle
     } const rows[] = {
-        {"Point", {}, [](D3DXVECTOR3 const &v) { return length(v) == 0; }, 0},
+        {"Point", {}, [](D3DXVECTOR3 const &v) { return D3DXVec3Length(&v) == 0; }, 0},
         {"Box",
          {{"edges", "2 4 6"}, {"outward", "true"}},
          [](D3DXVECTOR3 const &v) {
@@ -68,11 +63,11 @@ TEST_F(ParticleFxTest, EmitsInsideItsShapes)
          (4 + 16 + 36) / 12.0},
         {"Sphere",
          {{"radius", "3"}, {"radius_inner", "0"}, {"outward", "true"}},
-         [](D3DXVECTOR3 const &v) { return length(v) <= 3.001f; },
+         [](D3DXVECTOR3 const &v) { return D3DXVec3Length(&v) <= 3.001f; },
          9 * 3 / 5.0},
         {"Sphere",
          {{"radius", "3"}, {"radius_inner", "2"}, {"outward", "true"}},
-         [](D3DXVECTOR3 const &v) { return length(v) >= 1.999f && length(v) <= 3.001f; },
+         [](D3DXVECTOR3 const &v) { return D3DXVec3Length(&v) >= 1.999f && D3DXVec3Length(&v) <= 3.001f; },
          3 * (243 - 32) / (5 * (27.0 - 8))},
         {"Ring",
          {{"radius", "3"}, {"radius_inner", "1"}, {"outward", "true"}},
@@ -93,8 +88,8 @@ TEST_F(ParticleFxTest, EmitsInsideItsShapes)
         for (Particle const &p : born(row.type, parameters)) {
             D3DXVECTOR3 const at = p.position - D3DXVECTOR3(10, 20, 30);
             ASSERT_TRUE(row.isInside(at)) << row.type << at.x << ' ' << at.y << ' ' << at.z;
-            sum += double{length(at)} * length(at);
-            ASSERT_NEAR(length(p.direction), 1, 1e-4);
+            sum += double{D3DXVec3Length(&at)} * D3DXVec3Length(&at);
+            ASSERT_NEAR(D3DXVec3Length(&p.direction), 1, 1e-4);
             if (row.parameters.contains("outward")) {
                 ASSERT_GT(D3DXVec3Dot(&p.direction, &at), 0);
             }
@@ -160,15 +155,13 @@ TEST_F(ParticleFxTest, AffectsItsOwnLivingParticles)
             cFileMem part(length, static_cast<unsigned char const *>(file.getData()));
             ParticleAffector *const read = manager._createAffector(row.type, part);
             for (auto const &[name, value] : row.parameters) {
-                if (length == file.size()) {
-                    EXPECT_EQ(read->getParameter(name), value);
-                }
+                EXPECT_TRUE(length < file.size() || read->getParameter(name) == value) << name;
             }
             manager._destroyAffector(read);
         }
         ParticleSystem const copy(system);
-        EXPECT_EQ(copy.getAffector(0)->getParameter(row.parameters.begin()->first),
-                  row.parameters.begin()->second);
+        auto const &[name, value] = *row.parameters.begin();
+        EXPECT_EQ(copy.getAffector(0)->getParameter(name), value);
         EXPECT_EQ(copy.getAffector(0)->getOnEmitter(), 1);
     }
 }
