@@ -10,6 +10,8 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
+#include <utility>
+#include <vector>
 
 namespace Qel {
 namespace {
@@ -43,8 +45,8 @@ TEST(MathPointers, FollowTheFeatures)
         SCOPED_TRACE(testing::Message() << row.sse << row.sse2);
         resetPointers();
         cMath::init(row.sse, row.sse2, true, true, true);
-        EXPECT_TRUE(cMath::sqrt == row.sqrt && cMath::rsqrt == row.rsqrt);
-        EXPECT_TRUE(cMath::cos == row.cos && cMath::sincos == row.sincos);
+        EXPECT_TRUE(cMath::sqrt == row.sqrt && cMath::rsqrt == row.rsqrt && cMath::cos == row.cos &&
+                    cMath::sincos == row.sincos);
         D3DXMATRIX identity;
         EXPECT_TRUE(matrixIdentity == *D3DXMatrixIdentity(&identity));
     }
@@ -125,29 +127,21 @@ TEST(Math, AnglesComeIntoTheirRange)
     float const twoPi = 6.2831855f;
     struct {
         float (*f)(float);
-        float in, out;
+        std::vector<std::pair<float, float>> values; // in, out
     } const rows[] = {
-        {cMath::deg2rad, 180, pi},
-        {cMath::rad2deg, 1, 57.29578f},
-        {cMath::rad2range0_piDiv2, 1.5707964f, 1.5707964f},
-        {cMath::rad2range0_piDiv2, 2, 0.5f},
-        {cMath::rad2range0_piDiv2, -1, 0.25f},
-        {cMath::rad2range0_piDiv2, twoPi + 1, 0.25f},
-        {cMath::angleNormalize360, 360, 0},
-        {cMath::angleNormalize360, -90, 270},
-        {cMath::angleNormalize180, 180, 180},
-        {cMath::angleNormalize180, 181, -179},
-        {cMath::angleNormalize180, -180, 180},
-        {cMath::radNormalize, -0.5f, 5.7831855f},
-        {cMath::radNormalize, -twoPi, 0},
-        {cMath::radNormalize, 7, 7 - twoPi},
-        {cMath::fraction, -2.75f, -0.75f},
-        {cMath::fraction, 3e9f, 0},
-        {cMath::saturate, -1, 0},
-        {cMath::saturate, 0.25f, 0.25f},
+        {cMath::deg2rad, {{180, pi}}},
+        {cMath::rad2deg, {{1, 57.29578f}}},
+        {cMath::rad2range0_piDiv2, {{pi / 2, pi / 2}, {2, 0.5f}, {-1, 0.25f}, {twoPi + 1, 0.25f}}},
+        {cMath::angleNormalize360, {{360, 0}, {-90, 270}}},
+        {cMath::angleNormalize180, {{180, 180}, {181, -179}, {-180, 180}}},
+        {cMath::radNormalize, {{-0.5f, 5.7831855f}, {-twoPi, 0}, {7, 7 - twoPi}}},
+        {cMath::fraction, {{-2.75f, -0.75f}, {3e9f, 0}}},
+        {cMath::saturate, {{-1, 0}, {0.25f, 0.25f}}},
     };
     for (auto const &row : rows) {
-        EXPECT_NEAR(row.f(row.in), row.out, 2e-6f) << row.in;
+        for (auto const &[in, out] : row.values) {
+            EXPECT_NEAR(row.f(in), out, 2e-6f) << &row - rows << ": " << in;
+        }
     }
     EXPECT_TRUE(std::isnan(cMath::saturate(std::nanf(""))));
     EXPECT_TRUE(std::signbit(cMath::fraction(-1.0f)) == std::signbit(-1.0f - -1.0f));

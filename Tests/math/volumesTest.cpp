@@ -277,6 +277,13 @@ TEST(Obb, ThreeFormsGiveTheSameCornersAndHull)
     expectNear(hull.getSize(), around.getSize(), 1e-5f);
 }
 
+void expectBeam(cRectRay const &beam, D3DXVECTOR3 const &origin, float up, float left)
+{
+    EXPECT_TRUE(beam.getOrigin() == origin) << beam.origin.x << ' ' << beam.origin.y;
+    EXPECT_EQ(beam.getSizeUp(), up);
+    EXPECT_EQ(beam.getSizeLeft(), left);
+}
+
 TEST(RectRay, WidensOnOneSideOrOnBoth)
 {
     cRectRay const beam({0, 0, 0}, {0, 0, -2}, {0, 2, 0}, {1, 0, 0}, 50);
@@ -296,9 +303,7 @@ TEST(RectRay, WidensOnOneSideOrOnBoth)
         SCOPED_TRACE(testing::Message() << row.p.x << ' ' << row.p.y << ' ' << row.moveCenter);
         cRectRay wide = beam;
         wide.addPoint(row.p, row.moveCenter);
-        EXPECT_TRUE(wide.getOrigin() == row.origin);
-        EXPECT_EQ(wide.getSizeUp(), row.up);
-        EXPECT_EQ(wide.getSizeLeft(), row.left);
+        expectBeam(wide, row.origin, row.up, row.left);
     }
 }
 
@@ -306,21 +311,14 @@ TEST(RectRay, WidensOnOneSideOrOnBoth)
 TEST(RectRay, ABlowUpTakesAllPointsIn)
 {
     D3DXVECTOR3 const points[] = {{13, 5, 0}, {8, 7, -3}, {10, -4, 9}};
-    struct {
-        bool moveCenter;
-        D3DXVECTOR3 origin;
-        float up, left;
-    } const rows[] = {{false, {10, 1, 0}, 6, 3}, {true, {10.5f, 1.5f, 0}, 5.5f, 2.5f}};
-    for (auto const &row : rows) {
+    for (bool const moveCenter : {false, true}) {
         cRectRay beam({10, 1, 0}, {0, 0, -2}, {0, 2, 0}, {1, 0, 0}, 50);
         cRectRay::sBlowUp s;
         beam.blowUpInit(s);
         cRectRay::blowUpAddPoint(s, points[0]);
         cRectRay::blowUpAddPoints(s, points + 1, 2);
-        beam.blowUpFinish(s, row.moveCenter);
-        EXPECT_TRUE(beam.getOrigin() == row.origin) << beam.origin.x << ' ' << beam.origin.y;
-        EXPECT_EQ(beam.getSizeUp(), row.up);
-        EXPECT_EQ(beam.getSizeLeft(), row.left);
+        beam.blowUpFinish(s, moveCenter);
+        moveCenter ? expectBeam(beam, {10.5f, 1.5f, 0}, 5.5f, 2.5f) : expectBeam(beam, {10, 1, 0}, 6, 3);
     }
 }
 

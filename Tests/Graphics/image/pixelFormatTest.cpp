@@ -2,6 +2,7 @@
 #include "Tests/Graphics/image/plainImage.h"
 #include "Tests/math/atEveryLevel.h"
 
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <random>
@@ -17,28 +18,27 @@ TEST(PixelFormat, PacksByDroppingLowBitsAndUnpacksByZeros)
         cPixelFormat format;
         unsigned r, g, b, a;
         unsigned pixel;
-        unsigned backR, backG, backB, backA;
+        std::array<unsigned, 4> back; // red, green, blue, alpha
     } const rows[] = {
-        {"5 and 6 bits", R5G6B5, 255, 255, 255, 0, 0xFFFF, 248, 252, 248, 255},
-        {"order of channels", B5G6R5, 248, 4, 16, 255, 0x103F, 248, 4, 16, 255},
-        {"one bit of alpha", A1R5G5B5, 8, 16, 24, 127, 0x0443, 8, 16, 24, 0},
-        {"spare bits stay 0", A1R4G4B4, 255, 255, 255, 128, 0xFBDE, 240, 240, 240, 128},
-        {"spare bits, other order", A1B4G4R4, 16, 32, 48, 255, 0x9882, 16, 32, 48, 128},
-        {"24 bits with alpha outside", A8R8G8B8P24, 1, 2, 3, 4, 0x04010203, 1, 2, 3, 4},
-        {"no channels", PAL8, 1, 2, 3, 4, 0, 0, 0, 0, 255},
+        {"5 and 6 bits", R5G6B5, 255, 255, 255, 0, 0xFFFF, {248, 252, 248, 255}},
+        {"order of channels", B5G6R5, 248, 4, 16, 255, 0x103F, {248, 4, 16, 255}},
+        {"one bit of alpha", A1R5G5B5, 8, 16, 24, 127, 0x0443, {8, 16, 24, 0}},
+        {"spare bits stay 0", A1R4G4B4, 255, 255, 255, 128, 0xFBDE, {240, 240, 240, 128}},
+        {"spare bits, other order", A1B4G4R4, 16, 32, 48, 255, 0x9882, {16, 32, 48, 128}},
+        {"24 bits with alpha outside", A8R8G8B8P24, 1, 2, 3, 4, 0x04010203, {1, 2, 3, 4}},
+        {"no channels", PAL8, 1, 2, 3, 4, 0, {0, 0, 0, 255}},
         // 8 - 10 is 30 modulo 32: packing drops all, unpacking keeps the two lowest bits at the top.
-        {"10 bits", cPixelFormat(32, 0x3FF, 0, 0, 0), 255, 0, 0, 0, 0, 0, 0, 0, 255},
+        {"10 bits", cPixelFormat(32, 0x3FF, 0, 0, 0), 255, 0, 0, 0, 0, {0, 0, 0, 255}},
         // The run of set bits ends at the gap: 2 bits, while the mask takes a third.
-        {"a mask with a gap", cPixelFormat(16, 0x0B, 0, 0, 0), 255, 0, 0, 0, 0x03, 192, 0, 0, 255},
+        {"a mask with a gap", cPixelFormat(16, 0x0B, 0, 0, 0), 255, 0, 0, 0, 0x03, {192, 0, 0, 255}},
     };
     for (auto const &row : rows) {
         SCOPED_TRACE(row.what);
         unsigned const pixel = row.format.buildPixel(row.r, row.g, row.b, row.a);
         EXPECT_EQ(pixel, row.pixel);
-        EXPECT_EQ(row.format.getRedBits(pixel), row.backR);
-        EXPECT_EQ(row.format.getGreenBits(pixel), row.backG);
-        EXPECT_EQ(row.format.getBlueBits(pixel), row.backB);
-        EXPECT_EQ(row.format.getAlphaBits(pixel), row.backA);
+        EXPECT_EQ((std::array{row.format.getRedBits(pixel), row.format.getGreenBits(pixel),
+                              row.format.getBlueBits(pixel), row.format.getAlphaBits(pixel)}),
+                  row.back);
     }
     EXPECT_EQ(cPixelFormat(32, 0x3FF, 0, 0, 0).getRedBits(0x3FF), 0xC0000000u);
 }
@@ -50,6 +50,12 @@ TEST(PixelFormat, FloatsAreSharesOfTheWholeMask)
     // 0xFF0000 / 2 = 0x7F8000, cut to the mask.
     EXPECT_EQ(format.buildPixel(0.5f, 0.0f, 0.0f, 0.0f), 0x7F0000u);
     EXPECT_EQ(format.buildPixel(NAN, INFINITY, -INFINITY, 0.0f), 0u);
+    // Numbers of several kinds: all whole ones are channels, one float makes all shares.
+    unsigned const value = 8;
+    EXPECT_EQ(format.buildPixel(value, value, value, 255), 0xFF080808);
+    EXPECT_EQ(format.buildPixel(8, 8, 8, 255), 0xFF080808);
+    EXPECT_EQ(format.buildPixel(1.0f, 0, 0, 1), 0xFFFF0000);
+    EXPECT_EQ(format.buildPixel(0.0, 1.0, 0.0, 0.0), 0x0000FF00u);
 }
 
 TEST(PixelFormat, IsEqualByMasksAndTakesOnlyKnownNames)
@@ -60,16 +66,6 @@ TEST(PixelFormat, IsEqualByMasksAndTakesOnlyKnownNames)
     EXPECT_EQ(byMasks.getAlphaShift(), 32u);
     EXPECT_FALSE(byMasks.setFormat(static_cast<ePixelFormat>(16)));
     EXPECT_EQ(byMasks.getAlphaMask(), 0u);
-}
-
-TEST(PixelFormat, TakesColoursOfAnyMixOfNumbers)
-{
-    cPixelFormat const format(A8R8G8B8);
-    unsigned const value = 8;
-    EXPECT_EQ(format.buildPixel(value, value, value, 255), 0xFF080808);
-    EXPECT_EQ(format.buildPixel(8, 8, 8, 255), 0xFF080808);
-    EXPECT_EQ(format.buildPixel(1.0f, 0, 0, 1), 0xFFFF0000);
-    EXPECT_EQ(format.buildPixel(0.0, 1.0, 0.0, 0.0), 0x0000FF00u);
 }
 
 TEST(PixelFormat, ConvertsUntilOneSideIsFull)
@@ -109,27 +105,26 @@ TEST(PixelFormat, EveryPairGivesTheSameAtEveryLevel)
             cPixelFormat const toFormat = formatOf(to);
             std::vector<unsigned char> expected(pixels * toFormat.getBytePerPixel());
             plain::convert(toFormat, expected.data(), fromFormat, &source[1], pixels);
+            auto const expectConverted = [&](unsigned char *dst, unsigned char const *src,
+                                             std::size_t count) {
+                std::size_t const bytes = count * toFormat.getBytePerPixel();
+                EXPECT_EQ(
+                    cPixelFormat::convertStream(toFormat, dst, static_cast<unsigned>(bytes), fromFormat, src,
+                                                static_cast<unsigned>(count * fromFormat.getBytePerPixel())),
+                    0u);
+                ASSERT_EQ(std::memcmp(dst, expected.data(), bytes), 0)
+                    << from << " to " << to << ", " << count << (dst == src ? " in place" : "");
+            };
             atEveryLevel([&] {
                 // Whole, and at lengths that end inside a vector; what lies behind stays.
                 for (std::size_t const count : {pixels, std::size_t{random() % 300}}) {
-                    std::size_t const bytes = count * toFormat.getBytePerPixel();
-                    std::vector<unsigned char> got(bytes + 1, 0xEE);
-                    ASSERT_EQ(cPixelFormat::convertStream(
-                                  toFormat, got.data(), static_cast<unsigned>(bytes), fromFormat, &source[1],
-                                  static_cast<unsigned>(count * fromFormat.getBytePerPixel())),
-                              0u);
-                    ASSERT_EQ(std::memcmp(got.data(), expected.data(), bytes), 0)
-                        << from << " to " << to << ", " << count;
+                    std::vector<unsigned char> got(count * toFormat.getBytePerPixel() + 1, 0xEE);
+                    expectConverted(got.data(), &source[1], count);
                     ASSERT_EQ(got.back(), 0xEE);
                 }
-                // In place, where pixels get no wider.
-                if (toFormat.getBPP() <= fromFormat.getBPP()) {
+                if (toFormat.getBPP() <= fromFormat.getBPP()) { // in place, where pixels get no wider
                     std::vector<unsigned char> both = source;
-                    cPixelFormat::convertStream(toFormat, &both[1], static_cast<unsigned>(expected.size()),
-                                                fromFormat, &both[1],
-                                                static_cast<unsigned>(pixels * fromFormat.getBytePerPixel()));
-                    ASSERT_EQ(std::memcmp(&both[1], expected.data(), expected.size()), 0)
-                        << from << " to " << to << " in place";
+                    expectConverted(&both[1], &both[1], pixels);
                 }
             });
         }

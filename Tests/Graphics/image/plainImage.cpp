@@ -27,9 +27,8 @@ void unpack(cPixelFormat const &format, unsigned pixel, unsigned (&channels)[4])
     channels[0] = unpack(pixel, format.getRedMask(), format.getRedShift(), format.getRedNumBits());
     channels[1] = unpack(pixel, format.getGreenMask(), format.getGreenShift(), format.getGreenNumBits());
     channels[2] = unpack(pixel, format.getBlueMask(), format.getBlueShift(), format.getBlueNumBits());
-    channels[3] = format.getAlphaMask() == 0 ? 255
-                                             : unpack(pixel, format.getAlphaMask(), format.getAlphaShift(),
-                                                      format.getAlphaNumBits());
+    channels[3] = unpack(pixel, format.getAlphaMask(), format.getAlphaShift(), format.getAlphaNumBits());
+    channels[3] = format.getAlphaMask() == 0 ? 255 : channels[3];
 }
 
 unsigned pack(cPixelFormat const &format, unsigned const (&channels)[4])
