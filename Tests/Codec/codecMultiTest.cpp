@@ -1,14 +1,18 @@
 #include "System/Codec/codecs/codec_multi.h"
 
 #include "System/Codec/codecManager.h"
+#include "System/Codec/codecs/codec_lzw.h"
+#include "System/Codec/codecs/codec_mtf.h"
 #include "System/File/fileDisk.h"
 #include "System/System/exception.h"
 #include "System/System/logManager.h"
-#include "Tests/Codec/plainCodecs.h"
+#include "Tests/Codec/plainDecoders.h"
 #include "Tests/Codec/testData.h"
 #include "Tests/Tools/tempFolder.h"
 
 #include <gtest/gtest.h>
+
+#include <memory>
 
 namespace Qel {
 namespace {
@@ -66,17 +70,27 @@ TEST(CodecMulti, ChainsOfTwoAndThreeInEveryOrderThatDecodes)
     }
 }
 
+std::string lzw(std::string const &data)
+{
+    return test::encoded(*std::make_unique<cCodecLZW>(), data);
+}
+
+std::string mtf(std::string const &data)
+{
+    return test::encoded(*std::make_unique<cCodecMTF>(), data);
+}
+
 TEST(CodecMulti, WhatACodecDoesNotWriteIsZerosAndFailuresGoUnnoticed)
 {
     test::TempFolder const folder;
     CodecManager const manager;
     std::string const data(10'000, 'x');
-    std::string between = plain::encodeLzw(data);
+    std::string between = lzw(data);
     between.resize(200, '\0'); // 200 more than the size of nothing
-    EXPECT_TRUE(encoded({"CODEC_LZW", "CODEC_MTF"}, data) == plain::encodeMtf(between));
-    std::string second = plain::encodeMtf(between);
+    EXPECT_TRUE(encoded({"CODEC_LZW", "CODEC_MTF"}, data) == mtf(between));
+    std::string second = mtf(between);
     second.resize(400, '\0'); // and 200 more than that
-    EXPECT_TRUE(encoded({"CODEC_LZW", "CODEC_MTF", "CODEC_LZW"}, data) == plain::encodeLzw(second));
+    EXPECT_TRUE(encoded({"CODEC_LZW", "CODEC_MTF", "CODEC_LZW"}, data) == lzw(second));
 
     EXPECT_EQ(decoded({"CODEC_LZW", "CODEC_ZIP"}, "nothing that zlib knows"),
               plain::decodeLzw(std::string(200, '\0')));
@@ -95,12 +109,11 @@ TEST(CodecMulti, NoneOneAndUnknownOnes)
         EXPECT_EQ(encoded({"CODEC_LZW"}, "some data"), "") << "no manager";
         CodecManager const manager;
         EXPECT_EQ(encoded({}, "some data"), "");
-        EXPECT_EQ(encoded({"CODEC_MTF"}, "some data"), plain::encodeMtf("some data"))
-            << "no room left behind";
-        EXPECT_EQ(decoded({"CODEC_MTF"}, plain::encodeMtf("some data")), "some data");
+        EXPECT_EQ(encoded({"CODEC_MTF"}, "some data"), mtf("some data")) << "no room left behind";
+        EXPECT_EQ(decoded({"CODEC_MTF"}, mtf("some data")), "some data");
         EXPECT_EQ(encoded({"CODEC_LZW", "CODEC_NONE"}, "some data"), "")
             << "the last stage writes the output";
-        EXPECT_EQ(encoded({"CODEC_NONE", "CODEC_LZW"}, "some data"), plain::encodeLzw(""))
+        EXPECT_EQ(encoded({"CODEC_NONE", "CODEC_LZW"}, "some data"), lzw(""))
             << "the first stage reads the input";
         cCodecMulti chain = chainOf({"CODEC_MTF"});
         chain.reset();

@@ -1,9 +1,11 @@
 #!/usr/bin/env python3
-"""Writes golden.inc: length and CRC-32 of the streams of all codecs over fixed data.
+"""Writes the known answers of the codecs over fixed data.
 
 Works from the formats alone and shares nothing with the library: strings are compared as strings, bits are
-lists of bits. Run it as `makeGolden.py > golden.inc`; Python's own modules are all it needs.
+lists of bits. Run it as `makeGolden.py > golden.inc`, `makeGolden.py sizes > goldenSizes.inc` and
+`makeGolden.py widths > goldenWidths.inc`; Python's own modules are all it needs.
 """
+import sys
 import zlib
 
 WORDS = [b"the ", b"engine ", b"of ", b"a ", b"game ", b"loads ", b"and ", b"frames ", b"sound ", b"light ",
@@ -198,7 +200,8 @@ CASES = [("random", 1, 1), ("random", 2, 2), ("random", 3, 3), ("random", 300, 4
          ("runs", 60000, 11), ("ramp", 256, 0), ("ramp", 9000, 0), ("zeros", 17, 0), ("zeros", 20000, 0),
          ("skewed", 832039, 0)]
 
-if __name__ == "__main__":
+
+def longer_ones():
     print("// Made by makeGolden.py: data, size and seed; then length and CRC-32 of the stream of each codec.")
     for kind, size, seed in CASES:
         data = make_data(kind, size, seed)
@@ -207,3 +210,33 @@ if __name__ == "__main__":
         streams += [Lz77().encode(data[:60000]), lzw(data)]
         text = ", ".join("{%d, 0x%08X}" % (len(s), zlib.crc32(s)) for s in streams)
         print('{"%s", %d, %d, {%s}},' % (kind, size, seed, text))
+
+
+def sizes():
+    print("// Made by makeGolden.py: of each codec the CRC-32 of 200 streams in a row.")
+    for kind in ["random", "text", "runs", "ramp", "zeros"]:
+        crcs = [0, 0, 0, 0]
+        for i in range(200):
+            data = make_data(kind, i * 60 if i % 10 == 0 else i, i)
+            streams = [huffman(data), mtf(data), Lz77().encode(data), lzw(data)]
+            crcs = [zlib.crc32(stream, crc) for stream, crc in zip(streams, crcs)]
+        print('{"%s", {%s}},' % (kind, ", ".join("0x%08X" % crc for crc in crcs)))
+
+
+def widths():
+    print("// Made by makeGolden.py: codes, and the CRC-32 of the streams of nine lengths around them in a row.")
+    data = bytearray()
+    for first in range(256):
+        data.append(first)
+        for second in range(first + 1, 256):
+            data += bytes([first, second])
+    for codes in [512, 1024, 2048, 4096, 8192, 16384, 32768, 33280]:
+        size = codes - 258 if codes <= 32768 else 32768 - 258 + codes - 32768 - 258
+        crc = 0
+        for at in range(size - 4, size + 5):
+            crc = zlib.crc32(lzw(bytes(data[:at])), crc)
+        print("{%d, 0x%08X}," % (codes, crc))
+
+
+if __name__ == "__main__":
+    {"sizes": sizes, "widths": widths}.get(sys.argv[-1], longer_ones)()
