@@ -1,10 +1,12 @@
+#include "plainEncoders.h"
+
 #include "System/Codec/codecs/codec_huffman.h"
 #include "System/Codec/codecs/codec_lz77.h"
 #include "System/Codec/codecs/codec_lzw.h"
 #include "System/Codec/codecs/codec_mtf.h"
 #include "System/Codec/codecs/codec_zip.h"
 #include "System/File/fileMem.h"
-#include "Tests/Codec/plainCodecs.h"
+#include "Tests/Codec/plainDecoders.h"
 #include "Tests/Codec/testData.h"
 
 #include <benchmark/benchmark.h>

@@ -1,5 +1,5 @@
-#include "Plugins/clipMaker.h"
 #include "Plugins/SoundNull/voiceLog.h"
+#include "Plugins/clipMaker.h"
 #include "Tests/Plugins/archivePlugin.h"
 #include "Tests/Sound/soundBytes.h"
 #include "Tests/Tools/steeredClock.h"
