@@ -252,6 +252,7 @@ private:
     iSoundChannel *playing(unsigned int index) const;
     iSoundChannel *channelOf(unsigned int id) const;
     bool plays(iSoundSource const &source) const;
+    bool isStarting(unsigned int id) const;
     void enter(iSoundChannel *channel);
     void giveBack(iSoundChannel *channel, bool from3D);
     void stealVoices(std::vector<unsigned int> const &stolen);

@@ -105,8 +105,12 @@ bool iSoundSystem::play(iSoundSource *source)
 bool iSoundSystem::plays(iSoundSource const &source) const
 {
     unsigned int const id = source.getUniqueID();
-    return channelOf(id) != nullptr ||
-           std::find(m_starting.begin(), m_starting.end(), id) != m_starting.end();
+    return channelOf(id) != nullptr || isStarting(id);
+}
+
+bool iSoundSystem::isStarting(unsigned int id) const
+{
+    return std::find(m_starting.begin(), m_starting.end(), id) != m_starting.end();
 }
 
 eSoundPlayReturn iSoundSystem::playWork(iSoundSource *source)
@@ -194,7 +198,8 @@ eSoundPlayReturn iSoundSystem::playWork(iSoundSource *source)
                            settings.isCenterLFEOn());
     }
     latestPlaying = source->getResourceName();
-    if (settings.hasDuckingRequested()) {
+    // A back end may have stopped it again while it was starting.
+    if (settings.hasDuckingRequested() && channelOf(source->getUniqueID()) != nullptr) {
         ++duckingCounter;
         if (LogManager::checkDefLogLevel(1)) {
             LogManager::defLevelMessage("iSoundSystem::playWork(): duckingcounter++\n");

@@ -150,9 +150,9 @@ bool iSoundSystem::stopChannel(unsigned int index, unsigned int ms)
     if (staysForItsFade || playing(index) != channel) {
         return true; // until it has finished; or the back end has stopped it for good meanwhile
     }
-    // The voices of one sound have asked for ducking once.
+    // The voices of one sound have asked for ducking once, when all of them had started.
     bool const isLastRequester =
-        channel->hasDuckingRequest() &&
+        channel->hasDuckingRequest() && !isStarting(channel->getUniqueID()) &&
         std::none_of(channelTable.begin(), channelTable.end(), [channel](iSoundChannel const *other) {
             return other != nullptr && other != channel && other->hasDuckingRequest() &&
                    other->getUniqueID() == channel->getUniqueID();
