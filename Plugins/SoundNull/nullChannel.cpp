@@ -53,7 +53,7 @@ bool NullChannel::init(Qel::iSoundSource *newSource)
     m_clip = nullptr;
     m_queue.clear();
     m_position = m_played = m_owed = m_length = 0;
-    m_isFed = false;
+    m_dryUpdates = 0;
     if (!isInited) {
         return false;
     }
@@ -125,6 +125,10 @@ void NullChannel::setPause(bool pause, bool fade)
     }
     if (!pause) {
         setPlaying(); // ends the pause; the fade goes on
+        if (stopAfterFade()) {
+            constexpr unsigned int fadeMs = 400;
+            fadeDown(0.0f, fadeMs); // it was on its way out
+        }
     }
     note(pause ? VoiceEvent::paused : VoiceEvent::resumed);
 }
@@ -135,7 +139,6 @@ bool NullChannel::fillBuffer(unsigned int segmentBit, unsigned char const *, uns
         return false;
     }
     m_queue.push_back({segmentBit, framesOf(size)});
-    m_isFed = true;
     return true;
 }
 
@@ -172,23 +175,26 @@ unsigned int NullChannel::update(float dt)
 // a stream that brings none has ended.
 unsigned int NullChannel::playStream(double frames)
 {
-    if (m_queue.empty() && !m_isFed) {
+    constexpr int mostDryUpdates = 2; // a loop that ends with a segment brings none once
+    m_dryUpdates = m_queue.empty() ? m_dryUpdates + 1 : 0;
+    if (m_dryUpdates >= mostDryUpdates) {
         end(VoiceEvent::ended);
         return 0;
     }
-    m_isFed = false;
     m_owed += frames;
-    unsigned int played = 0;
     while (!m_queue.empty() && m_owed >= m_queue.front().frames) {
         m_owed -= m_queue.front().frames;
-        played |= m_queue.front().bit;
         m_queue.pop_front();
     }
     if (!m_queue.empty()) {
         m_queue.front().frames -= m_owed;
         m_owed = 0;
     }
-    return played;
+    unsigned int wanted = 15; // all four segments but those that are queued
+    for (Segment const &segment : m_queue) {
+        wanted &= ~segment.bit;
+    }
+    return wanted;
 }
 
 void NullChannel::playData(double frames)

@@ -48,5 +48,5 @@ private:
     double m_played = 0.0;       // seconds
     double m_owed = 0.0;         // frames that were due before a segment was there
     std::deque<Segment> m_queue; // of a stream
-    bool m_isFed = false;        // has a segment come since the last update?
+    int m_dryUpdates = 0;        // in a row in which nothing was queued
 };

@@ -1,13 +1,13 @@
 #include "alChannel.h"
 
+#include "System/Sound/soundSource.h"
 #include "alClip.h"
 #include "alSound.h"
-#include "pcm.h"
-
-#include "System/Sound/soundSource.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <utility>
 
 namespace {
@@ -59,7 +59,7 @@ bool AlChannel::init(Qel::iSoundSource *newSource)
         return false;
     }
     m_seconds = 0;
-    m_isFed = false;
+    m_dryUpdates = 0;
     m_clip = nullptr;
     // A stream's head is read elsewhere, and its samples come segment by segment.
     if (m_source == 0 || (!source->isStream() && !load())) {
@@ -183,10 +183,20 @@ void AlChannel::setPause(bool pause, bool fade)
     if (!m_isOn || wasPaused == pause) {
         return;
     }
-    if (pause && !fade) {
-        alSourcePause(m_source); // with a fade when that is over
-    } else if (!pause) {
-        setPlaying(); // ends the pause; the fade goes on
+    if (pause) {
+        if (!fade) {
+            alSourcePause(m_source); // with a fade when that is over
+        }
+        return;
+    }
+    setPlaying(); // ends the pause; the fade goes on
+    if (stopAfterFade()) {
+        constexpr unsigned int fadeMs = 400;
+        fadeDown(0.0f, fadeMs); // it was on its way out
+    }
+    // What still plays, or has come to its end meanwhile, must not begin anew.
+    ALint const state = sourceInteger(AL_SOURCE_STATE);
+    if (state == AL_PAUSED || state == AL_INITIAL) {
         startSource();
     }
 }
@@ -202,38 +212,43 @@ bool AlChannel::fillBuffer(unsigned int segmentBit, unsigned char const *data, u
         return false;
     }
     m_owner->device().use();
-    m_segmentData[segment].assign(data, data + size);
-    m_isFed = queue(segment);
-    if (m_isFed && isPlaying() && sourceInteger(AL_SOURCE_STATE) != AL_PLAYING) {
+    Pcm pcm{source->getNumChannels(), source->getSamplerate(), {}};
+    pcm.samples.resize(size / sizeof(std::int16_t));
+    std::memcpy(pcm.samples.data(), data, pcm.bytes());
+    toSpeakers(pcm, source->getSoundParams());
+    m_segmentData[segment] = std::move(pcm);
+    if (!queue(segment)) {
+        return false;
+    }
+    if (isPlaying() && sourceInteger(AL_SOURCE_STATE) != AL_PLAYING) {
         alSourcePlay(m_source); // it had run dry
     }
-    return m_isFed;
+    return true;
 }
 
-unsigned int AlChannel::freeSegment() const
+unsigned int AlChannel::freeSegments() const
 {
-    for (std::size_t segment = 0; segment < numSegments; ++segment) {
-        if (std::find(m_queue.begin(), m_queue.end(), segment) == m_queue.end()) {
-            return 1u << segment;
-        }
+    unsigned int bits = (1u << numSegments) - 1;
+    for (std::size_t const segment : m_queue) {
+        bits &= ~(1u << segment);
     }
-    return 0;
+    return bits;
 }
 
 bool AlChannel::queue(std::size_t segment)
 {
-    ALenum const format = AlDevice::formatOf(source->getNumChannels());
+    Pcm const &pcm = m_segmentData[segment];
+    ALenum const format = AlDevice::formatOf(pcm.channels);
     if (format == AL_NONE) {
         return false;
     }
     alGetError();
     if (m_segments[0] == 0) {
         alGenBuffers(static_cast<ALsizei>(m_segments.size()), m_segments.data());
-        useSpeakers(source->getNumChannels());
     }
-    std::vector<unsigned char> const &data = m_segmentData[segment];
-    alBufferData(m_segments[segment], format, data.data(), static_cast<ALsizei>(data.size()),
-                 source->getSamplerate());
+    useSpeakers(pcm.channels);
+    alBufferData(m_segments[segment], format, pcm.samples.data(), static_cast<ALsizei>(pcm.bytes()),
+                 static_cast<ALsizei>(pcm.rate));
     alSourceQueueBuffers(m_source, 1, &m_segments[segment]);
     if (m_owner->checkForError("queue", true)) {
         return false;
@@ -282,26 +297,26 @@ unsigned int AlChannel::update(float dt)
     return 0;
 }
 
-// A stream that brings no segment while none is queued has ended.
+// A stream that brings no segment while none is queued has ended. It may bring none once: where its loop ends
+// with a segment.
 unsigned int AlChannel::updateStream()
 {
-    if (m_queue.empty() && !m_isFed && (m_clip == nullptr || !m_clip->goesOn())) {
+    constexpr int mostDryUpdates = 2;
+    m_dryUpdates = m_queue.empty() ? m_dryUpdates + 1 : 0;
+    if (m_dryUpdates >= mostDryUpdates && (m_clip == nullptr || !m_clip->goesOn())) {
         end(true);
         return 0;
     }
-    m_isFed = false;
-    unsigned int played = 0;
     for (ALint left = sourceInteger(AL_BUFFERS_PROCESSED); left > 0 && !m_queue.empty(); --left) {
         ALuint buffer = 0;
         alSourceUnqueueBuffers(m_source, 1, &buffer);
-        played |= 1u << m_queue.front();
         m_queue.pop_front();
     }
     if (m_queue.empty()) {
         alSourceRewind(m_source); // what is queued on a source that has stopped counts as played
     }
     m_queueOffset = sourceInteger(AL_SAMPLE_OFFSET);
-    return played;
+    return freeSegments();
 }
 
 void AlChannel::updateData()
@@ -403,6 +418,11 @@ void AlChannel::loseDevice()
 void AlChannel::findDevice(ALuint newSource)
 {
     m_source = newSource;
+    if (isChannelInited()) {
+        applyPlace();
+        applyRoom();
+        applyGain();
+    }
     if (!m_isOn) {
         m_queue.clear();
         return;
@@ -411,9 +431,6 @@ void AlChannel::findDevice(ALuint newSource)
         end(true);
         return;
     }
-    applyPlace();
-    applyRoom();
-    applyGain();
     goOn();
     if (isPaused()) {
         alSourcePause(m_source);

@@ -1,11 +1,12 @@
 #pragma once
 
+#include "pcm.h"
+
 #include "System/Sound/soundChannel.h"
 
 #include <array>
 #include <cstddef>
 #include <deque>
-#include <vector>
 
 #include <AL/al.h>
 
@@ -39,7 +40,7 @@ public:
     void findDevice(ALuint newSource);
 
     void setClip(AlClip *clip) { m_clip = clip; } ///< until the next init(): what feeds it
-    unsigned int freeSegment() const;             ///< bit of one that is not in the queue; 0 if all are
+    unsigned int freeSegments() const;            ///< bits of those that are not in the queue
     bool isFed() const { return !m_queue.empty(); }
 
     void applyRoom(); ///< the room or its rules have changed
@@ -65,14 +66,14 @@ private:
     AlClip *m_clip = nullptr;
     ALuint m_buffer = 0; // of a sound in memory
     std::array<ALuint, numSegments> m_segments{};
-    std::array<std::vector<unsigned char>, numSegments> m_segmentData; // for another device
-    std::deque<std::size_t> m_queue;                                   // segments in the device's queue
-    ALint m_queueOffset = 0; // frames that were played of the queue, in the last update
+    std::array<Pcm, numSegments> m_segmentData; // for another device
+    std::deque<std::size_t> m_queue;            // segments in the device's queue
+    ALint m_queueOffset = 0;                    // frames that were played of the queue, in the last update
     float m_volume = 1.0f;
     float m_seconds = 0.0f;   // that it has played
     bool m_isOn = false;      // between play and its end
     bool m_isCounted = false; // as a play of its source
-    bool m_isFed = false;     // has a segment come since the last update?
+    int m_dryUpdates = 0;     // in a row in which nothing was queued and no segment came
     ALint m_passes = 1;       // of finite loops, in the queue
     ALint m_passesDone = 0;
 };

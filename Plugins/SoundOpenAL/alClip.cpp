@@ -40,7 +40,9 @@ void AlClip::update(float dt)
 void AlClip::feed()
 {
     unsigned int const frameBytes = 2 * std::max<unsigned int>(source->getNumChannels(), 1);
-    for (unsigned int bit = m_voice->freeSegment(); bit != 0 && isPlaying(); bit = m_voice->freeSegment()) {
+    while (isPlaying() && m_voice->freeSegments() != 0) {
+        unsigned int const bits = m_voice->freeSegments();
+        unsigned int const bit = bits & (~bits + 1); // the lowest
         unsigned int const whole = getReadable() / frameBytes * frameBytes;
         auto const full = static_cast<unsigned int>(m_segment.size());
         if (whole == 0 || (whole < full && !isEOFReached() && m_voice->isFed())) {

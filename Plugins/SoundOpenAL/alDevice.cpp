@@ -91,13 +91,14 @@ bool AlDevice::openAgain()
 
 bool AlDevice::openDevice()
 {
-    m_device = alcOpenDevice(m_wanted.name.empty() ? nullptr : m_wanted.name.c_str());
+    m_device = alcOpenDevice(deviceName());
     ALCint const attributes[] = {ALC_FREQUENCY, static_cast<ALCint>(m_wanted.rate), ALC_MONO_SOURCES,
                                  static_cast<ALCint>(mostSources), 0};
     if (m_device == nullptr || !makeContext(attributes)) {
         closeDevice();
         return false;
     }
+    m_hadDevice = true;
     m_speakers = 2; // no device tells more of itself here
     ALCint rate = 0;
     alcGetIntegerv(m_device, ALC_FREQUENCY, 1, &rate);
@@ -142,6 +143,7 @@ void AlDevice::close()
 {
     closeDevice();
     m_file.close();
+    m_hadDevice = false;
     m_owed = 0;
 }
 
@@ -161,15 +163,31 @@ void AlDevice::closeDevice()
     m_render = nullptr;
 }
 
-bool AlDevice::isLost() const
+bool AlDevice::isLost(float dt)
 {
-    if (m_device == nullptr || rendersItself() ||
-        alcIsExtensionPresent(m_device, "ALC_EXT_disconnect") == ALC_FALSE) {
+    constexpr float secondsBetweenLooks = 2;
+    if (!m_hadDevice) {
         return false;
     }
-    ALCint isConnected = ALC_TRUE;
-    alcGetIntegerv(m_device, ALC_CONNECTED, 1, &isConnected);
-    return isConnected == ALC_FALSE;
+    if (m_device != nullptr && !rendersItself()) {
+        ALCint isConnected = ALC_TRUE;
+        if (alcIsExtensionPresent(m_device, "ALC_EXT_disconnect") != ALC_FALSE) {
+            alcGetIntegerv(m_device, ALC_CONNECTED, 1, &isConnected);
+        }
+        return isConnected == ALC_FALSE;
+    }
+    m_sinceLook += dt;
+    if (m_sinceLook < secondsBetweenLooks) {
+        return false;
+    }
+    m_sinceLook = 0;
+    ALCdevice *const found = alcOpenDevice(deviceName());
+    return found != nullptr && alcCloseDevice(found) != ALC_FALSE;
+}
+
+char const *AlDevice::deviceName() const
+{
+    return m_wanted.name.empty() ? nullptr : m_wanted.name.c_str();
 }
 
 void AlDevice::use() const

@@ -35,7 +35,9 @@ public:
     void close();
 
     bool isOpen() const { return m_context != nullptr; }
-    bool isLost() const;
+    /// Has the device gone, or is one that had gone there again?
+    /// @param dt  seconds since the last call
+    bool isLost(float dt);
     bool rendersItself() const { return m_render != nullptr; }
     unsigned int speakers() const { return m_speakers; }
     unsigned int rate() const { return m_rate; }
@@ -56,6 +58,7 @@ public:
     static ALenum formatOf(unsigned int channels);
 
 private:
+    char const *deviceName() const;
     bool openDevice();
     bool openLoopback();
     bool makeContext(ALCint const *attributes);
@@ -71,6 +74,8 @@ private:
     unsigned int m_numSources = 0;
     unsigned int m_speakers = 2;
     unsigned int m_rate = 48000;
-    double m_owed = 0; // frames that are not whole yet
+    bool m_hadDevice = false; // since open()
+    float m_sinceLook = 0;    // seconds, while it is gone
+    double m_owed = 0;        // frames that are not whole yet
     std::vector<float> m_block;
 };

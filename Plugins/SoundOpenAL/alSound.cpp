@@ -65,7 +65,11 @@ AlSound::AlSound(Qel::String const &systemName, Qel::String const &type) : iSoun
                      Qel::SOUNDCAPS_51,      Qel::SOUNDCAPS_61,     Qel::SOUNDCAPS_71};
 }
 
-AlSound::~AlSound() = default;
+// The channels need the device, which goes before the base does.
+AlSound::~AlSound()
+{
+    AlSound::shutdownSoundSystem();
+}
 
 void AlSound::add(AlChannel &channel)
 {
@@ -164,7 +168,7 @@ void AlSound::update(float dt)
 {
     if (isInited()) {
         m_device.use();
-        if (m_device.isLost()) {
+        if (m_device.isLost(dt)) {
             backendOperation1();
         }
     }

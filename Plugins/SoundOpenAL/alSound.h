@@ -14,7 +14,7 @@ class AlChannel;
 class AlSound final : public Qel::iSoundSystem, public ClipMaker {
 public:
     AlSound(Qel::String const &systemName, Qel::String const &type);
-    ~AlSound() override;
+    ~AlSound() override; ///< as shutdownSoundSystem()
 
     AlDevice &device() { return m_device; }
     void add(AlChannel &channel);

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <memory>
 #include <new>
 
 namespace {
@@ -62,7 +63,8 @@ bool decodeFile(unsigned char const *data, unsigned int size, Pcm &pcm)
     Bytes bytes{data, sf_count_t{size}, 0};
     SF_VIRTUAL_IO io{lengthOf, seekIn, readFrom, nullptr, tellOf};
     SF_INFO info{};
-    SNDFILE *const file = sf_open_virtual(&io, SFM_READ, &info, &bytes);
+    std::unique_ptr<SNDFILE, int (*)(SNDFILE *)> const file(sf_open_virtual(&io, SFM_READ, &info, &bytes),
+                                                            &sf_close);
     if (file == nullptr) {
         return false;
     }
@@ -74,9 +76,9 @@ bool decodeFile(unsigned char const *data, unsigned int size, Pcm &pcm)
     std::vector<float> floats(isFloat ? block.size() : 0);
     auto const read = [&] {
         if (!isFloat) {
-            return sf_readf_short(file, block.data(), framesAtOnce);
+            return sf_readf_short(file.get(), block.data(), framesAtOnce);
         }
-        sf_count_t const frames = sf_readf_float(file, floats.data(), framesAtOnce);
+        sf_count_t const frames = sf_readf_float(file.get(), floats.data(), framesAtOnce);
         Qel::iSoundVorbis::transform_float_I16(floats.data(), block.data(),
                                                static_cast<unsigned int>(frames) * pcm.channels, 1);
         return frames;
@@ -91,7 +93,6 @@ bool decodeFile(unsigned char const *data, unsigned int size, Pcm &pcm)
                                block.begin() + static_cast<std::ptrdiff_t>(samples));
         }
     }
-    sf_close(file);
     return fits;
 }
 
@@ -151,6 +152,15 @@ void silence(Pcm &pcm, Qel::sSoundParams const &params)
 
 } // namespace
 
+void toSpeakers(Pcm &pcm, Qel::sSoundParams const &params)
+{
+    if (pcm.channels == 1 && params.isSingleSpeaker()) {
+        spread(pcm, params);
+    } else if (pcm.channels == numSpeakers) {
+        silence(pcm, params);
+    }
+}
+
 bool decode(Qel::iSoundSource &source, Pcm &pcm)
 {
     try {
@@ -159,14 +169,10 @@ bool decode(Qel::iSoundSource &source, Pcm &pcm)
         }
         pcm.samples.resize(pcm.samples.size() / pcm.channels * pcm.channels);
         Qel::sSoundParams const &params = source.getSoundParams();
-        if (pcm.channels == 1 && params.isSingleSpeaker()) {
-            if (pcm.samples.size() > mostSamples / numSpeakers) {
-                return false;
-            }
-            spread(pcm, params);
-        } else if (pcm.channels == numSpeakers) {
-            silence(pcm, params);
+        if (pcm.channels == 1 && params.isSingleSpeaker() && pcm.samples.size() > mostSamples / numSpeakers) {
+            return false;
         }
+        toSpeakers(pcm, params);
         return !pcm.samples.empty();
     } catch (std::bad_alloc const &) {
         return false;
