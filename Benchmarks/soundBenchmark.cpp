@@ -1,3 +1,4 @@
+#include "Benchmarks/allocationCounter.h"
 #include "System/Sound/ringBufferByte.h"
 #include "System/Sound/soundVorbis.h"
 #include "Tests/Sound/soundBytes.h"
@@ -62,6 +63,46 @@ void BM_plain_convert(State &state)
     state.SetItemsProcessed(state.iterations() * frames);
 }
 BENCHMARK(BM_plain_convert)->Arg(1)->Arg(2)->Arg(6);
+
+// Whole frames of 2 or 6 planes, side by side.
+void BM_iSoundVorbis_convertFrames(State &state)
+{
+    std::vector<float> const in = samples(frames);
+    auto const count = static_cast<std::size_t>(state.range(0));
+    std::vector<short> out(frames * count);
+    float const *const planes[6] = {in.data(), in.data(), in.data(), in.data(), in.data(), in.data()};
+    for (auto _ : state) {
+        if (count == 2) {
+            iSoundVorbis::transformStereo(planes[0], planes[1], out.data(), frames);
+        } else {
+            iSoundVorbis::transformSix(planes, out.data(), frames);
+        }
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * frames * state.range(0));
+}
+BENCHMARK(BM_iSoundVorbis_convertFrames)->Arg(2)->Arg(6);
+
+// The peer: plane by plane as before.
+void BM_plain_convertFrames(State &state)
+{
+    std::vector<float> const in = samples(frames);
+    auto const count = static_cast<std::size_t>(state.range(0));
+    std::vector<short> out(frames * count);
+    for (auto _ : state) {
+        for (std::size_t k = 0; k < count; ++k) {
+            for (std::size_t i = 0; i < frames; ++i) {
+                float const sample = in[i];
+                out[i * count + k] = sample >= 1.0f    ? short{32767}
+                                     : sample <= -1.0f ? short{-32768}
+                                                       : static_cast<short>(sample * 32767);
+            }
+        }
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * frames * state.range(0));
+}
+BENCHMARK(BM_plain_convertFrames)->Arg(2)->Arg(6);
 
 // A file from memory to its end, with all that a voice asks for.
 void BM_iSoundVorbis_stream(State &state)
@@ -173,12 +214,38 @@ struct Playing {
 void BM_iSoundSystem_update(State &state)
 {
     Playing playing(static_cast<unsigned int>(state.range(0)));
+    AllocationCounter const counter;
     for (auto _ : state) {
         playing.system.update(0.016f);
     }
+    state.counters["allocations"] = static_cast<double>(counter.count());
     state.counters["voices"] = playing.system.getNumPlayingChannels();
 }
 BENCHMARK(BM_iSoundSystem_update)->Arg(10)->Arg(50)->Arg(200);
+
+// So many sources are known, and all of them asked for each round; 50 voices are there.
+void BM_iSoundSystem_playMany(State &state)
+{
+    test::TestSound system;
+    std::deque<test::Sound> sounds;
+    system.start(50, 4, 2);
+    for (unsigned int i = 0; i < state.range(0); ++i) {
+        sounds.emplace_back(i + 1).at(static_cast<float>(1 + i % 20), i % 15);
+    }
+    std::size_t played = 0;
+    for (auto _ : state) {
+        for (test::Sound &sound : sounds) {
+            played += system.play(sound);
+        }
+        system.update(0.016f);
+        for (test::Sound &sound : sounds) {
+            system.stop(sound, 0);
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+    state.counters["playedOfARound"] = static_cast<double>(played) / static_cast<double>(state.iterations());
+}
+BENCHMARK(BM_iSoundSystem_playMany)->Arg(10)->Arg(100)->Arg(1000);
 
 // Start to finish of a sound that robs one of 50, and of the robbed one's fade.
 void BM_iSoundSystem_playRobs(State &state)

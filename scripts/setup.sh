@@ -8,6 +8,9 @@ packages=(
     libfreetype-dev libfontconfig1-dev
     fonts-dejavu-core                   # tests of fonts
     libzip-dev                          # plugin for zip archives
+    libsdl2-dev                         # windows, dialogs and input
+    libopenal-dev libsndfile1-dev       # sound devices, other sound files
+    xvfb xauth xdotool                  # tests of those
     python3                             # rules of the tree, the sample host's media
     libpng-dev                          # pictures of tools and hosts
     libcli11-dev libedit-dev            # command lines of hosts and tools, the host's console

@@ -72,6 +72,7 @@ void FedInputReader::release()
     m_keys.clear();
     m_fedKeys.clear();
     m_fedMouse.clear();
+    m_away = false;
     flushBuffers();
 }
 
@@ -90,14 +91,16 @@ void FedInputReader::captureKeys(float now)
     }
     while (!m_fedKeys.empty()) {
         Qel::KeyEvent const event = m_fedKeys.front();
-        Key &key = m_keys[event.key];
-        bool const changes = key.down != event.down;
-        if (changes && key.down != key.wasDown) {
-            break; // the second change of this key waits for the next update
-        }
-        if (changes) {
-            key.down = event.down;
-            key.since = now;
+        if (event.key != Qel::KEY_NONE) { // else something was typed without a key of its own
+            Key &key = m_keys[event.key];
+            bool const changes = key.down != event.down;
+            if (changes && key.down != key.wasDown) {
+                break; // the second change of this key waits for the next update
+            }
+            if (changes) {
+                key.down = event.down;
+                key.since = now;
+            }
         }
         keyModifiers = event.modifiers;
         if (bufferedKeys) {
@@ -125,7 +128,8 @@ void FedInputReader::captureMouse(float now)
     }
 
     while (!m_fedMouse.empty()) {
-        Qel::MouseEvent const event = m_fedMouse.front();
+        MouseChange const change = m_fedMouse.front();
+        Qel::MouseEvent const &event = change.event;
         unsigned const changes = unsigned{event.buttons} ^ mouseState.buttons;
         unsigned const changed = unsigned{mouseState.buttons} ^ mouseState.prevButtons;
         if ((changes & changed) != 0) {
@@ -134,8 +138,8 @@ void FedInputReader::captureMouse(float now)
         if (!freezeMouse) {
             mouseState.xMove = addSaturated(mouseState.xMove, event.xMove);
             mouseState.yMove = addSaturated(mouseState.yMove, event.yMove);
-            setMousePosition(addSaturated(mouseState.x, event.xMove),
-                             addSaturated(mouseState.y, event.yMove));
+            place(change.isPlaced ? change.x : addSaturated(mouseState.x, event.xMove),
+                  change.isPlaced ? change.y : addSaturated(mouseState.y, event.yMove));
         }
         mouseState.wheelMove = addSaturated(mouseState.wheelMove, event.wheelMove);
         mouseState.wheel = addSaturated(mouseState.wheel, event.wheelMove);
@@ -221,7 +225,12 @@ void FedInputReader::feedKey(Qel::KeyEvent const &event)
 
 void FedInputReader::feedMouse(Qel::MouseEvent const &event)
 {
-    append(m_fedMouse, event, feedRoom);
+    feed({event});
+}
+
+void FedInputReader::feed(MouseChange const &change)
+{
+    append(m_fedMouse, change, feedRoom);
 }
 
 void FedInputReader::setMouseArea(int width, int height)
@@ -233,6 +242,17 @@ void FedInputReader::setMouseArea(int width, int height)
 
 void FedInputReader::setMousePosition(int x, int y)
 {
+    place(x, y);
+}
+
+void FedInputReader::setAway(bool away)
+{
+    m_away = away;
+    tellOutside();
+}
+
+void FedInputReader::place(int x, int y)
+{
     mouseState.x = lockRectActive ? std::clamp(x, lockLeft, lockRight) : x;
     mouseState.y = lockRectActive ? std::clamp(y, lockTop, lockBottom) : y;
     tellOutside();
@@ -240,7 +260,7 @@ void FedInputReader::setMousePosition(int x, int y)
 
 void FedInputReader::tellOutside()
 {
-    mouseState.outside = (m_width > 0 && (mouseState.x < 0 || mouseState.x >= m_width)) ||
+    mouseState.outside = m_away || (m_width > 0 && (mouseState.x < 0 || mouseState.x >= m_width)) ||
                          (m_height > 0 && (mouseState.y < 0 || mouseState.y >= m_height));
 }
 

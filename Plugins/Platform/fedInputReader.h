@@ -6,8 +6,9 @@
 #include <deque>
 #include <map>
 
-/// Input reader without devices: keyboard and mouse are what the host feeds.
-class FedInputReader final : public Qel::InputReader {
+/// Input reader without devices: keyboard and mouse are what the host feeds. Readers with devices derive from
+/// it and feed what these tell.
+class FedInputReader : public Qel::InputReader {
 public:
     FedInputReader();
 
@@ -26,6 +27,19 @@ public:
     void showPointer(bool visible) override;
     bool hasFocus() const override;
 
+protected:
+    struct MouseChange {
+        Qel::MouseEvent event;
+        bool isPlaced = false; // the pointer is then at x, y; else where the move takes it
+        std::int32_t x = 0;
+        std::int32_t y = 0;
+    };
+
+    void feed(MouseChange const &change);
+    void place(int x, int y); // moves the pointer within the lock rectangle
+    void setAway(bool away);  // the pointer is outside, wherever it was seen last
+    Qel::KeyEvent *lastFedKey() { return m_fedKeys.empty() ? nullptr : &m_fedKeys.back(); }
+
 private:
     struct Key {
         bool down = false;
@@ -41,9 +55,10 @@ private:
 
     std::map<Qel::KeyCode, Key> m_keys; // those that are down now or were at the update before
     std::deque<Qel::KeyEvent> m_fedKeys;
-    std::deque<Qel::MouseEvent> m_fedMouse;
+    std::deque<MouseChange> m_fedMouse;
     std::deque<Qel::KeyEvent> m_keyBuffer;
     std::deque<Qel::MouseEvent> m_mouseBuffer;
     int m_width = 0;
     int m_height = 0;
+    bool m_away = false;
 };

@@ -1,21 +1,15 @@
-#include "consoleErrorDialog.h"
-#include "fedInputReader.h"
-#include "fileConfigDialog.h"
-#include "hiddenSplashDialog.h"
+#include "objects.h"
 
-#include <memory>
-
-// Each pair makes and frees on this side, so that an object goes back to where its memory came from. One with
-// windows replaces the classes named here and nothing else.
+// Each pair makes and frees on this side, so that an object goes back to where its memory came from.
 
 namespace {
 
-template <class Object, class Interface>
-void make(Interface **object) noexcept
+template <class Interface>
+void make(Interface **object, std::unique_ptr<Interface> (*maker)()) noexcept
 {
     *object = nullptr;
     try {
-        *object = std::make_unique<Object>().release();
+        *object = maker().release();
     } catch (...) {
         // No memory. Null says so, where an exception could not pass.
     }
@@ -31,22 +25,22 @@ void giveBack(Interface *object) noexcept
 
 extern "C" QEL_API void createPlatformConfigDialog(Qel::ConfigDialog **dialog)
 {
-    make<FileConfigDialog>(dialog);
+    make(dialog, makeConfigDialog);
 }
 
 extern "C" QEL_API void createPlatformErrorDialog(Qel::ErrorDialog **dialog)
 {
-    make<ConsoleErrorDialog>(dialog);
+    make(dialog, makeErrorDialog);
 }
 
 extern "C" QEL_API void createPlatformInputReader(Qel::InputReader **reader)
 {
-    make<FedInputReader>(reader);
+    make(reader, makeInputReader);
 }
 
 extern "C" QEL_API void createPlatformSplashDialog(Qel::SplashDialog **dialog)
 {
-    make<HiddenSplashDialog>(dialog);
+    make(dialog, makeSplashDialog);
 }
 
 extern "C" QEL_API void destroyPlatformConfigDialog(Qel::ConfigDialog *dialog)

@@ -1,5 +1,6 @@
 #include "nullChannel.h"
 
+#include "nullClip.h"
 #include "nullSound.h"
 
 #include "System/Sound/soundSource.h"
@@ -49,6 +50,7 @@ void NullChannel::note(VoiceEvent event)
 bool NullChannel::init(Qel::iSoundSource *newSource)
 {
     bool const isInited = iSoundChannel::init(newSource);
+    m_clip = nullptr;
     m_queue.clear();
     m_position = m_played = m_owed = m_length = 0;
     m_isFed = false;
@@ -137,29 +139,15 @@ bool NullChannel::fillBuffer(unsigned int segmentBit, unsigned char const *, uns
     return true;
 }
 
-void NullChannel::moveFade(float dt)
-{
-    if (!isFadingUp() && !isFadingDown()) {
-        return;
-    }
-    bool const isDown = isFadingDown();
-    float const step = fadeSpeed < 0 ? 1.0f : fadeSpeed * dt;
-    m_volume = isDown ? std::max(m_volume - step, fadeTarget) : std::min(m_volume + step, fadeTarget);
-    if (m_volume == fadeTarget) {
-        resetFade();
-        if (isDown && stopAfterFade()) {
-            end(VoiceEvent::ended);
-        }
-    }
-}
-
 unsigned int NullChannel::update(float dt)
 {
     iSoundChannel::update(dt);
     if (!isChannelInited() || !m_isOn) {
         return 0;
     }
-    moveFade(dt);
+    if (moveFade(dt, m_volume)) {
+        end(VoiceEvent::ended);
+    }
     if (!isPlaying()) {
         return 0;
     }
@@ -167,12 +155,16 @@ unsigned int NullChannel::update(float dt)
     double const seconds = dt > 0 ? static_cast<double>(dt) : 0.0;
     double const frames = seconds * source->getSamplerate() * (pitch > 0 ? static_cast<double>(pitch) : 1.0);
     m_played += seconds;
-    if (source->isStream()) {
+    if (m_clip == nullptr && source->isStream()) {
         return playStream(frames);
     }
     constexpr double msPerSecond = 1000;
     source->setCurrentTimeMS(static_cast<unsigned int>(m_played * msPerSecond));
-    playData(frames);
+    if (m_clip == nullptr) {
+        playData(frames);
+    } else if (!m_clip->playOut(frames)) {
+        end(VoiceEvent::ended);
+    }
     return 0;
 }
 

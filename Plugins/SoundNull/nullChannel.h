@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <deque>
 
+class NullClip;
 class NullSound;
 
 /// A voice that plays by the time of its updates.
@@ -22,6 +23,7 @@ public:
     void setActualVolume(float volume) override { m_volume = volume; }
     bool fillBuffer(unsigned int segmentBit, unsigned char const *data, unsigned int size) override;
 
+    void setClip(NullClip *clip) { m_clip = clip; }    ///< which it plays until the next init()
     float getDeviceVolume() const { return m_volume; } ///< where the fade is, 0 to 1
 
 private:
@@ -30,7 +32,6 @@ private:
         double frames; // left to be played
     };
 
-    void moveFade(float dt);
     unsigned int playStream(double frames);
     void playData(double frames);
     void end(VoiceEvent event);
@@ -38,6 +39,7 @@ private:
     void note(VoiceEvent event);
 
     NullSound *m_owner;
+    NullClip *m_clip = nullptr;
     float m_volume = 1.0f;
     bool m_isOn = false;         // between play and its end
     bool m_isCounted = false;    // as a play of its source

@@ -1,6 +1,7 @@
 #include "nullSound.h"
 
 #include "nullChannel.h"
+#include "nullClip.h"
 
 #include "System/Sound/soundSource.h"
 
@@ -65,6 +66,31 @@ void NullSound::note(VoiceRecord record)
 std::uint64_t NullSound::getSoundDriverHandle1() const
 {
     return reinterpret_cast<std::uintptr_t>(&m_log);
+}
+
+std::uint64_t NullSound::getSoundDriverHandle2() const
+{
+    return reinterpret_cast<std::uintptr_t>(static_cast<ClipMaker const *>(this));
+}
+
+Qel::iSoundClip *NullSound::createClip(bool multichannel)
+{
+    auto *const channel = isInited() ? static_cast<NullChannel *>(getFreeChannel(false)) : nullptr;
+    if (channel == nullptr) {
+        return nullptr;
+    }
+    channelTable[channel->getIndex()] = channel;
+    clips.push_back(std::make_unique<NullClip>(this, channel, multichannel && isMultiChannel()).release());
+    return clips.back();
+}
+
+// As a play does it for other sounds; stopChannel() counts back.
+void NullSound::countRequest(NullChannel const &channel)
+{
+    if (channel.hasDuckingRequest()) {
+        ++duckingCounter;
+        updateDucking();
+    }
 }
 
 void NullSound::update(float dt)

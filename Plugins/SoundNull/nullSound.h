@@ -1,23 +1,29 @@
 #pragma once
 
+#include "clipMaker.h"
 #include "voiceLog.h"
 
 #include "System/Sound/soundSystem.h"
 
+class NullChannel;
+
 /// A sound system without a device: all the policy, on a clock that update() alone moves.
-class NullSound final : public Qel::iSoundSystem {
+class NullSound final : public Qel::iSoundSystem, public ClipMaker {
 public:
     NullSound(Qel::String const &systemName, Qel::String const &type);
 
     /// Puts a record into the log, with the time.
     void note(VoiceRecord record);
 
+    void countRequest(NullChannel const &channel); ///< of a clip that asks for ducking
+    Qel::iSoundClip *createClip(bool multichannel) override;
     bool initSoundSystem(Qel::sSoundSystemParams const &newParams) override;
     bool shutdownSoundSystem() override;
     void update(float dt) override;
     bool stopAll(unsigned int group) override;
     void getListener(D3DXVECTOR3 &pos, D3DXVECTOR3 &at, D3DXVECTOR3 &up) override;
     std::uint64_t getSoundDriverHandle1() const override; ///< address of the VoiceLog
+    std::uint64_t getSoundDriverHandle2() const override; ///< address of the ClipMaker
 
 protected:
     bool load() override { return true; }

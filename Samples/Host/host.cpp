@@ -6,6 +6,7 @@
 #include "particleScreen.h"
 #include "pictures.h"
 #include "report.h"
+#include "screens/screenJob.h"
 #include "settings.h"
 #include "terminalConsole.h"
 #include "workload.h"
@@ -15,6 +16,7 @@
 #include "System/System/configFile.h"
 #include "System/System/exception.h"
 #include "System/System/logManager.h"
+#include "Tools/picture/pngFile.h"
 
 #include <chrono>
 #include <cstdio>
@@ -91,7 +93,7 @@ int runEngine(Options const &options)
     workload.finish();
     Pictures const pictures(options.media.folder);
     bool const isSheetWritten =
-        options.contactSheet.empty() || pictures.writeContactSheet(options.contactSheet);
+        options.contactSheet.empty() || writePng(options.contactSheet, pictures.contactSheet());
     printReport(options, root, clock, workload, media ? &*media : nullptr, pictures);
 
     if (!isSheetWritten) {
@@ -124,9 +126,11 @@ int showParticles(Options const &options)
     if (screen.isEmpty()) {
         return fail("there are no particle scripts");
     }
-    // Explosion and confetti are well on their way then.
-    constexpr float warmUpSeconds = 9.3f;
-    screen.warmUp(warmUpSeconds);
+    if (options.watch) {
+        std::puts(screen.isWatching() ? "watching the scripts" : "the scripts cannot be watched");
+        std::fflush(stdout); // somebody waits for it
+    }
+    screen.warmUp(ParticleScreen::richTime);
     FrameClock clock([] { return true; });
     root.addFrameListener(&clock);
     root.addFrameListener(&screen);
@@ -134,10 +138,16 @@ int showParticles(Options const &options)
     root.removeFrameListener(&screen);
     root.removeFrameListener(&clock);
     screen.print();
-    if (!options.screenshot.empty() && !screen.savePicture(options.screenshot)) {
+    if (!options.screenshot.empty() && !writePng(options.screenshot, screen.picture())) {
         return fail("the picture cannot be written");
     }
     return 0;
+}
+
+int showSound(Options const &options)
+{
+    Qel::Root const root(options.pluginFile, options.logFile, true);
+    return playSoundScene(options.sound) ? 0 : 1;
 }
 
 } // namespace
@@ -162,6 +172,12 @@ int main(int argc, char **argv)
         return fail("--console needs a terminal");
     }
     try {
+        if (options->window || options->headless) {
+            return showScreens(*options) ? 0 : 1;
+        }
+        if (options->sound.wanted) {
+            return showSound(*options);
+        }
         return options->particles ? showParticles(*options) : runEngine(*options);
     } catch (Qel::Exception const &exception) {
         return fail(exception.description.c_str());

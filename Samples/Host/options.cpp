@@ -69,7 +69,7 @@ std::optional<Options> readOptions(int argc, char **argv, int &exitCode)
         ->allow_extra_args(false)
         ->needs(model);
     app.add_option("--screenshot", options.screenshot,
-                   "PNG file to draw the model into, or the particles of the last frame")
+                   "PNG file to draw the model, the particles or the screen of the last frame into")
         ->type_name("FILE");
     app.add_option("--contact-sheet", options.contactSheet, "PNG to write with all pictures of the folder")
         ->type_name("FILE");
@@ -83,20 +83,38 @@ std::optional<Options> readOptions(int argc, char **argv, int &exitCode)
                                          "--media, in place of the usual work");
     app.add_flag("--watch", options.watch, "Read particle scripts again when they are saved")
         ->needs(particles);
+    auto *const sound =
+        app.add_flag("--sound", options.sound.wanted, "Play a scene of sounds in place of the usual work");
+    auto *const window = app.add_flag(
+        "--window", options.window, "Show what goes on in a window, until it is closed or --frames are over");
+    auto *const headless =
+        app.add_flag("--headless", options.headless, "Draw without a display, for --screenshot");
+    window->excludes(headless);
+    app.add_option("--screen", options.screen,
+                   "frames, files, images, particles, model, sound, tasks, console or fonts")
+        ->type_name("NAME");
+    app.add_option("--audio-file", options.sound.audioFile, "WAV file to render it into, unheard")
+        ->type_name("FILE")
+        ->needs(sound);
     try {
         app.parse(argc, argv);
-        if (!options.screenshot.empty() && !options.particles && options.model.mesh.empty()) {
-            throw CLI::RequiresError("--screenshot", "--model or --particles");
+        bool const hasScreens = options.window || options.headless;
+        if (!options.screenshot.empty() && !options.particles && options.model.mesh.empty() && !hasScreens) {
+            throw CLI::RequiresError("--screenshot", "--model, --particles, --window or --headless");
+        }
+        if (!options.screen.empty() && !hasScreens) {
+            throw CLI::RequiresError("--screen", "--window or --headless");
         }
     } catch (CLI::ParseError const &mistake) {
         exitCode = app.exit(mistake);
         return std::nullopt;
     }
     options.model.screenshot = options.screenshot;
+    options.hasFrames = app.count("--frames") > 0;
+    options.usualMedia = (std::filesystem::path(argv[0]).parent_path() / "media").string();
+    options.sound.folder = options.usualMedia + "/scene";
     options.particleFolder =
-        options.media.folder.empty()
-            ? (std::filesystem::path(argv[0]).parent_path() / "media" / "particles").string()
-            : options.media.folder;
+        options.media.folder.empty() ? options.usualMedia + "/particles" : options.media.folder;
     options.hasUserMedia = !options.media.folder.empty() || !options.media.zip.empty();
     if (!options.hasUserMedia) {
         options.media = usualMedia(argv[0]);

@@ -2,6 +2,7 @@
 
 #include "mediaJob.h"
 #include "modelScreen.h"
+#include "soundJob.h"
 
 #include <optional>
 #include <string>
@@ -17,10 +18,16 @@ struct Options {
     MediaPlaces media;          ///< those beside the program unless the user has some
     bool hasUserMedia = false;  ///< --media or --zip was given
     ModelRequest model;         ///< to be shown in place of all else
+    SoundRequest sound;         ///< the same
     bool particles = false;     ///< the particle screen in place of the usual work
     bool watch = false;         ///< read its scripts again when they are saved
     std::string screenshot;     ///< PNG file of the model or the last frame; empty for none
     std::string particleFolder; ///< of its scripts
+    bool window = false;        ///< show the screens in a window
+    bool headless = false;      ///< show one of them without a display, for its picture
+    std::string screen;         ///< which; empty for the first
+    bool hasFrames = false;     ///< --frames was given
+    std::string usualMedia;     ///< folder of those beside the program
 };
 
 /// Reads the command line into the options and the settings, and answers --help and mistakes by itself.

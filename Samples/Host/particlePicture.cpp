@@ -4,8 +4,6 @@
 #include "System/Graphics/particle/particleEmitter.h"
 #include "System/Graphics/particle/particleSystem.h"
 
-#include <png.h>
-
 #include <algorithm>
 #include <cmath>
 
@@ -97,16 +95,20 @@ void ParticlePicture::draw(int column, int row, Qel::ParticleSystem const &syste
     }
 }
 
-bool ParticlePicture::save(std::string const &path) const
+Qel::cImage ParticlePicture::image() const
 {
-    std::vector<unsigned char> bytes(m_pixels.size());
-    std::transform(m_pixels.begin(), m_pixels.end(), bytes.begin(), [](float light) {
+    Qel::cImage image;
+    image.setCanvas(Qel::A8R8G8B8, static_cast<unsigned short>(m_width),
+                    static_cast<unsigned short>(m_height), nullptr);
+    unsigned char *pixel = image.getData();
+    auto const byte = [](float light) {
         return static_cast<unsigned char>(std::sqrt(std::clamp(light, 0.0f, 1.0f)) * 255);
-    });
-    png_image image{};
-    image.version = PNG_IMAGE_VERSION;
-    image.width = static_cast<png_uint_32>(m_width);
-    image.height = static_cast<png_uint_32>(m_height);
-    image.format = PNG_FORMAT_RGB;
-    return png_image_write_to_file(&image, path.c_str(), 0, bytes.data(), 0, nullptr) != 0;
+    };
+    for (std::size_t i = 0; pixel != nullptr && i < m_pixels.size(); i += 3, pixel += 4) {
+        pixel[0] = byte(m_pixels[i + 2]);
+        pixel[1] = byte(m_pixels[i + 1]);
+        pixel[2] = byte(m_pixels[i]);
+        pixel[3] = 255;
+    }
+    return image;
 }

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "System/Graphics/image/image.h"
+
 #include <cstdint>
-#include <string>
 #include <vector>
 
 namespace Qel {
@@ -20,7 +21,7 @@ public:
     /// @param left, up  where the system's owner is
     void draw(int column, int row, Qel::ParticleSystem const &system, float left, float up);
 
-    bool save(std::string const &path) const; ///< as PNG
+    Qel::cImage image() const; ///< A8R8G8B8
 
 private:
     struct Tile {

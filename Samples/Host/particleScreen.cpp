@@ -4,8 +4,11 @@
 
 #include "Tools/qellint/scriptCheck.h"
 
+#include "System/File/directoryMonitor.h"
 #include "System/Graphics/particle/particleSystemMgr.h"
 #include "System/math/rand.h"
+
+#include "Support/OS/thread.h"
 
 #include <algorithm>
 #include <chrono>
@@ -13,12 +16,13 @@
 #include <cstdio>
 #include <fstream>
 #include <iterator>
+#include <numeric>
+#include <set>
 #include <utility>
 
 namespace {
 
 constexpr int columns = 4;
-constexpr float secondsBetweenLooks = 0.25f;
 constexpr unsigned int seed = 2026;
 
 Qel::String nameOf(std::filesystem::path const &path)
@@ -32,9 +36,24 @@ D3DXVECTOR3 wayAt(float time)
     return {3 * std::cos(2 * time), 4 + 2 * std::sin(2 * time), 0};
 }
 
+// What the monitor has told of and nobody has looked at yet.
+std::set<std::string> changedFiles;
+
+bool noteChange(Qel::eDirectoryMonitor change, Qel::String const &fileName)
+{
+    if (change != Qel::DIRMON_REMOVED && change != Qel::DIRMON_RENAMED_OLD) {
+        changedFiles.insert(fileName.c_str());
+    }
+    return true;
+}
+
 } // namespace
 
-ParticleScreen::ParticleScreen(std::string folder, bool isWatching) : m_isWatching(isWatching)
+ParticleScreen::ParticleScreen(std::string const &folder, bool isWatching)
+    : m_folder(folder),
+      m_isWatching(isWatching &&
+                   Qel::DirectoryMonitor::monitorDirectory(nameOf(m_folder), &noteChange, false) <
+                       Qel::DirectoryMonitor::maxDirectories)
 {
     std::error_code unreadable;
     std::vector<std::filesystem::path> paths;
@@ -46,12 +65,7 @@ ParticleScreen::ParticleScreen(std::string folder, bool isWatching) : m_isWatchi
     std::sort(paths.begin(), paths.end());
     Qel::cRand::seed(seed);
     for (auto const &path : paths) {
-        m_scripts.push_back({path, std::filesystem::last_write_time(path, unreadable)});
         read(path);
-    }
-    if (m_isWatching) {
-        std::printf("watching %zu scripts\n", m_scripts.size());
-        std::fflush(stdout); // somebody waits for it
     }
 }
 
@@ -90,7 +104,7 @@ bool ParticleScreen::isSound(std::filesystem::path const &path) const
     return static_cast<bool>(file) && findings.empty();
 }
 
-void ParticleScreen::step(float dt)
+void ParticleScreen::stepAll(float dt)
 {
     m_time += dt;
     ++m_steps;
@@ -110,40 +124,59 @@ void ParticleScreen::step(float dt)
 void ParticleScreen::warmUp(float seconds)
 {
     for (int left = static_cast<int>(seconds * 60); left > 0; --left) {
-        step(1 / 60.0f);
+        stepAll(1 / 60.0f);
     }
 }
 
 bool ParticleScreen::frameStarted(Qel::FrameEvent const &event)
 {
     step(event.sameEventTime);
-    m_sinceLook += event.sameEventTime;
-    if (m_isWatching && m_sinceLook > secondsBetweenLooks) {
-        m_sinceLook = 0;
-        look();
-    }
     return true;
 }
 
-void ParticleScreen::look()
+void ParticleScreen::step(float dt)
 {
-    for (Script &script : m_scripts) {
-        std::error_code gone;
-        auto const saved = std::filesystem::last_write_time(script.path, gone);
-        if (gone || saved == script.saved) {
-            continue;
-        }
-        script.saved = saved;
-        if (!isSound(script.path)) {
-            continue;
-        }
-        for (Show &show : m_shows) {
-            if (show.script == script.path) {
-                Qel::ParticleSystemMgr::Instance().rebind(show.templateName);
-                show.system->recheck();
-                std::printf("%s: '%s' is new\n", script.path.string().c_str(), show.templateName.c_str());
-                std::fflush(stdout); // somebody waits for it
-            }
+    stepAll(dt);
+    if (m_isWatching) {
+        readChanged();
+    }
+}
+
+unsigned int ParticleScreen::liveParticles() const
+{
+    return std::accumulate(m_shows.begin(), m_shows.end(), 0u, [](unsigned int sum, Show const &show) {
+        return sum + show.system->getActiveCount();
+    });
+}
+
+double ParticleScreen::microsecondsOfAStep() const
+{
+    double const all = std::accumulate(m_shows.begin(), m_shows.end(), 0.0,
+                                       [](double sum, Show const &show) { return sum + show.microseconds; });
+    return all / static_cast<double>(std::max<std::uint64_t>(m_steps, 1));
+}
+
+void ParticleScreen::readChanged()
+{
+    os::sleepAlertable(0); // the monitor tells what has happened
+    for (std::string const &name : std::exchange(changedFiles, {})) {
+        readAgain(m_folder / name);
+    }
+}
+
+void ParticleScreen::readAgain(std::filesystem::path const &path)
+{
+    bool const isShown =
+        std::any_of(m_shows.begin(), m_shows.end(), [&](Show const &show) { return show.script == path; });
+    if (!isShown || !isSound(path)) {
+        return;
+    }
+    for (Show &show : m_shows) {
+        if (show.script == path) {
+            Qel::ParticleSystemMgr::Instance().rebind(show.templateName);
+            show.system->recheck();
+            std::printf("%s: '%s' is new\n", path.string().c_str(), show.templateName.c_str());
+            std::fflush(stdout); // somebody waits for it
         }
     }
 }
@@ -163,7 +196,7 @@ void ParticleScreen::print() const
     }
 }
 
-bool ParticleScreen::savePicture(std::string const &path) const
+Qel::cImage ParticleScreen::picture() const
 {
     int const rows = (static_cast<int>(m_shows.size()) + columns - 1) / columns;
     ParticlePicture picture(columns, std::max(rows, 1));
@@ -172,5 +205,5 @@ bool ParticleScreen::savePicture(std::string const &path) const
         picture.draw(static_cast<int>(i) % columns, static_cast<int>(i) / columns, *show.system, show.place.x,
                      show.place.y);
     }
-    return picture.save(path);
+    return picture.image();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "System/Graphics/image/image.h"
 #include "System/Graphics/particle/particleSystem.h"
 #include "System/System/frameListener.h"
 
@@ -16,7 +17,7 @@
 class ParticleScreen final : public Qel::FrameListener {
 public:
     /// @throws Qel::Exception for a script with an unknown type
-    ParticleScreen(std::string folder, bool isWatching);
+    ParticleScreen(std::string const &folder, bool isWatching);
     ~ParticleScreen();
 
     ParticleScreen(ParticleScreen const &) = delete;
@@ -24,10 +25,18 @@ public:
 
     bool frameStarted(Qel::FrameEvent const &event) override;
 
+    void step(float dt);
     void warmUp(float seconds); ///< steps of a sixtieth of a second, the same each time
     void print() const;
-    bool savePicture(std::string const &path) const; ///< as PNG
+    Qel::cImage picture() const; ///< of all systems as they are now
     bool isEmpty() const { return m_shows.empty(); }
+    bool isWatching() const { return m_isWatching; } ///< false also where the folder cannot be watched
+    std::size_t count() const { return m_shows.size(); }
+    unsigned int liveParticles() const;
+    double microsecondsOfAStep() const; ///< of all systems together, on average
+
+    static constexpr float richTime =
+        9.3f; ///< seconds after which explosion and confetti are well on their way
 
 private:
     struct Show {
@@ -37,20 +46,15 @@ private:
         D3DXVECTOR3 place{0, 0, 0}; ///< of its owner; only an unbound one is moved
         double microseconds = 0;    ///< in all steps
     };
-    struct Script {
-        std::filesystem::path path;
-        std::filesystem::file_time_type saved;
-    };
-
     void read(std::filesystem::path const &path);
     bool isSound(std::filesystem::path const &path) const;
-    void step(float dt);
-    void look();
+    void stepAll(float dt);
+    void readChanged();
+    void readAgain(std::filesystem::path const &path);
 
+    std::filesystem::path m_folder;
     bool m_isWatching;
-    std::vector<Script> m_scripts;
     std::vector<Show> m_shows;
     float m_time = 0;
-    float m_sinceLook = 0;
     std::uint64_t m_steps = 0;
 };

@@ -1,15 +1,20 @@
 #include "picture.h"
 
-#include <png.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 
-Picture::Picture(int width, int height)
-    : m_width(width), m_height(height),
-      m_pixels(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 3, 0xFF)
+Picture::Picture(int width, int height, Ink paper)
 {
+    m_image.setCanvas(Qel::A8R8G8B8, static_cast<unsigned short>(width), static_cast<unsigned short>(height),
+                      nullptr);
+    unsigned char *pixel = m_image.getData();
+    for (int i = pixel == nullptr ? 0 : width * height; i > 0; --i, pixel += 4) {
+        pixel[0] = paper[2];
+        pixel[1] = paper[1];
+        pixel[2] = paper[0];
+        pixel[3] = 255;
+    }
 }
 
 void Picture::line(float x1, float y1, float x2, float y2, float width, Ink ink)
@@ -19,8 +24,9 @@ void Picture::line(float x1, float y1, float x2, float y2, float width, Ink ink)
     float const right = std::max(x1, x2) + reach;
     float const top = std::min(y1, y2) - reach;
     float const bottom = std::max(y1, y2) + reach;
-    auto const w = static_cast<float>(m_width);
-    auto const h = static_cast<float>(m_height);
+    int const imageWidth = m_image.getWidth();
+    auto const w = static_cast<float>(imageWidth);
+    auto const h = static_cast<float>(m_image.getHeight());
     if (!(right > 0 && left < w && bottom > 0 && top < h)) { // also if it is no number
         return;
     }
@@ -36,21 +42,12 @@ void Picture::line(float x1, float y1, float x2, float y2, float width, Ink ink)
             float const along = length > 0 ? std::clamp((px * dx + py * dy) / length, 0.0f, 1.0f) : 0;
             float const distance = std::hypot(px - along * dx, py - along * dy);
             float const cover = std::clamp(reach - 0.5f - distance, 0.0f, 1.0f);
-            std::uint8_t *const pixel = &m_pixels[static_cast<std::size_t>(y * m_width + x) * 3];
+            std::uint8_t *const pixel = m_image.getData() + static_cast<std::size_t>(y * imageWidth + x) * 4;
             for (std::size_t i = 0; i < ink.size(); ++i) {
-                auto const before = static_cast<float>(pixel[i]);
-                pixel[i] = static_cast<std::uint8_t>(before + (static_cast<float>(ink[i]) - before) * cover);
+                std::uint8_t &channel = pixel[2 - i];
+                auto const before = static_cast<float>(channel);
+                channel = static_cast<std::uint8_t>(before + (static_cast<float>(ink[i]) - before) * cover);
             }
         }
     }
-}
-
-bool Picture::save(std::string const &path) const
-{
-    png_image image{};
-    image.version = PNG_IMAGE_VERSION;
-    image.width = static_cast<png_uint_32>(m_width);
-    image.height = static_cast<png_uint_32>(m_height);
-    image.format = PNG_FORMAT_RGB;
-    return png_image_write_to_file(&image, path.c_str(), 0, m_pixels.data(), 0, nullptr) != 0;
 }

@@ -5,7 +5,6 @@
 #include "System/System/string.h"
 #include "System/System/stringVector.h"
 #include "Tools/picture/fileKind.h"
-#include "Tools/picture/pngFile.h"
 #include "Tools/picture/trueColors.h"
 
 #include <algorithm>
@@ -98,7 +97,7 @@ std::size_t Pictures::numRead() const
                       [](Picture const &picture) { return picture.trouble.empty(); }));
 }
 
-bool Pictures::writeContactSheet(std::string const &path) const
+cImage Pictures::contactSheet() const
 {
     constexpr unsigned most = 1000; // a sheet is as tall as an image may be
     unsigned const shown = static_cast<unsigned>(std::min<std::size_t>(numRead(), most));
@@ -106,7 +105,7 @@ bool Pictures::writeContactSheet(std::string const &path) const
     cImage sheet;
     if (sheet.setCanvas(A8R8G8B8, columns * (place + gap) + gap,
                         static_cast<unsigned short>(rows * (place + gap) + gap), nullptr) == 0) {
-        return false;
+        return sheet;
     }
     for (unsigned y = 0; y < sheet.getHeight(); ++y) {
         for (unsigned x = 0; x < sheet.getWidth(); ++x) {
@@ -121,5 +120,5 @@ bool Pictures::writeContactSheet(std::string const &path) const
             ++drawn;
         }
     }
-    return writePng(path, sheet);
+    return sheet;
 }

@@ -24,9 +24,9 @@ public:
     std::vector<Picture> const &all() const { return m_pictures; }
     std::size_t numRead() const;
 
-    /// Writes a PNG of all that were read, in their order, each as large as its place allows.
-    /// @return false if it cannot be written
-    bool writeContactSheet(std::string const &path) const;
+    /// All that were read, in their order, each as large as its place allows.
+    /// @return A8R8G8B8; without pixels if there is no memory
+    Qel::cImage contactSheet() const;
 
 private:
     std::vector<Picture> m_pictures;

@@ -12,7 +12,6 @@ constexpr unsigned numbers = 100'000;
 constexpr unsigned numbersPerTask = 500;
 constexpr unsigned numbersPerStep = 50;
 constexpr std::size_t tasksPerFrame = 4;
-constexpr unsigned firstProfiledFrame = 5;
 constexpr unsigned char profiledFrames = 3;
 
 bool isPrime(unsigned n)
@@ -74,7 +73,7 @@ Workload::~Workload()
 
 bool Workload::frameStarted(Qel::FrameEvent const &)
 {
-    if (m_frames == firstProfiledFrame) {
+    if (m_frames == 0) { // no event is open anywhere, as it would be with a task under way
         Qel::cMultiFrameProfiler::capture(m_profileFile.c_str(), profiledFrames);
     }
     Qel::cMultiFrameProfiler::beginFrame();
@@ -91,7 +90,8 @@ bool Workload::frameRender()
 {
     Qel::ProfileSample const sample("look at tasks");
     Qel::cMultiFrameProfiler::beginEvent(0, "look at tasks");
-    std::count_if(m_tasks.begin(), m_tasks.end(), [](auto const &task) { return task->isDone(); });
+    m_done = static_cast<std::size_t>(
+        std::count_if(m_tasks.begin(), m_tasks.end(), [](auto const &task) { return task->isDone(); }));
     Qel::cMultiFrameProfiler::endEvent("look at tasks");
     return true;
 }

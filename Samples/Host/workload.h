@@ -27,6 +27,8 @@ public:
     unsigned primes() const; ///< that were found; after finish()
     static unsigned primesThatThereAre() { return 9592; }
     std::size_t tasks() const { return m_tasks.size(); }
+    std::size_t handedOver() const { return m_handedOver; }
+    std::size_t done() const { return m_done; } ///< tasks that had ended in the last frame
     unsigned workers() const { return m_pool.getThreadCount(); }
     float load(unsigned worker) { return m_pool.getThreadLoad(worker, 0.0f); } ///< percent
     Qel::ProfileManager &profile() { return m_profile; }
@@ -38,5 +40,6 @@ private:
     Qel::QueuedTaskMgr m_pool;
     std::vector<std::unique_ptr<PrimeTask>> m_tasks;
     std::size_t m_handedOver = 0;
+    std::size_t m_done = 0;
     unsigned m_frames = 0;
 };

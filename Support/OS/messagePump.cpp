@@ -1,12 +1,19 @@
 #include "Support/OS/messagePump.h"
 
 #include <atomic>
+#include <utility>
 
 namespace os {
 
 namespace {
 
 constinit std::atomic<MessagePump *> installed{nullptr};
+
+std::function<bool()> &quitHandler()
+{
+    static std::function<bool()> handler;
+    return handler;
+}
 
 } // namespace
 
@@ -67,6 +74,17 @@ QueueMessagePump &defaultMessagePump()
 MessagePump *setMessagePump(MessagePump *pump)
 {
     return installed.exchange(pump);
+}
+
+void setQuitHandler(std::function<bool()> handler)
+{
+    quitHandler() = std::move(handler);
+}
+
+bool handleQuit()
+{
+    std::function<bool()> const handler = quitHandler(); // which may replace itself
+    return handler && handler();
 }
 
 } // namespace os

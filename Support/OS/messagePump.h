@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <mutex>
 
 namespace os {
@@ -61,6 +62,14 @@ QEL_API QueueMessagePump &defaultMessagePump(); ///< the process's own queue
 /// @param pump  not owned; null brings back the default. Must be replaced before it dies.
 /// @return the pump before, or null if it was the default
 QEL_API MessagePump *setMessagePump(MessagePump *pump);
+
+/// Says what happens when the desktop wants the program to end, as when its user closes the last window.
+/// Without a handler, or if it returns false, the platform's pump ends the frame loop.
+/// @param handler  true: has dealt with it, and may end the loop later. Called on the thread of the frame
+/// loop.
+///                 Null takes it back, which a plugin must do before it goes.
+QEL_API void setQuitHandler(std::function<bool()> handler);
+QEL_API bool handleQuit(); ///< for pumps: asks the handler; false if there is none
 
 /// Installs a pump for a scope. Scopes nest; they end in reverse order.
 class QEL_API MessagePumpScope {

@@ -11,7 +11,7 @@ namespace Qel {
 /// numbers of USB keyboards (4 for the place of "A", 40 for return, 41 for escape), so that they mean the
 /// same on every machine.
 enum KeyCode : std::uint32_t {
-    KEY_NONE = 0, ///< no key
+    KEY_NONE = 0, ///< no key: of a change that only types
 };
 
 /// Modifiers, as bits. Values beyond these are the plugin's.

@@ -15,18 +15,21 @@ bool RenderSystem::initialise(void *, int, int, bool)
     return false;
 }
 
-void RenderSystem::resize(int, int)
-{
-}
-
-bool RenderSystem::beginFrame()
+bool RenderSystem::beginFrame(int &, int &)
 {
     return false;
 }
 
-void RenderSystem::endFrame()
+bool RenderSystem::draw(RenderBatch const &)
 {
+    return false;
 }
+
+bool RenderSystem::endFrame(cImage *)
+{
+    return false;
+}
+
 void RenderSystem::shutdown()
 {
 }

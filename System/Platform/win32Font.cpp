@@ -5,6 +5,7 @@
 #include "System/System/stringTools.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 
@@ -14,6 +15,15 @@ namespace {
 
 constexpr int largestBlur = 255;
 constexpr int tab = 9;
+
+// Of 64 levels; more counts as 64.
+constexpr auto alphaOfLevel = [] {
+    std::array<unsigned char, 256> alphas{};
+    for (std::size_t level = 0; level < alphas.size(); ++level) {
+        alphas[level] = static_cast<unsigned char>(std::min(static_cast<float>(level) / 64.0f, 1.0f) * 255);
+    }
+    return alphas;
+}();
 
 signed char cut(int value)
 {
@@ -147,23 +157,23 @@ bool Win32Font::drawCoverage(int character, Canvas const &canvas, int b, int &co
     if (!m_font->coverage(static_cast<std::uint32_t>(character), glyph)) {
         return false;
     }
-    constexpr int fullLevel = 64;
     coveredWidth = glyph.pitch;
     int const skip = glyph.width >= b + 2 ? (glyph.width - b) / 2 : 0;
     int const firstRow = m_ascent - glyph.top;
+    long const left = long{canvas.x} + m_outline - skip + m_blurRadius; // of the bitmap's first column
+    long const first = std::max(long{skip}, -left);
+    long const end = std::min(long{glyph.width}, canvas.width - left);
     for (int row = 0; row < glyph.height; ++row) {
-        for (int column = skip; column < glyph.width; ++column) {
-            unsigned char *const to = canvas.at(m_outline - skip + column + m_blurRadius, firstRow + row);
-            if (to == nullptr) {
-                continue;
-            }
-            int const level =
-                glyph.levels[static_cast<std::size_t>(row) * static_cast<std::size_t>(glyph.pitch) +
-                             static_cast<std::size_t>(column)];
-            unsigned char const colour = level == 0 || character == tab ? 0 : 255;
-            to[0] = to[1] = to[2] = colour;
-            to[3] = static_cast<unsigned char>(
-                std::min(static_cast<float>(level) / static_cast<float>(fullLevel), 1.0f) * 255);
+        long const y = long{canvas.y} + firstRow + row;
+        if (y < 0 || y >= canvas.height || first >= end) {
+            continue;
+        }
+        unsigned char *pixel = canvas.pixels + 4 * (y * canvas.width + left + first);
+        unsigned char const *const levels = glyph.levels.data() + std::ptrdiff_t{row} * glyph.pitch;
+        for (long column = first; column < end; ++column, pixel += 4) {
+            unsigned char const colour = levels[column] == 0 || character == tab ? 0 : 255;
+            pixel[0] = pixel[1] = pixel[2] = colour;
+            pixel[3] = alphaOfLevel[levels[column]];
         }
     }
     return true;

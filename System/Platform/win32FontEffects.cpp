@@ -60,26 +60,38 @@ void Win32Font::applyGaussianBlurToTexture(Canvas const &canvas) const
     int const radius = std::min(m_blurRadius, static_cast<int>(m_blurKernel.size() / 2));
     int const width = canvas.width;
     int const height = canvas.height;
-    std::vector<unsigned char> source(canvas.numPixels());
+    std::vector<float> source(canvas.numPixels());
+    std::vector<bool> isBlack(static_cast<std::size_t>(height), true);
     for (std::size_t i = 0; i < source.size(); ++i) {
-        source[i] = canvas.pixels[4 * i];
+        unsigned char const value = canvas.pixels[4 * i];
+        source[i] = static_cast<float>(value);
+        if (value != 0) {
+            isBlack[i / static_cast<std::size_t>(width)] = false;
+        }
     }
-    auto const weight = [&](int away) { return m_blurKernel[static_cast<std::size_t>(radius + away)]; };
+    // The pixels of a row side by side; the sum of each still goes through its window in order.
+    std::vector<float> sums(static_cast<std::size_t>(width));
     unsigned char *to = canvas.pixels;
     for (int py = 0; py < height; ++py) {
-        for (int px = 0; px < width; ++px, to += 4) {
-            float sum = 0;
-            for (int row = std::max(py - radius, 0); row <= std::min(py + radius, height - 1); ++row) {
-                for (int column = std::max(px - radius, 0); column <= std::min(px + radius, width - 1);
-                     ++column) {
-                    sum += weight(column - px) * weight(row - py) *
-                           static_cast<float>(
-                               source[static_cast<std::size_t>(row) * static_cast<std::size_t>(width) +
-                                      static_cast<std::size_t>(column)]);
+        std::fill(sums.begin(), sums.end(), 0.0f);
+        for (int row = std::max(py - radius, 0); row <= std::min(py + radius, height - 1); ++row) {
+            if (isBlack[static_cast<std::size_t>(row)]) {
+                continue; // adds nothing
+            }
+            float const *const from = source.data() + static_cast<std::ptrdiff_t>(row) * width;
+            for (int away = -std::min(radius, width - 1); away <= std::min(radius, width - 1); ++away) {
+                float const weight = m_blurKernel[static_cast<std::size_t>(radius + away)] *
+                                     m_blurKernel[static_cast<std::size_t>(radius + row - py)];
+                int const end = std::min(width, width - away);
+                for (int px = std::max(0, -away); px < end; ++px) {
+                    sums[static_cast<std::size_t>(px)] += weight * from[px + away];
                 }
             }
+        }
+        for (float const sum : sums) {
             to[0] = to[1] = to[2] = static_cast<unsigned char>(std::min(sum, 255.0f));
             to[3] = 255;
+            to += 4;
         }
     }
 }

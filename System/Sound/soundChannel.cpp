@@ -213,6 +213,21 @@ void iSoundChannel::fadeDown(float target, unsigned int ms)
     }
 }
 
+bool iSoundChannel::moveFade(float dt, float &volume)
+{
+    if (!isFadingUp() && !isFadingDown()) {
+        return false;
+    }
+    bool const isDown = isFadingDown();
+    float const step = fadeSpeed < 0 ? 1.0f : fadeSpeed * dt;
+    volume = isDown ? std::max(volume - step, fadeTarget) : std::min(volume + step, fadeTarget);
+    if (volume != fadeTarget) {
+        return false;
+    }
+    resetFade();
+    return isDown && stopAfterFade();
+}
+
 void iSoundChannel::setActualVolume(float)
 {
 }

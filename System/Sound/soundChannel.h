@@ -135,6 +135,11 @@ public:
     /// @}
 
 protected:
+    /// Moves a device's volume along the fade, and ends the fade at its target: for a back end's update().
+    /// @param volume  on the device, 0 to 1
+    /// @return true if that was the end of a fade that ends the sound
+    bool moveFade(float dt, float &volume);
+
     enum Status : std::uint32_t {
         PLAYING = 0x01,
         PLAYED = 0x02,

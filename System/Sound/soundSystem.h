@@ -260,7 +260,8 @@ private:
     template <class Sound, class GroupOf>
     bool destroyGroup(std::vector<Sound *> &list, unsigned int group, GroupOf groupOf);
     template <class Sound>
-    void destroyFinished(std::vector<Sound *> &list);
+    void destroyFinished(std::vector<Sound *> &list, unsigned int const *onlyId = nullptr);
+    void destroyFinished(unsigned int id);
     void destroyNow(iSound3DStereo *sound);
     void destroyNow(iSound3DSubwoofer *sound);
     void destroyNow(iSoundClip *clip);
@@ -273,6 +274,7 @@ private:
     void emptyChannels();
 
     std::vector<unsigned int> m_freeIndices; // of trimmed channels, to be used again
+    std::vector<unsigned int> m_starting;    // ids whose voices are not in the table yet
 };
 
 } // namespace Qel

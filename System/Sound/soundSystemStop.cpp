@@ -69,6 +69,12 @@ void iSoundSystem::destroyNow(iSoundVorbis *stream)
     for (iSound3DSubwoofer *const sound : subwooferSounds) {
         sound->_forget(stream);
     }
+    stream->close();
+    // A voice that fades out is spared by that; without its stream nobody would bring it to its end.
+    iSoundChannel const *const left = stream->getChannel();
+    if (left != nullptr && playing(left->getIndex()) == left) {
+        stopChannel(left->getIndex(), 0);
+    }
     iSoundVorbis::_destroy(stream);
 }
 
@@ -139,9 +145,10 @@ bool iSoundSystem::stopChannel(unsigned int index, unsigned int ms)
     if (channel == nullptr) {
         return false;
     }
+    bool const staysForItsFade = ms != 0 && !paused;
     channel->stop(ms);
-    if (ms != 0 && !paused) {
-        return true; // it stays until it has finished
+    if (staysForItsFade || playing(index) != channel) {
+        return true; // until it has finished; or the back end has stopped it for good meanwhile
     }
     // The voices of one sound have asked for ducking once.
     bool const isLastRequester =

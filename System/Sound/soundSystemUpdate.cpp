@@ -41,6 +41,18 @@ bool hasFinished(iSoundVorbis const &stream)
     return stream.isStandAlone() && stream.isFinished();
 }
 
+// Is it just being made, and has no voice yet?
+template <class Sound>
+bool isNew(Sound const &)
+{
+    return false;
+}
+
+bool isNew(iSoundVorbis const &stream)
+{
+    return !stream.isOpened();
+}
+
 void setStandAlone(std::initializer_list<iSoundVorbis *> streams)
 {
     for (iSoundVorbis *const stream : streams) {
@@ -72,11 +84,12 @@ void tellDestroyed(iSoundVorbis const &stream)
 
 // Each is out of its list before it dies, since what dies stops its channels, and those look at the lists.
 template <class Sound>
-void iSoundSystem::destroyFinished(std::vector<Sound *> &list)
+void iSoundSystem::destroyFinished(std::vector<Sound *> &list, unsigned int const *onlyId)
 {
     for (std::size_t i = 0; i < list.size();) {
         Sound *const sound = list[i];
-        if (!hasFinished(*sound)) {
+        if (!hasFinished(*sound) ||
+            (onlyId != nullptr && (sound->getUniqueID() != *onlyId || isNew(*sound)))) {
             ++i;
             continue;
         }
@@ -84,6 +97,15 @@ void iSoundSystem::destroyFinished(std::vector<Sound *> &list)
         list.erase(list.begin() + static_cast<std::ptrdiff_t>(i));
         destroyNow(sound);
     }
+}
+
+// What has lost its voices goes with the next update. When its source plays again before that, it goes at
+// once: a stop must not find it in place of the new one.
+void iSoundSystem::destroyFinished(unsigned int id)
+{
+    destroyFinished(stereoSounds, &id);
+    destroyFinished(subwooferSounds, &id);
+    destroyFinished(vorbisStreams, &id);
 }
 
 // The order is fixed: 3D sounds hand their streams over to the pass over the streams. A back end's operation

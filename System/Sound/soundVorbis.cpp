@@ -266,6 +266,9 @@ void iSoundVorbis::update(float dt)
     if (eof || wanted == 0) {
         wanted = channel->update(dt);
     }
+    if (channel == nullptr) {
+        return; // the back end has stopped it meanwhile
+    }
     if (channel->isFinished()) {
         stop(0);
         return;
@@ -367,26 +370,18 @@ unsigned int iSoundVorbis::stream(unsigned int segmentBit, unsigned int maxBytes
         }
         auto const count = static_cast<unsigned int>(got);
         short scratch[scratchSize / sizeof(short)];
-        if (channels > 2) {
-            std::memset(scratch, 0, std::size_t{count} * frameBytes); // what is off or unknown is silent
-        }
-        auto const put = [&](unsigned int decoded, unsigned int at, bool isOn) {
-            if (isOn) {
-                transform_float_I16(samples[decoded], scratch + at, count, channels);
-            }
-        };
         if (channels == 1) {
-            put(0, 0, true);
+            transform_float_I16(samples[0], scratch, count, 1);
         } else if (channels == 2) {
             transformStereo(samples[0], samples[1], scratch, count);
         } else if (channels == 6) {
             // Left, centre, right, rear left, rear right, subwoofer, to the device's order.
-            put(0, 0, hasFront);
-            put(1, 2, hasCenter);
-            put(2, 1, hasFront);
-            put(3, 4, hasRear);
-            put(4, 5, hasRear);
-            put(5, 3, hasCenter);
+            float const *const planes[] = {hasFront ? samples[0] : nullptr,  hasFront ? samples[2] : nullptr,
+                                           hasCenter ? samples[1] : nullptr, hasCenter ? samples[5] : nullptr,
+                                           hasRear ? samples[3] : nullptr,   hasRear ? samples[4] : nullptr};
+            transformSix(planes, scratch, count);
+        } else {
+            std::memset(scratch, 0, std::size_t{count} * frameBytes);
         }
         std::memcpy(buffer + total, scratch, std::size_t{count} * frameBytes);
         frames += count;

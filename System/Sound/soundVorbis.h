@@ -90,6 +90,9 @@ public:
     /// Turns samples of -1 .. 1 into 16 bits.
     /// @param stride  from one sample of @p out to the next
     static void transform_float_I16(float const *in, short *out, unsigned int count, unsigned int stride);
+    /// The same for two planes side by side, and for six, of which one that is null is silent.
+    static void transformStereo(float const *left, float const *right, short *out, unsigned int count);
+    static void transformSix(float const *const *planes, short *out, unsigned int count);
     static char const *oggErrorString(int code);
 
     /// Reads the head of a WAV image.
@@ -103,7 +106,6 @@ public:
 private:
     struct Decoder;
 
-    static void transformStereo(float const *left, float const *right, short *out, unsigned int count);
     bool openDecoder(iSoundSource &source, bool isTold);
     bool rewindOrEnd();
 

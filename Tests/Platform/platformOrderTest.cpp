@@ -24,7 +24,7 @@ TEST(PlatformInterfaces, KeepTheOrderOfTheirOperations)
                              &R::setMouseArea, &R::setMousePosition, &R::showPointer, &R::hasFocus,
                              &R::getLocalizedKeyName, &R::setBufferedInput));
     EXPECT_TRUE(
-        standInOrder(2, &S::getName, &S::initialise, &S::resize, &S::beginFrame, &S::endFrame, &S::shutdown));
+        standInOrder(2, &S::getName, &S::initialise, &S::beginFrame, &S::draw, &S::endFrame, &S::shutdown));
 }
 
 TEST(PlatformInterfaces, AskNothingOfAPluginThatTheLibraryDoesNotCall)
@@ -36,7 +36,7 @@ TEST(PlatformInterfaces, AskNothingOfAPluginThatTheLibraryDoesNotCall)
     EXPECT_EQ(reader.getMouseState().buttons, 2);
     EXPECT_FALSE(reader.isKeyDown(KEY_NONE, KEY_DOWN));
     EXPECT_FALSE(SplashDialog().display());
-    EXPECT_FALSE(RenderSystem().beginFrame());
+    EXPECT_FALSE(RenderSystem().draw({}));
 }
 
 } // namespace

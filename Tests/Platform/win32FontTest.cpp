@@ -11,14 +11,6 @@
 #include <cmath>
 #include <vector>
 
-// What the system's font list keeps for itself to the end is not ours to free.
-extern "C" __attribute__((visibility("default"))) char const *__lsan_default_suppressions();
-
-extern "C" char const *__lsan_default_suppressions()
-{
-    return "leak:libfontconfig.so";
-}
-
 namespace Qel {
 namespace {
 

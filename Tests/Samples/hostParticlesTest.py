@@ -48,7 +48,7 @@ class HostParticles(unittest.TestCase):
         with subprocess.Popen([HOST, '--particles', '--watch', '--media', 'scripts', '--frames', '3000'],
                               stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True) as host:
             self.addCleanup(host.kill)
-            self.assertTrue(any('watching 1 scripts' in line for line in host.stdout))
+            self.assertTrue(any('watching the scripts' in line for line in host.stdout))
             save(FIRE.replace('quota', 'quta') % 7)
             mistake = "fire.particle:3: unknown parameter 'quta' of template 'Fire'"
             self.assertTrue(any(mistake in line for line in host.stderr))

@@ -12,6 +12,8 @@
 #include <iterator>
 #include <string>
 
+#include <stdlib.h>
+
 namespace Qel {
 namespace {
 
@@ -23,6 +25,8 @@ bool isMapped()
 }
 
 struct PlatformPlugin : testing::Test {
+    PlatformPlugin() { setenv("SDL_VIDEODRIVER", "dummy", 1); }
+
     PluginMgr plugins;
     PlatformManager platform;
 };

@@ -1,8 +1,10 @@
+#include "Plugins/SoundNull/clipMaker.h"
 #include "Plugins/SoundNull/voiceLog.h"
 #include "Tests/Plugins/archivePlugin.h"
 #include "Tests/Sound/soundBytes.h"
 #include "Tests/Tools/steeredClock.h"
 
+#include "System/Sound/soundClip.h"
 #include "System/Sound/soundSystemManager.h"
 
 #include <gtest/gtest.h>
@@ -157,6 +159,74 @@ TEST_F(SoundNull, StandsStillInAPauseAndGoesOnWhereItWas)
     EXPECT_TRUE(sound->stopAll(5));
     EXPECT_TRUE(sound->isSoundSourcePlaying(kept));
     EXPECT_EQ(voices(), "S2 S3 X3 ");
+}
+
+// 8000 frames a second of two bytes; a ring of a second and a bit, which begins at half.
+TEST_F(SoundNull, PlaysClipsByTheClockAsTheyAreFed)
+{
+    auto *const maker =
+        reinterpret_cast<ClipMaker *>(static_cast<std::uintptr_t>(sound->getSoundDriverHandle2()));
+    test::Bytes pcm(16384);
+    test::Sound &plain = add(1);
+    plain->getSoundParams().loopCount = 0;
+    ASSERT_TRUE(sound->play(plain));
+    struct {
+        unsigned char loops, rounds;
+    } const rows[] = {{1, 1}, {3, 3}};
+    for (auto const &row : rows) {
+        SCOPED_TRACE(int{row.rounds});
+        test::Sound &track = add(9);
+        track->setSamplerate(8000);
+        track->getSoundParams().loopCount = track->getSoundParams().currentLoop = row.loops;
+        track->getSoundParams().set(SOUNDFLAG_DUCKING_REQUEST, true);
+        voices();
+        iSoundClip *const clip = maker->createClip(false);
+        ASSERT_TRUE(clip->open(track, 16384) && clip->play());
+        EXPECT_TRUE(sound->isDuckingRequested());
+        ASSERT_TRUE(clip->write(pcm.data(), 8000)); // half a second is not enough yet
+        run(8);
+        EXPECT_EQ(voices(), "") << "it waits for data";
+        ASSERT_TRUE(clip->write(pcm.data(), 4000));
+        run(1); // begins
+        run(3); // 0.375 s
+        EXPECT_EQ(clip->getReadable(), 6000u);
+        EXPECT_EQ(track->getCurrentTimeMS(), 375u);
+        sound->setPause(true);
+        run(8);
+        sound->setPause(false);
+        run(6);
+        EXPECT_TRUE(clip->isPlaying()) << "starved, and not at its end";
+        EXPECT_EQ(clip->getReadable(), 0u);
+        for (int round = 1; round <= row.rounds; ++round) {
+            ASSERT_TRUE(clip->write(pcm.data(), 4000));
+            clip->setEOFReached();
+            run(1);
+            EXPECT_TRUE(clip->isPlaying() && !clip->isEOFAndBufferDried());
+            run(1);
+            EXPECT_TRUE(clip->isEOFAndBufferDried());
+            EXPECT_EQ(clip->isPlaying(), round < row.rounds);
+            clip->resetEOFAndBufferDried();
+        }
+        EXPECT_FALSE(clip->isOpened() || track->isStream() || sound->isDuckingRequested());
+        EXPECT_TRUE(track->isStopped());
+        EXPECT_EQ(voices(), "S9 P9 P1 C9 C1 E9 ");
+        EXPECT_TRUE(sound->destroySoundClip(clip, 0));
+    }
+    test::Sound &track = add(9);
+    track->setSamplerate(8000);
+    iSoundClip *const clip = maker->createClip(false);
+    ASSERT_TRUE(clip->open(track, 16384) && clip->play());
+    clip->write(pcm.data(), 16384);
+    clip->setEOFReached();
+    run(2);
+    EXPECT_TRUE(sound->stop(track, 250));
+    run(1);
+    EXPECT_TRUE(clip->isPlaying()) << "half faded";
+    run(1);
+    EXPECT_FALSE(clip->isOpened());
+    EXPECT_EQ(sound->getSoundInfo(SOUNDINFO_NUM_CLIPS, 0, nullptr), 1) << "closed, and the game's to destroy";
+    EXPECT_TRUE(sound->stopAll(0));
+    EXPECT_EQ(sound->getSoundInfo(SOUNDINFO_NUM_CLIPS, 0, nullptr), 0);
 }
 
 TEST(SoundNullPlugin, TakesItsSystemsWithItAndComesBack)
