@@ -5,9 +5,9 @@
 #include "System/Codec/codecs/codec_mtf.h"
 #include "System/File/fileDisk.h"
 #include "System/System/exception.h"
-#include "System/System/logManager.h"
 #include "Tests/Codec/plainDecoders.h"
 #include "Tests/Codec/testData.h"
+#include "Tests/Tools/logLines.h"
 #include "Tests/Tools/tempFolder.h"
 
 #include <gtest/gtest.h>
@@ -102,27 +102,22 @@ TEST(CodecMulti, WhatACodecDoesNotWriteIsZerosAndFailuresGoUnnoticed)
 
 TEST(CodecMulti, NoneOneAndUnknownOnes)
 {
-    test::TempFolder const folder;
-    {
-        LogManager log;
-        log.createLog("multi.log", true, false, true);
-        EXPECT_EQ(encoded({"CODEC_LZW"}, "some data"), "") << "no manager";
-        CodecManager const manager;
-        EXPECT_EQ(encoded({}, "some data"), "");
-        EXPECT_EQ(encoded({"CODEC_MTF"}, "some data"), mtf("some data")) << "no room left behind";
-        EXPECT_EQ(decoded({"CODEC_MTF"}, mtf("some data")), "some data");
-        EXPECT_EQ(encoded({"CODEC_LZW", "CODEC_NONE"}, "some data"), "")
-            << "the last stage writes the output";
-        EXPECT_EQ(encoded({"CODEC_NONE", "CODEC_LZW"}, "some data"), lzw(""))
-            << "the first stage reads the input";
-        cCodecMulti chain = chainOf({"CODEC_MTF"});
-        chain.reset();
-        cFileMem in;
-        test::fill(in, "some data");
-        EXPECT_TRUE(chain.encode(in, in));
-        EXPECT_EQ(test::content(in), "some data");
-    }
-    std::string const log = test::readFile("multi.log");
+    test::LogLines const lines;
+    EXPECT_EQ(encoded({"CODEC_LZW"}, "some data"), "") << "no manager";
+    CodecManager const manager;
+    EXPECT_EQ(encoded({}, "some data"), "");
+    EXPECT_EQ(encoded({"CODEC_MTF"}, "some data"), mtf("some data")) << "no room left behind";
+    EXPECT_EQ(decoded({"CODEC_MTF"}, mtf("some data")), "some data");
+    EXPECT_EQ(encoded({"CODEC_LZW", "CODEC_NONE"}, "some data"), "") << "the last stage writes the output";
+    EXPECT_EQ(encoded({"CODEC_NONE", "CODEC_LZW"}, "some data"), lzw(""))
+        << "the first stage reads the input";
+    cCodecMulti chain = chainOf({"CODEC_MTF"});
+    chain.reset();
+    cFileMem in;
+    test::fill(in, "some data");
+    EXPECT_TRUE(chain.encode(in, in));
+    EXPECT_EQ(test::content(in), "some data");
+    std::string const log = lines.take();
     EXPECT_NE(log.find("Codec type 'CODEC_NONE' Unknown!\ncCodecMulti::Code(CODEC_LZW) 0"), std::string::npos)
         << log;
 }

@@ -3,8 +3,8 @@
 #include "System/File/fileDisk.h"
 #include "System/File/fileTempMem.h"
 #include "System/System/exception.h"
-#include "System/System/logManager.h"
 #include "Tests/Codec/testData.h"
+#include "Tests/Tools/logLines.h"
 #include "Tests/Tools/tempFolder.h"
 
 #include <gtest/gtest.h>
@@ -99,7 +99,7 @@ TEST(CodecZip, DamageLeavesTheOutputsBytesAndIsLogged)
         {"far beyond the end", test::fromHex("11000000 FFFFFFFF") + zlibHello, true, 500, 3, "Error -5"},
         {"cut inside", test::fromHex("11000000 08000000") + zlibHello, true, 400 + 17 + 256, 400, "Error -"},
     };
-    test::TempFolder const folder;
+    test::LogLines const log;
     cCodecZIP zip;
     for (auto const &row : rows) {
         SCOPED_TRACE(row.what);
@@ -108,12 +108,8 @@ TEST(CodecZip, DamageLeavesTheOutputsBytesAndIsLogged)
         test::fill(in, row.stream);
         test::fill(out, std::string(500, 'o'));
         out.seek(row.start);
-        {
-            LogManager manager;
-            manager.createLog("zip.log", true, false, true);
-            EXPECT_FALSE(row.extended ? zip.decodeEx(in, out) : zip.decode(in, out));
-        }
-        EXPECT_NE(test::readFile("zip.log").find(row.logged), std::string::npos);
+        EXPECT_FALSE(row.extended ? zip.decodeEx(in, out) : zip.decode(in, out));
+        EXPECT_NE(log.take().find(row.logged), std::string::npos);
         EXPECT_EQ(out.tell(), row.start);
         std::string const left = test::content(out);
         EXPECT_EQ(left.size(), row.size);
@@ -123,14 +119,10 @@ TEST(CodecZip, DamageLeavesTheOutputsBytesAndIsLogged)
     cFileMem in;
     cFileMem failed;
     test::fill(in, "abc");
-    {
-        LogManager manager;
-        manager.createLog("zip.log", true, false, true);
-        EXPECT_FALSE(zip.encode(in, failed, 77)) << "a level that zlib does not have";
-        EXPECT_FALSE(zip.encode(in, in, 5)) << "the same stream for both";
-        EXPECT_EQ(zip.getUncompressedSize(in), 0u) << "three bytes";
-    }
-    std::string const logged = test::readFile("zip.log");
+    EXPECT_FALSE(zip.encode(in, failed, 77)) << "a level that zlib does not have";
+    EXPECT_FALSE(zip.encode(in, in, 5)) << "the same stream for both";
+    EXPECT_EQ(zip.getUncompressedSize(in), 0u) << "three bytes";
+    std::string const logged = log.take();
     EXPECT_NE(logged.find("cCodecZIP::encode(): Error -2\n"), std::string::npos);
     EXPECT_NE(logged.find("cCodecZIP::getUncompressedSize(): invalid uncompressed size - memory corrupt?\n"),
               std::string::npos);

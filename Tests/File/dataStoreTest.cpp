@@ -1,7 +1,6 @@
 #include "System/File/dataStore.h"
 
-#include "System/System/logManager.h"
-#include "Tests/Tools/tempFolder.h"
+#include "Tests/Tools/logLines.h"
 
 #include <gtest/gtest.h>
 
@@ -244,13 +243,11 @@ TEST(DataStore, LengthsThatWrapAreDamage)
 
 TEST(DataStore, DamageIsLogged)
 {
-    test::TempFolder const folder;
-    LogManager manager;
-    manager.createLog("store.log", true, false, true);
+    test::LogLines const log;
     std::string const bytes = word(1) + word(100);
     cDataStore store(bytes.data(), 8);
     EXPECT_FALSE(store.fixErrors());
-    EXPECT_NE(test::readFile("store.log").find("cDataStore::fixErrors failed\n"), std::string::npos);
+    EXPECT_NE(log.take().find("cDataStore::fixErrors failed\n"), std::string::npos);
     EXPECT_TRUE(store.fixErrors()) << "cut, and good now";
 }
 

@@ -156,152 +156,129 @@ TEST_F(ResourceMgr, WorksTheTargetOutIn32Bits)
 // Everything that is called may do as it likes with the manager. The sanitizers are the judge of much of it.
 TEST_F(ResourceMgr, BearsWhatItsResourcesDo)
 {
-    struct Setting {
-        TestMgr &manager;
-        Resource &a, &b;
-    };
     struct {
         char const *what;
-        std::function<void(Setting &)> prepare;
-        std::function<void(Setting &)> act;
+        void (*act)(TestMgr &manager, Resource &a, Resource &b);
     } const rows[] = {
         {"load registers until the tables move",
-         [](Setting &s) { s.a.onLoad = [&manager = s.manager] { fill(manager, 1000, 1); }; },
-         [](Setting &s) { EXPECT_TRUE(s.manager.getByID(1, true) == &s.a && s.a.isLoaded()); }},
+         [](TestMgr &manager, Resource &a, Resource &) {
+             a.onLoad = [&manager] { fill(manager, 1000, 1); };
+             EXPECT_TRUE(manager.getByID(1, true) == &a && a.isLoaded());
+         }},
         {"load destroys another",
-         [](Setting &s) {
-             s.b.loaded = true;
-             s.a.onLoad = [&manager = s.manager] { manager.Unregister(2, true); };
-         },
-         [](Setting &s) {
-             EXPECT_EQ(s.manager.getByID(1, true), &s.a);
-             EXPECT_EQ(s.manager.getByID(2, true), nullptr);
+         [](TestMgr &manager, Resource &a, Resource &b) {
+             b.loaded = true;
+             a.onLoad = [&manager] { manager.Unregister(2, true); };
+             EXPECT_EQ(manager.getByID(1, true), &a);
+             EXPECT_EQ(manager.getByID(2, true), nullptr);
          }},
         {"a callback that unregisters its own",
-         [](Setting &s) {
-             s.a.loadsItself = false;
-             s.a.onStream = [&manager = s.manager] {
+         [](TestMgr &manager, Resource &a, Resource &) {
+             a.loadsItself = false;
+             a.onStream = [&manager] {
                  manager.Unregister(1, true);
                  manager.Unregister(1, true);
                  EXPECT_EQ(manager.takeCalls(), "load forced unload ");
              };
-         },
-         [](Setting &s) {
-             EXPECT_EQ(s.manager.getByID(1, true), &s.a);
-             EXPECT_FALSE(s.a.isLoaded());
-             EXPECT_EQ(s.a.getRefCount(), 0u);
+             EXPECT_EQ(manager.getByID(1, true), &a);
+             EXPECT_FALSE(a.isLoaded());
+             EXPECT_EQ(a.getRefCount(), 0u);
          }},
         {"load asks for itself, and for what asks for it",
-         [](Setting &s) {
-             s.a.onLoad = [&manager = s.manager] {
+         [](TestMgr &manager, Resource &a, Resource &b) {
+             a.onLoad = [&manager] {
                  EXPECT_NE(manager.getByID(1, true), nullptr);
                  EXPECT_NE(manager.getByID(2, true), nullptr);
              };
-             s.b.onLoad = [&manager = s.manager] { EXPECT_NE(manager.getByID(1, true), nullptr); };
-         },
-         [](Setting &s) {
-             s.manager.getByID(1, true);
-             EXPECT_TRUE(s.a.isLoaded() && s.b.isLoaded());
-             EXPECT_EQ(s.manager.takeCalls(), "load load ");
-             EXPECT_EQ(s.manager.getMemoryUsage(), 200u);
+             b.onLoad = [&manager] { EXPECT_NE(manager.getByID(1, true), nullptr); };
+             manager.getByID(1, true);
+             EXPECT_TRUE(a.isLoaded() && b.isLoaded());
+             EXPECT_EQ(manager.takeCalls(), "load load ");
+             EXPECT_EQ(manager.getMemoryUsage(), 200u);
          }},
         {"a callback that asks for itself and sets the budget",
-         [](Setting &s) {
-             s.a.loadsItself = false;
-             s.a.takesData = false;
-             s.a.onStream = [&manager = s.manager] {
+         [](TestMgr &manager, Resource &a, Resource &) {
+             a.loadsItself = false;
+             a.takesData = false;
+             a.onStream = [&manager] {
                  manager.getByID(1, true);
                  manager.setMemoryBudget(1);
                  manager.setMemoryBudget(0);
              };
-         },
-         [](Setting &s) {
-             s.manager.getByID(1, true);
-             EXPECT_EQ(s.manager.takeCalls(), "load forced ");
+             manager.getByID(1, true);
+             EXPECT_EQ(manager.takeCalls(), "load forced ");
          }},
         {"a callback that destroys all but its own",
-         [](Setting &s) {
-             s.a.loadsItself = false;
-             s.a.onStream = [&manager = s.manager] {
+         [](TestMgr &manager, Resource &a, Resource &) {
+             a.loadsItself = false;
+             a.onStream = [&manager] {
                  manager.at(2)->loaded = true;
                  manager.Unregister(2, true);
                  manager.Unregister(1, false);
              };
-         },
-         [](Setting &s) {
-             s.manager.getByID(1, true);
-             EXPECT_EQ(s.manager.getByID(2, false), nullptr);
+             manager.getByID(1, true);
+             EXPECT_EQ(manager.getByID(2, false), nullptr);
          }},
         {"unload unloads itself, loads and evicts",
-         [](Setting &s) {
-             s.manager.getByID(1, true);
-             s.a.onUnload = [&manager = s.manager] {
+         [](TestMgr &manager, Resource &a, Resource &) {
+             manager.getByID(1, true);
+             a.onUnload = [&manager] {
                  manager.unloadResource(1);
                  manager.getByID(1, true);
                  manager.getByID(2, true);
                  manager.setMemoryBudget(1);
              };
-         },
-         [](Setting &s) {
-             s.manager.unloadResource(1);
-             EXPECT_FALSE(s.a.isLoaded());
-             EXPECT_EQ(s.manager.getMemoryUsage(), 100u);
+             manager.unloadResource(1);
+             EXPECT_FALSE(a.isLoaded());
+             EXPECT_EQ(manager.getMemoryUsage(), 100u);
          }},
         {"eviction in which each one takes the next along",
-         [](Setting &s) {
-             fill(s.manager, 800, 1);
+         [](TestMgr &manager, Resource &, Resource &) {
+             fill(manager, 800, 1);
              for (unsigned int i = 3; i < 800; ++i) {
-                 s.manager.at(i)->onUnload = [&manager = s.manager, i] {
+                 manager.at(i)->onUnload = [&manager, i] {
                      manager.Unregister(i % 2 == 0 ? i - 1 : i + 1, true);
                      manager.checkUsage();
                  };
              }
              ticks(3);
-         },
-         [](Setting &s) {
-             s.manager.setMemoryBudget(100);
-             EXPECT_LT(s.manager.getMemoryUsage(), 76u);
+             manager.setMemoryBudget(100);
+             EXPECT_LT(manager.getMemoryUsage(), 76u);
          }},
         {"eviction that is called off half-way",
-         [](Setting &s) {
-             fill(s.manager, 800, 1);
-             s.manager.at(3)->onUnload = [&manager = s.manager] { manager.setMemoryBudget(0); };
-             s.manager.at(3)->lastAccess = 1;
+         [](TestMgr &manager, Resource &, Resource &) {
+             fill(manager, 800, 1);
+             manager.at(3)->onUnload = [&manager] { manager.setMemoryBudget(0); };
+             manager.at(3)->lastAccess = 1;
              ticks(3);
-         },
-         [](Setting &s) {
-             s.manager.setMemoryBudget(100);
-             EXPECT_GE(s.manager.getMemoryUsage(), 700u);
+             manager.setMemoryBudget(100);
+             EXPECT_GE(manager.getMemoryUsage(), 700u);
          }},
         {"unload that makes somebody refer to it",
-         [](Setting &s) {
-             s.manager.getByID(1, true);
-             s.a.onUnload = [&a = s.a] { a.incRefCount(); };
-         },
-         [](Setting &s) {
-             s.manager.unloadAndDestroyResource(&s.a);
-             EXPECT_EQ(s.manager.getByID(1, false), &s.a);
+         [](TestMgr &manager, Resource &a, Resource &) {
+             manager.getByID(1, true);
+             a.onUnload = [&a] { a.incRefCount(); };
+             manager.unloadAndDestroyResource(&a);
+             EXPECT_EQ(manager.getByID(1, false), &a);
          }},
         {"destroy that unregisters it again, registers and ends all",
-         [](Setting &s) {
-             s.manager.getByID(1, true);
-             s.manager.onDestroy = [&manager = s.manager] {
+         [](TestMgr &manager, Resource &, Resource &) {
+             manager.getByID(1, true);
+             manager.onDestroy = [&manager] {
                  manager.onDestroy = nullptr;
                  manager.Unregister(1, true);
                  manager.add("late", 1, PRIORITY_MOST_URGENT);
                  manager.unloadAndDestroyAll();
                  manager.add("later", 1);
              };
-         },
-         [](Setting &s) {
-             s.manager.Unregister(1, true);
-             EXPECT_EQ(s.manager.nameToID("later"), 1u);
-             EXPECT_EQ(s.manager.getMemoryUsage(), 0u);
+             manager.Unregister(1, true);
+             EXPECT_EQ(manager.nameToID("later"), 1u);
+             EXPECT_EQ(manager.getMemoryUsage(), 0u);
          }},
         {"destroy that calls when the resource is gone",
-         [](Setting &s) {
-             s.manager.getByID(1, true);
-             s.manager.onDestroyed = [&manager = s.manager] {
+         [](TestMgr &manager, Resource &a, Resource &) {
+             manager.getByID(1, true);
+             manager.onDestroyed = [&manager] {
                  manager.onDestroyed = nullptr;
                  StringVector left;
                  EXPECT_EQ(manager.getAllResources(left), 1u);
@@ -310,36 +287,31 @@ TEST_F(ResourceMgr, BearsWhatItsResourcesDo)
                  manager.setMemoryBudget(1);
                  manager.add("a", 100, PRIORITY_MOST_URGENT);
              };
-         },
-         [](Setting &s) {
-             s.manager.unloadAndDestroyResource(&s.a);
-             EXPECT_EQ(s.manager.nameToID("a"), 3u);
-             s.manager.add("next", 1);
-             EXPECT_EQ(s.manager.nameToID("next"), 1u) << "the number is free after the call";
+             manager.unloadAndDestroyResource(&a);
+             EXPECT_EQ(manager.nameToID("a"), 3u);
+             manager.add("next", 1);
+             EXPECT_EQ(manager.nameToID("next"), 1u) << "the number is free after the call";
          }},
         {"destroy that registers while all is ended",
-         [](Setting &s) {
-             s.manager.onDestroy = [&manager = s.manager] {
+         [](TestMgr &manager, Resource &, Resource &) {
+             manager.onDestroy = [&manager] {
                  manager.onDestroy = nullptr;
                  manager.add("a late one", 1, PRIORITY_MOST_URGENT);
                  manager.add("b", 1, PRIORITY_MOST_URGENT);
              };
-         },
-         [](Setting &s) {
-             s.manager.unloadAndDestroyAll();
+             manager.unloadAndDestroyAll();
              StringVector left;
-             EXPECT_EQ(s.manager.getAllResources(left), 0u);
-             EXPECT_EQ(s.manager.getMemoryUsage(), 0u);
+             EXPECT_EQ(manager.getAllResources(left), 0u);
+             EXPECT_EQ(manager.getMemoryUsage(), 0u);
          }},
     };
     for (auto const &row : rows) {
         SCOPED_TRACE(row.what);
         TestMgr manager(0, 0);
         manager.addArchive(archive);
-        Setting setting{manager, manager.add("a", 100), manager.add("b", 100)};
-        row.prepare(setting);
-        manager.takeCalls();
-        row.act(setting);
+        Resource &a = manager.add("a", 100);
+        Resource &b = manager.add("b", 100);
+        row.act(manager, a, b);
         manager.onDestroy = nullptr;
     }
 }

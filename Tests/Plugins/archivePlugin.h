@@ -67,6 +67,14 @@ protected:
         return {static_cast<char const *>(block.data()), block.size()};
     }
 
+    /// What an archive tells of a file that it has.
+    static FileInfo lookUp(iArchive &archive, char const *name)
+    {
+        FileInfo info;
+        EXPECT_TRUE(archive.findFile(name, &info, HashConstCharPtr(name).hash)) << name;
+        return info;
+    }
+
     struct PreparedFolder : test::TempFolder {
         PreparedFolder(char const *file, char const *content)
         {

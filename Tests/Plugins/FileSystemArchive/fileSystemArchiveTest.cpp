@@ -148,8 +148,7 @@ TEST_F(FileSystemArchive, FollowsALinkToAFolderInside)
 TEST_F(FileSystemArchive, FollowsTheDisk)
 {
     iArchive &archive = media();
-    FileInfo info;
-    ASSERT_TRUE(archive.findFile("a.txt", &info, HashConstCharPtr("a.txt").hash));
+    FileInfo info = lookUp(archive, "a.txt");
 
     writeFile("Media/a.txt", "longer than before");
     EXPECT_EQ(contentOf(archive, "a.txt"), "longer than before");
@@ -179,11 +178,6 @@ TEST_F(FileSystemArchive, FollowsTheDisk)
 TEST_F(FileSystemArchive, ReadsAFileAsItWasFound)
 {
     iArchive &archive = media();
-    auto const lookUp = [&](char const *name) {
-        FileInfo info;
-        EXPECT_TRUE(archive.findFile(name, &info, HashConstCharPtr(name).hash));
-        return info;
-    };
     auto const read = [](FileInfo info) {
         PoolBlk block;
         cArchiveContainer::_readResourceData(info, block, 0);
@@ -194,18 +188,18 @@ TEST_F(FileSystemArchive, ReadsAFileAsItWasFound)
     };
     EXPECT_EQ(contentOf(archive, "a.txt"), "alpha");
     auto const before = openFiles();
-    FileInfo const a = lookUp("a.txt");
+    FileInfo const a = lookUp(archive, "a.txt");
     writeFile("other", "another");
     fs::rename("other", "Media/a.txt");
     EXPECT_EQ(read(a), "alpha") << "though another has taken its place";
     EXPECT_EQ(read(a), "anoth") << "and not a second time";
 
-    FileInfo const b = lookUp("sub/b.txt");
-    FileInfo const newA = lookUp("a.txt");
+    FileInfo const b = lookUp(archive, "sub/b.txt");
+    FileInfo const newA = lookUp(archive, "a.txt");
     EXPECT_EQ(read(b), "beta") << "when another has been looked up since";
     EXPECT_EQ(read(newA), "another");
     for (int i = 0; i < 20; ++i) {
-        lookUp(i % 2 == 0 ? "a.txt" : "sub/b.txt");
+        lookUp(archive, i % 2 == 0 ? "a.txt" : "sub/b.txt");
     }
     EXPECT_LE(openFiles(), before + 1);
     fs::remove("Media/Sub/B.TXT");
@@ -244,8 +238,7 @@ TEST_F(FileSystemArchive, RefusesWhatNobodyCouldLookUp)
 TEST_F(FileSystemArchive, IsReadOnManyThreadsWhileItIsReread)
 {
     iArchive &archive = media();
-    FileInfo info;
-    ASSERT_TRUE(archive.findFile("a.txt", &info, HashConstCharPtr("a.txt").hash));
+    FileInfo info = lookUp(archive, "a.txt");
     std::atomic<bool> stop{false};
     std::atomic<int> wrong{0};
     std::thread readers[2];
