@@ -140,6 +140,7 @@ TEST(Image, CopiesPartsCutToBothImages)
         {"cut by the target", 0, 0, 9, 9, 1, 1, {0, 0, 0, 0, 0, 1}},
         {"cut by the source", 3, 2, 9, 9, 0, 0, {11, 0, 0, 0, 0, 0}},
         {"nothing to copy", 0, 0, 1, 0, 0, 0, {0, 0, 0, 0, 0, 0}},
+        {"corner on the edge of the target", 0, 0, 1, 1, 0, 2, {0, 0, 0, 0, 0, 0}},
         {"corner outside the source", 5, 0, 1, 1, 0, 0, {}},
         {"corner outside the target", 0, 0, 1, 1, 0, 3, {}},
     };
