@@ -208,7 +208,7 @@ TEST(Image, ConvertsToOtherFormatsWithThePaletteAndItsKey)
     EXPECT_EQ(numbered(17, 1, 17).getImage(vast, nullptr), 0u) << "4 GiB do not fit the count";
 }
 
-TEST(Image, FiltersWrapSumsOfChannelsWiderThanAByte)
+TEST(Image, FiltersTakeChannelsOfAnyMask)
 {
     cImage image;
     ASSERT_NE(image.setCanvas(cPixelFormat(32, 0x3FF, 0, 0, 0), 8, 8, nullptr), 0u);
@@ -217,6 +217,15 @@ TEST(Image, FiltersWrapSumsOfChannelsWiderThanAByte)
     }
     short const minusOne[5][5] = {{}, {}, {0, 0, -1, 0, 0}, {}, {}};
     EXPECT_TRUE(image.applyFilter(minusOne)) << "the sum is the smallest number that there is";
+    // A mask with a gap goes the same way.
+    image.setCanvas(cPixelFormat(8, 0x0B, 0, 0, 0), 9, 9, nullptr);
+    for (unsigned i = 0; i < 81; ++i) {
+        image.setPixel(i % 9, i / 9, Color(i));
+    }
+    cImage expected = image;
+    short const corners[5][5] = {{1, 0, 0, 0, 2}, {}, {}, {}, {3, 0, 0, 0, 1}};
+    plain::filter(expected, corners);
+    EXPECT_TRUE(image.applyFilter(corners) && pixelsOf(image) == pixelsOf(expected));
 }
 
 // A slope of 255 from the left: nx = -4 * 255 / 255, so l = 1 / sqrt(17).
