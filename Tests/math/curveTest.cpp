@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -153,7 +154,8 @@ TEST(FFT, ServesSeveralThreadsFromTheStart)
 
 TEST(FFT, LeavesTheOutputsAloneWhereItCannotWork)
 {
-    std::vector<double> memory(64, 5);
+    std::vector<double> memory(64);
+    std::iota(memory.begin(), memory.end(), 1);
     std::vector<double> const before = memory;
     double *const m = memory.data();
     for (unsigned int const size : {0U, 1U, 3U, 6U, 0x80000001U}) {
@@ -164,9 +166,9 @@ TEST(FFT, LeavesTheOutputsAloneWhereItCannotWork)
         double *realIn, *imagIn, *realOut, *imagOut;
     } const rows[] = {
         {m, m + 8, m, m + 24},       {m, m + 8, m + 16, m + 4},
-        {m, m + 8, m + 16, m + 17},  {nullptr, m + 8, m + 16, m + 24},
+        {m, m + 8, m + 16, m + 23},  {nullptr, m + 8, m + 16, m + 24},
         {m, m + 8, nullptr, m + 24}, {m, m + 8, m + 16, nullptr},
-        {m, nullptr, m + 7, m + 24},
+        {m, nullptr, m + 7, m + 24}, {m + 7, nullptr, m, m + 24},
     };
     for (auto const &row : rows) {
         cFFT::fft_double(8, 0, row.realIn, row.imagIn, row.realOut, row.imagOut);
@@ -177,10 +179,10 @@ TEST(FFT, LeavesTheOutputsAloneWhereItCannotWork)
 cSplineCR referenceSpline()
 {
     cSplineCR spline;
-    for (std::size_t i = 0; i < std::size(reference::splinePoints); i += 3) {
-        spline.addValue(D3DXVECTOR3(static_cast<float>(reference::splinePoints[i]),
-                                    static_cast<float>(reference::splinePoints[i + 1]),
-                                    static_cast<float>(reference::splinePoints[i + 2])));
+    for (auto at = std::begin(reference::splinePoints); at != std::end(reference::splinePoints); at += 3) {
+        float const point[] = {static_cast<float>(at[0]), static_cast<float>(at[1]),
+                               static_cast<float>(at[2])};
+        spline.addValue(D3DXVECTOR3(point));
     }
     return spline;
 }
@@ -196,11 +198,10 @@ TEST(SplineCR, GoesThroughItsPointsAlongTheHermiteCurve)
 {
     cSplineCR const spline = referenceSpline();
     for (std::size_t i = 0; i < std::size(reference::splinePlaces); ++i) {
-        SCOPED_TRACE(reference::splinePlaces[i]);
-        expectNear(spline.interpolate(static_cast<float>(reference::splinePlaces[i])),
-                   reference::splinePositions + 3 * i, 1e-5);
-        expectNear(spline.getTangentVector(static_cast<float>(reference::splinePlaces[i])),
-                   reference::splineDirections + 3 * i, 1e-4);
+        auto const place = static_cast<float>(reference::splinePlaces[i]);
+        SCOPED_TRACE(place);
+        expectNear(spline.interpolate(place), reference::splinePositions + 3 * i, 1e-5);
+        expectNear(spline.getTangentVector(place), reference::splineDirections + 3 * i, 1e-4);
     }
     for (unsigned int i = 0; i < 4; ++i) {
         EXPECT_EQ(spline.interpolate(i, 0.0F), spline.getValue(static_cast<unsigned short>(i)));

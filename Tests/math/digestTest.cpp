@@ -52,9 +52,9 @@ TEST(CRC32, IsTheStandardOneWithoutItsLastInversion)
         for (std::size_t i = 0; i < std::size(reference::digestSizes); ++i) {
             SCOPED_TRACE(reference::digestSizes[i]);
             std::vector<unsigned char> const bytes = pattern(reference::digestSizes[i]);
-            auto const size = static_cast<unsigned int>(bytes.size());
-            EXPECT_EQ(cCRC32().add(bytes.data(), size), reference::crcs[i]);
-            EXPECT_EQ(stepped(0xFFFFFFFFU, bytes.data(), size), reference::crcs[i]);
+            EXPECT_EQ(cCRC32().add(bytes.data(), static_cast<unsigned int>(bytes.size())),
+                      reference::crcs[i]);
+            EXPECT_EQ(stepped(0xFFFFFFFFU, bytes.data(), bytes.size()), reference::crcs[i]);
         }
     });
 }
@@ -100,9 +100,8 @@ TEST(CalcHash, MapsHashesAndMeasuresNamesWhereverTheyLie)
         for (int start = -140; start <= 70; start += 3) {
             for (std::size_t length = 0; length < 140; ++length) {
                 char *const name = boundary + start;
-                std::vector<unsigned char> source(bytes.begin() + 100 + start % 100,
-                                                  bytes.begin() + 100 + start % 100 +
-                                                      static_cast<int>(length));
+                auto const from = bytes.begin() + 100 + start % 100;
+                std::vector<unsigned char> source(from, from + static_cast<int>(length));
                 for (std::size_t i = 0; i < length; ++i) {
                     source[i] = source[i] == 0 ? 0x5C : source[i];
                     name[i] = static_cast<char>(source[i]);

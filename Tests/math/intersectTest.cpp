@@ -11,16 +11,21 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <random>
 #include <vector>
 
 namespace Qel {
 namespace {
 
-// A result that tells whether it was written.
-struct Hit : sIntersection {
-    Hit() { t = -77; }
-};
+template <class Shape>
+void expectRay(cRay const &ray, Shape const &shape, bool isHit, float t, float tolerance = 0)
+{
+    sIntersection hit;
+    hit.t = -77; // no result leaves it
+    EXPECT_EQ(cMath::intersects(ray, shape, &hit), isHit);
+    EXPECT_NEAR(hit.t, t, tolerance);
+}
 
 TEST(Intersect, ARayMeetsAPlaneAheadOfItOnly)
 {
@@ -33,9 +38,7 @@ TEST(Intersect, ARayMeetsAPlaneAheadOfItOnly)
     } const rows[] = {{-5, {0, 0, 1}, true, 5}, {-5, {0, 0, -1}, false, -5}, {-5, {1, 0, 0}, false, 0},
                       {0, {0, 0, 1}, true, 0},  {-5, {3, 0, 2}, true, 2.5f}, {-5, {0, 0, 1e-7f}, false, 0}};
     for (auto const &row : rows) {
-        Hit hit;
-        EXPECT_EQ(cMath::intersects(cRay({0, 0, row.z}, row.direction), plane, &hit), row.hit);
-        EXPECT_EQ(hit.t, row.t);
+        expectRay(cRay({0, 0, row.z}, row.direction), plane, row.hit, row.t);
     }
 }
 
@@ -43,24 +46,18 @@ TEST(Intersect, RaysAgreeWithTheReference)
 {
     for (auto const &row : reference::rayBoxRows) {
         SCOPED_TRACE(testing::Message() << "box row " << (&row - reference::rayBoxRows));
-        cRay const ray(row, row + 3);
         cBoundingBoxAA const box(D3DXVECTOR3(row + 6), D3DXVECTOR3(row + 9));
-        Hit hit;
-        EXPECT_EQ(cMath::intersects(ray, box, &hit), row[12] != 0);
-        EXPECT_FLOAT_EQ(hit.t, row[13]);
+        expectRay(cRay(row, row + 3), box, row[12] != 0, row[13], std::fabs(row[13]) * 2e-7f);
     }
     auto *const before = cMath::sqrt;
     cMath::sqrt = cMath::sqrt_sse;
     for (auto const &row : reference::raySphereRows) {
         SCOPED_TRACE(testing::Message() << "sphere row " << (&row - reference::raySphereRows));
-        Hit hit;
-        EXPECT_EQ(cMath::intersects(cRay(row, row + 3), cBoundingSphere(row + 6, row[9]), &hit),
-                  row[10] != 0);
-        EXPECT_NEAR(hit.t, row[11], 1e-4f);
+        expectRay(cRay(row, row + 3), cBoundingSphere(row + 6, row[9]), row[10] != 0, row[11], 1e-4f);
     }
-    Hit tangent;
-    EXPECT_TRUE(cMath::intersects(cRay({-5, 1, 0}, {1, 0, 0}), cBoundingSphere({0, 0, 0}, 1), &tangent));
-    EXPECT_EQ(tangent.t, 5.0f);
+    cBoundingSphere const unit({0, 0, 0}, 1);
+    expectRay(cRay({-5, 1, 0}, {1, 0, 0}), unit, true, 5); // a tangent
+    expectRay(cRay({1, 0, 0}, {1, 0, 0}), unit, true, 0);  // from the surface, away
     cMath::sqrt = before;
     for (auto const &row : reference::rayTriangleRows) {
         SCOPED_TRACE(testing::Message() << "triangle row " << (&row - reference::rayTriangleRows));
@@ -98,9 +95,7 @@ TEST(Intersect, ARayEntersABoxFromOutsideOnly)
     };
     for (auto const &row : rows) {
         SCOPED_TRACE(row.what);
-        Hit hit;
-        EXPECT_EQ(cMath::intersects(row.ray, box, &hit), row.hit);
-        EXPECT_EQ(hit.t, row.t);
+        expectRay(row.ray, box, row.hit, row.t);
     }
 }
 
@@ -202,18 +197,17 @@ TEST(Intersect, BoxesAgainstBoxesAndPlanes)
     cBoundingBox const shifted({0.5f, 0.5f, 0.5f}, {2, 2, 2});
     cBoundingBoxAA const shiftedAA({0.5f, 0.5f, 0.5f}, {2, 2, 2});
     cBoundingBoxAA const around({-9, -9, -9}, {9, 9, 9});
-    Hit hit;
-    EXPECT_TRUE(cMath::intersects(planes, shifted, &hit));
-    EXPECT_EQ(hit.corners, 1 << 6);
-    EXPECT_EQ(hit.t, 0.0f);
-    EXPECT_TRUE(cMath::intersects(planes, shiftedAA, &hit));
-    EXPECT_EQ(hit.corners, 1 << 0);
-    EXPECT_TRUE(cMath::intersects(unit, shifted, &hit));
-    EXPECT_EQ(hit.corners, 1 << 6);
-    EXPECT_FALSE(cMath::intersects(planes, around, &hit)) << "no corner inside";
-    EXPECT_EQ(hit.corners, 0);
-    EXPECT_TRUE(cMath::intersects(around, planes, &hit));
-    EXPECT_EQ(hit.corners, 255);
+    auto const expectCorners = [](auto const &a, auto const &b, int corners) {
+        sIntersection hit;
+        EXPECT_EQ(cMath::intersects(a, b, &hit), corners != 0);
+        EXPECT_EQ(hit.corners, corners);
+        EXPECT_EQ(hit.t, 0.0f);
+    };
+    expectCorners(planes, shifted, 1 << 6);
+    expectCorners(planes, shiftedAA, 1 << 0);
+    expectCorners(unit, shifted, 1 << 6);
+    expectCorners(planes, around, 0); // no corner inside
+    expectCorners(around, planes, 255);
 }
 
 TEST(Intersect, BeamsAgainstPoints)
@@ -230,6 +224,7 @@ TEST(Intersect, BeamsAgainstPoints)
         {"none", {}, false, false, false},
         {"one inside", {{0.5f, 0.5f, -5}}, true, true, true},
         {"on the side", {{1, 0, -5}}, false, true, true},
+        {"on the other side", {{-1, 0, -5}}, false, true, true},
         {"above", {{0, 1.5f, -5}}, false, false, false},
         {"level with the origin", {{0.5f, 0, 0}}, false, false, true},
         {"on both sides of it", {{-9, 9, -5}, {9, -9, -5}}, true, true, true},
@@ -245,7 +240,9 @@ TEST(Intersect, BeamsAgainstPoints)
         EXPECT_EQ(cMath::intersects(rect, row.points.data(), count), row.rect);
         EXPECT_EQ(prepared.intersects(row.points.data(), count), row.prepared);
     }
-    EXPECT_TRUE(cMath::intersects(beam, D3DXVECTOR3(1, -1, 0))) << "the single point may touch";
+    EXPECT_TRUE(cMath::intersects(beam, D3DXVECTOR3(1, -1, 0)) &&
+                cMath::intersects(beam, D3DXVECTOR3(-1, 1, 0)))
+        << "the single point may touch";
     EXPECT_FALSE(cMath::intersects(beam, D3DXVECTOR3(0, 0, 0.1f)));
     EXPECT_TRUE(cMath::intersects(rect, cBoundingBox({1, 0, -5}, {9, 1, -4})));
 }
@@ -302,9 +299,7 @@ TEST(RectRayHitTest, AllFormsAgreeAwayFromTheLimits)
             other.negLimit -= by;
             return other.intersects(volume);
         };
-        bool const clear =
-            answers(1e-4f, box) == answers(-1e-4f, box) && answers(1e-4f, boxAA) == answers(-1e-4f, boxAA);
-        if (!clear) {
+        if (answers(1e-4f, box) != answers(-1e-4f, box) || answers(1e-4f, boxAA) != answers(-1e-4f, boxAA)) {
             ++near;
             continue;
         }

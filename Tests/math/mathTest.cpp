@@ -162,7 +162,7 @@ TEST(Math, AnArcRunsEitherWayAndThroughZero)
         {1, 0.5f, 2, true, true},       {1, 0.5f, 2, false, false},  {3, 0.5f, 2, false, true},
         {0.1f, 0.5f, 2, false, true},   {0.5f, 0.5f, 2, true, true}, {2, 0.5f, 2, false, true},
         {6, 5, 1, true, true},          {3, 5, 1, true, false},      {1, 1, 1, true, true},
-        {6.2831855f, 5, 1, true, true},
+        {6.2831855f, 5, 1, true, true}, {3, 1, 1, true, false},
     };
     for (auto const &row : rows) {
         SCOPED_TRACE(testing::Message() << row.value << ' ' << row.a << ' ' << row.b << ' ' << row.flag);

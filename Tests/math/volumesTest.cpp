@@ -295,9 +295,9 @@ TEST(RectRay, WidensOnOneSideOrOnBoth)
         D3DXVECTOR3 origin;
         float up, left;
     } const rows[] = {
-        {{3, 0, -7}, false, {0, 0, 0}, 2, 3}, {{-3, 0, 7}, true, {-1, 0, 0}, 2, 2},
-        {{0, 6, 0}, true, {0, 2, 0}, 4, 1},   {{0.5f, 1, 9}, true, {0, 0, 0}, 2, 1},
-        {{5, -4, 1}, false, {0, 0, 0}, 4, 5}, {{5, -4, 1}, true, {2, -1, 0}, 3, 3},
+        {{1.5f, 0, -7}, false, {0, 0, 0}, 2, 1.5f}, {{-3, 0, 7}, true, {-1, 0, 0}, 2, 2},
+        {{0, 3, 0}, true, {0, 0.5f, 0}, 2.5f, 1},   {{0.5f, 1, 9}, true, {0, 0, 0}, 2, 1},
+        {{5, -4, 1}, false, {0, 0, 0}, 4, 5},       {{5, -4, 1}, true, {2, -1, 0}, 3, 3},
     };
     for (auto const &row : rows) {
         SCOPED_TRACE(testing::Message() << row.p.x << ' ' << row.p.y << ' ' << row.moveCenter);

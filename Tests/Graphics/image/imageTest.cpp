@@ -140,6 +140,7 @@ TEST(Image, CopiesPartsCutToBothImages)
         {"cut by the target", 0, 0, 9, 9, 1, 1, {0, 0, 0, 0, 0, 1}},
         {"cut by the source", 3, 2, 9, 9, 0, 0, {11, 0, 0, 0, 0, 0}},
         {"nothing to copy", 0, 0, 1, 0, 0, 0, {0, 0, 0, 0, 0, 0}},
+        {"corner on the edge of the target", 0, 0, 1, 1, 0, 2, {0, 0, 0, 0, 0, 0}},
         {"corner outside the source", 5, 0, 1, 1, 0, 0, {}},
         {"corner outside the target", 0, 0, 1, 1, 0, 3, {}},
     };
@@ -207,29 +208,7 @@ TEST(Image, ConvertsToOtherFormatsWithThePaletteAndItsKey)
     EXPECT_EQ(numbered(17, 1, 17).getImage(vast, nullptr), 0u) << "4 GiB do not fit the count";
 }
 
-// By hand: how many of the 25 weights reach a pixel, next to the divisor of 25.
-TEST(Image, FiltersDarkenTheBordersAndIgnoreTheLastRowAndColumn)
-{
-    cImage image;
-    image.setCanvas(A8R8G8B8, 8, 8, nullptr);
-    for (unsigned i = 0; i < 64; ++i) {
-        image.setPixel(i % 8, i / 8, Color(0xFFFFFFFF));
-    }
-    ASSERT_TRUE(image.applyFilter(IMAGEFILTER_AVERAGE));
-    struct {
-        unsigned x, y, taps;
-    } const rows[] = {{0, 0, 9}, {1, 0, 12}, {3, 3, 25}, {5, 4, 20}, {7, 7, 4}, {7, 3, 10}};
-    for (auto const &row : rows) {
-        unsigned const value = 255 * row.taps / 25;
-        EXPECT_EQ(image.getPixel(row.x, row.y), value * 0x01010101u) << row.x << ',' << row.y;
-    }
-    short const noSum[5][5] = {{1, -1}};
-    cImage indexed = numbered(3, 3, 3);
-    EXPECT_FALSE(image.applyFilter(noSum) || image.applyFilter(static_cast<eImageFilter>(10)) ||
-                 image.applyFilter(static_cast<eImageFilter>(0)) || indexed.applyFilter(IMAGEFILTER_BLUR));
-}
-
-TEST(Image, FiltersWrapSumsOfChannelsWiderThanAByte)
+TEST(Image, FiltersTakeChannelsOfAnyMask)
 {
     cImage image;
     ASSERT_NE(image.setCanvas(cPixelFormat(32, 0x3FF, 0, 0, 0), 8, 8, nullptr), 0u);
@@ -238,6 +217,15 @@ TEST(Image, FiltersWrapSumsOfChannelsWiderThanAByte)
     }
     short const minusOne[5][5] = {{}, {}, {0, 0, -1, 0, 0}, {}, {}};
     EXPECT_TRUE(image.applyFilter(minusOne)) << "the sum is the smallest number that there is";
+    // A mask with a gap goes the same way.
+    image.setCanvas(cPixelFormat(8, 0x0B, 0, 0, 0), 9, 9, nullptr);
+    for (unsigned i = 0; i < 81; ++i) {
+        image.setPixel(i % 9, i / 9, Color(i));
+    }
+    cImage expected = image;
+    short const corners[5][5] = {{1, 0, 0, 0, 2}, {}, {}, {}, {3, 0, 0, 0, 1}};
+    plain::filter(expected, corners);
+    EXPECT_TRUE(image.applyFilter(corners) && pixelsOf(image) == pixelsOf(expected));
 }
 
 // A slope of 255 from the left: nx = -4 * 255 / 255, so l = 1 / sqrt(17).
@@ -306,7 +294,7 @@ TEST(Image, EditsGiveTheSameAtEveryLevel)
 }
 
 // All nine, from their published rows.
-TEST(Image, ReadyFiltersAreTheirKernels)
+TEST(Image, ReadyFiltersAreTheirKernelsAndOthersAreRefused)
 {
     short const kernels[9][5][5] = {
         {{0, 1, 2, 1, 0}, {1, 3, 10, 3, 1}, {2, 10, 90, 10, 2}, {1, 3, 10, 3, 1}, {0, 1, 2, 1, 0}},
@@ -330,6 +318,11 @@ TEST(Image, ReadyFiltersAreTheirKernels)
         ASSERT_TRUE(image.applyFilter(static_cast<eImageFilter>(i + 1)));
         EXPECT_EQ(pixelsOf(image), pixelsOf(expected)) << i + 1;
     }
+    short const noSum[5][5] = {{1, -1}};
+    cImage image = noise(A8R8G8B8, 3, 3, 3, 9);
+    cImage indexed = numbered(3, 3, 3);
+    EXPECT_FALSE(image.applyFilter(noSum) || image.applyFilter(static_cast<eImageFilter>(10)) ||
+                 image.applyFilter(static_cast<eImageFilter>(0)) || indexed.applyFilter(IMAGEFILTER_BLUR));
 }
 
 } // namespace
