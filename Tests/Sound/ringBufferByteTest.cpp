@@ -61,11 +61,9 @@ TEST(RingBufferByte, CarriesBytesFromOneThreadToAnother)
     RingBufferByte ring;
     ASSERT_TRUE(ring.init(256));
     std::thread writer([&] {
-        for (int sent = 0; sent < total;) {
+        for (int sent = 0; sent < total; ++sent) {
             auto const byte = static_cast<unsigned char>(sent % 251);
-            int const taken = ring.write(&byte, 1);
-            sent += taken;
-            if (taken == 0) {
+            while (ring.write(&byte, 1) == 0) {
                 std::this_thread::yield();
             }
         }

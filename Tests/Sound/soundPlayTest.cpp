@@ -269,9 +269,11 @@ TEST_F(Play, KeepsNumbersApartWhenVoicesAreTrimmed)
         ASSERT_TRUE(system.play(sounds.back()));
     }
     EXPECT_TRUE(said("iSoundSystem::checkSoundfileAndPlay(): created new 2D/5.1 channel.\n"));
-    system.update(21.0f);
-    EXPECT_EQ(system.params.num2D51Channels, 40) << "not as many are free";
     for (unsigned int i = 0; i < 15; ++i) {
+        if (i == 9) {
+            system.update(21.0f);
+            EXPECT_EQ(system.params.num2D51Channels, 40) << "not as many are free";
+        }
         system.stop(sounds[i], 0);
     }
     system.update(20.0f);

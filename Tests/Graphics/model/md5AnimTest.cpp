@@ -6,7 +6,6 @@
 #include <array>
 #include <bit>
 #include <cmath>
-#include <iterator>
 #include <limits>
 #include <numeric>
 #include <utility>

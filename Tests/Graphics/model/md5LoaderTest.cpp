@@ -181,12 +181,10 @@ TEST(MD5Loader, ReadsGroupsByPositionAndPassesOverTheRest)
         channel 8 { j "hip" a "ROLL" s -1 e 3.5 f 24 strings 3 "a" b 5 range 2 -1 keys 2 90 -90 }
         channel 9 { j "hip" a "roll" s -7 e 35 f 24 strings 0 range 0 0 keys 1 90 }
         channel 0 { j "hip" a "x" s 0 e 1 f 24 strings -2 range 0 0 keys 2 90 -90 }
-        channel 1 { j "" a "Y" s 0 e 1 f 24 strings 0 range 0 0 keys 0 }
-        channel 2 { j "" a "Z" s 0 e 1 f 24 strings 0 range 0 0 keys -1 }
-        channel 3 { j "" a "yaw" s 0 e 1 f 24 strings 0 range 0 0 keys 1 0 }
-        channel 4 { j "" a "YAW" s 0 e 1 f 24 strings 0 range 0 0 keys 1 0 }
-        channel 5 { j "" a "pitch" s 0 e 1 f 24 strings 0 range 0 0 keys 1 0 }
-        channel 6 { j "" a "PITCH" s 0 e 1 f 24 strings 0 range 0 0 keys 1 0 }
+        channel 1 { j "" a "Y" s 0 e 1 f 9 n 0 r 0 0 k 0 } channel 2 { j "" a "Z" s 0 e 1 f 9 n 0 r 0 0 k -1 }
+        channel 3 { j "" a "yaw" s 0 e 1 f 9 n 0 r 0 0 k 0 } channel 4 { j "" a "YAW" s 0 e 1 f 9 n 0 r 0 0 k 0 }
+        channel 5 { j "" a "pitch" s 0 e 1 f 9 n 0 r 0 0 k 0 }
+        channel 6 { j "" a "PITCH" s 0 e 1 f 9 n 0 r 0 0 k 0 }
         channel 7 { j "" a "Roll" s 0 e 1 f 24 strings 0 range 0 0 keys 1 7 })");
     EXPECT_EQ(anim.getStartTime(), -1) << "the channel that is not in the list does not count";
     EXPECT_EQ(anim.getEndTime(), 3.5f);

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
 
 namespace Qel {
@@ -96,6 +97,18 @@ TEST_F(ScriptTest, WritesByteForByteWhatItReads)
     read(
         R"(particlesystem "One" { "quota 12" "soft true" emitter Dot { "direction 0 1 0" "animFrames 3" "size 2" }
          affector Note { "onemitter 0" } })");
+    // Values stand below each other.
+    std::string parameters;
+    std::istringstream list(
+        "size=2;size_max=2;emissionangle=0;emissionanglemin=0;angle=0;angle_max=0;"
+        "direction=0 1 0;emission_rate=10;velocity_min=1;velocity_max=1;time_to_live_min=5;"
+        "time_to_live_max=5;position=0 0 0;duration_min=0;duration_max=0;repeat_delay=0;"
+        "repeat_delay_min=0;repeat_delay_max=0;start_delay_min=0;start_delay_max=0;intense=false;"
+        "material=;animSpeed=1;animFrames=3;brightness=0;centered=true;perspective=false;"
+        "emit_and_disable=false;streak_length=0;streak_size=1;");
+    for (std::string name, value; std::getline(std::getline(list, name, '='), value, ';');) {
+        parameters += "    \"" + name + std::string(21 - name.size(), ' ') + value + "\"\n";
+    }
     std::string const expected = R"(version 1
 
 particlesystem "One"
@@ -108,37 +121,7 @@ particlesystem "One"
 
   emitter Dot
   {
-    "size                 2"
-    "size_max             2"
-    "emissionangle        0"
-    "emissionanglemin     0"
-    "angle                0"
-    "angle_max            0"
-    "direction            0 1 0"
-    "emission_rate        10"
-    "velocity_min         1"
-    "velocity_max         1"
-    "time_to_live_min     5"
-    "time_to_live_max     5"
-    "position             0 0 0"
-    "duration_min         0"
-    "duration_max         0"
-    "repeat_delay         0"
-    "repeat_delay_min     0"
-    "repeat_delay_max     0"
-    "start_delay_min      0"
-    "start_delay_max      0"
-    "intense              false"
-    "material             "
-    "animSpeed            1"
-    "animFrames           3"
-    "brightness           0"
-    "centered             true"
-    "perspective          false"
-    "emit_and_disable     false"
-    "streak_length        0"
-    "streak_size          1"
-
+)" + parameters + R"(
   }
   affector Note
   {
