@@ -18,12 +18,14 @@ for codecs in zip lz77,huffman; do
     cmp Docs/decisions.md build/release/decisions.md
 done
 
-if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
-    exec build/release/bin/qelHost --window --log build/release/window.log --profile build/release/profile.txt
+if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ] &&
+    build/release/bin/qelHost --window --log build/release/window.log --profile build/release/profile.txt; then
+    exit 0
 fi
 mkdir -p build/release/screens
 for screen in frames files images particles model sound tasks console fonts; do
     build/release/bin/qelHost --headless --screen "$screen" --frames 100 --log build/release/screens/debug.log \
-        --profile build/release/profile.txt --screenshot "build/release/screens/$screen.png" 2>/dev/null
+        --profile build/release/profile.txt --screenshot "build/release/screens/$screen.png" \
+        2>build/release/screens/errors.txt || { tail build/release/screens/errors.txt >&2; exit 1; }
 done
 echo "pictures of the screens: build/release/screens"

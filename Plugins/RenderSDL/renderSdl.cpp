@@ -3,6 +3,7 @@
 #include "System/Graphics/image/image.h"
 #include "System/System/logManager.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -12,27 +13,34 @@ void report(char const *what)
     Qel::logMessage(Qel::String("RenderSDL: ") + what + ": " + SDL_GetError() + '\n', 3);
 }
 
-// The display's driver, else one without a screen. A machine without a display is told from the names of
-// display servers: looking for one would have the libraries below complain and keep memory.
-bool startVideo()
-{
-    bool const mayHaveDisplay = SDL_WasInit(SDL_INIT_VIDEO) != 0 || SDL_getenv("DISPLAY") != nullptr ||
-                                SDL_getenv("WAYLAND_DISPLAY") != nullptr ||
-                                SDL_getenv("SDL_VIDEODRIVER") != nullptr;
-    if (mayHaveDisplay && SDL_InitSubSystem(SDL_INIT_VIDEO) == 0) {
-        return true;
-    }
-    SDL_SetHintWithPriority(SDL_HINT_VIDEODRIVER, "dummy", SDL_HINT_OVERRIDE);
-    bool const isStarted = SDL_InitSubSystem(SDL_INIT_VIDEO) == 0;
-    SDL_ResetHint(SDL_HINT_VIDEODRIVER);
-    return isStarted;
-}
-
 // Drivers without a screen are drawn on in software: a graphics library has nothing to show there.
 bool hasScreen()
 {
     Qel::String const driver = SDL_GetCurrentVideoDriver();
     return driver != "dummy" && driver != "offscreen";
+}
+
+// The display's driver. A machine without a display is told from the names of display servers, and gets a
+// driver without a screen: looking for a display would have the libraries below complain and keep memory. A
+// display that is named and does not answer is a mistake.
+bool startVideo()
+{
+    bool const isAsked = SDL_getenv("SDL_VIDEODRIVER") != nullptr || SDL_WasInit(SDL_INIT_VIDEO) != 0;
+    if (isAsked || SDL_getenv("DISPLAY") != nullptr || SDL_getenv("WAYLAND_DISPLAY") != nullptr) {
+        if (SDL_InitSubSystem(SDL_INIT_VIDEO) != 0) {
+            return false;
+        }
+        if (isAsked || hasScreen()) {
+            return true;
+        }
+        SDL_QuitSubSystem(SDL_INIT_VIDEO);
+        SDL_SetError("the display does not answer");
+        return false;
+    }
+    SDL_SetHintWithPriority(SDL_HINT_VIDEODRIVER, "dummy", SDL_HINT_OVERRIDE);
+    bool const isStarted = SDL_InitSubSystem(SDL_INIT_VIDEO) == 0;
+    SDL_ResetHint(SDL_HINT_VIDEODRIVER);
+    return isStarted;
 }
 
 SDL_Color colorOf(Qel::Color color)
@@ -72,7 +80,7 @@ bool RenderSdl::initialise(void *window, int width, int height, bool fullScreen)
         m_renderer =
             hasScreen() ? SDL_CreateRenderer(m_window, -1, SDL_RENDERER_ACCELERATED | sync) : nullptr;
         if (m_renderer == nullptr) {
-            m_renderer = SDL_CreateRenderer(m_window, -1, SDL_RENDERER_SOFTWARE);
+            m_renderer = SDL_CreateRenderer(m_window, -1, SDL_RENDERER_SOFTWARE | sync);
         }
     }
     if (m_renderer == nullptr) {
@@ -100,6 +108,7 @@ bool RenderSdl::beginFrame(int &width, int &height)
     if (SDL_RenderClear(m_renderer) != 0) {
         return false;
     }
+    m_clipping = Clipping(newWidth, newHeight);
     width = newWidth;
     height = newHeight;
     return true;
@@ -127,24 +136,43 @@ bool RenderSdl::drawQuads(Qel::RenderBatch const &batch)
         }
     }
     m_vertices.clear();
-    for (std::size_t i = 0; i < quads * 4; ++i) {
-        Qel::RenderVertex const &vertex = batch.vertices[i];
-        m_vertices.push_back({{vertex.x, vertex.y}, colorOf(vertex.color), {vertex.u, vertex.v}});
+    m_indices.clear();
+    for (std::size_t i = 0; i < quads * 4; i += 4) {
+        m_polygon.assign(batch.vertices + i, batch.vertices + i + 4);
+        if (!m_clipping.isNear(m_polygon.data(), m_polygon.size())) {
+            m_clipping.cut(m_polygon);
+        }
+        addPolygon();
     }
-    for (int at = static_cast<int>(m_indices.size()) / 6 * 4; m_indices.size() < quads * 6; at += 4) {
-        m_indices.insert(m_indices.end(), {at, at + 1, at + 2, at, at + 2, at + 3});
+    return m_indices.empty() ||
+           SDL_RenderGeometry(m_renderer, texture, m_vertices.data(), static_cast<int>(m_vertices.size()),
+                              m_indices.data(), static_cast<int>(m_indices.size())) == 0;
+}
+
+// As a fan of triangles.
+void RenderSdl::addPolygon()
+{
+    int const first = static_cast<int>(m_vertices.size());
+    auto const inTexture = [](float value) { return std::clamp(value, 0.0f, 1.0f); };
+    for (Qel::RenderVertex const &vertex : m_polygon) {
+        m_vertices.push_back(
+            {{vertex.x, vertex.y}, colorOf(vertex.color), {inTexture(vertex.u), inTexture(vertex.v)}});
     }
-    return SDL_RenderGeometry(m_renderer, texture, m_vertices.data(), static_cast<int>(m_vertices.size()),
-                              m_indices.data(), static_cast<int>(quads * 6)) == 0;
+    for (int i = 2; i < static_cast<int>(m_polygon.size()); ++i) {
+        m_indices.insert(m_indices.end(), {first, first + i - 1, first + i});
+    }
 }
 
 bool RenderSdl::drawLines(Qel::RenderBatch const &batch)
 {
     bool isDrawn = true;
     for (std::size_t i = 0; i + 1 < batch.vertexCount; i += 2) {
-        Qel::RenderVertex const &from = batch.vertices[i];
-        Qel::RenderVertex const &to = batch.vertices[i + 1];
+        Qel::RenderVertex from = batch.vertices[i];
+        Qel::RenderVertex to = batch.vertices[i + 1];
         SDL_Color const color = colorOf(from.color);
+        if (!m_clipping.isNear(batch.vertices + i, 2) && !m_clipping.cutLine(from, to)) {
+            continue;
+        }
         isDrawn = SDL_SetRenderDrawColor(m_renderer, color.r, color.g, color.b, color.a) == 0 &&
                   SDL_RenderDrawLineF(m_renderer, from.x, from.y, to.x, to.y) == 0 && isDrawn;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "clipping.h"
 #include "textureStore.h"
 
 #include "System/Platform/renderSystem.h"
@@ -33,6 +34,7 @@ public:
 
 private:
     bool drawQuads(Qel::RenderBatch const &batch);
+    void addPolygon();
     bool drawLines(Qel::RenderBatch const &batch);
     bool copyFrame(Qel::cImage &copy) const;
 
@@ -42,6 +44,8 @@ private:
     bool m_hasVideo = false; // started here
     bool m_waits = false;    // for the vertical blank, as SDL was told
     TextureStore m_textures;
+    Clipping m_clipping{0, 0};
+    std::vector<Qel::RenderVertex> m_polygon;
     std::vector<SDL_Vertex> m_vertices;
     std::vector<int> m_indices;
 };

@@ -14,7 +14,7 @@ class cImage;
 struct RenderVertex {
     float x = 0;              ///< pixels from the left; 0 is the left edge of the first pixel
     float y = 0;              ///< pixels from the top
-    float u = 0;              ///< where in the texture, 0 to 1 from the left
+    float u = 0;              ///< where in the texture, 0 to 1 from the left; beyond, the edge counts
     float v = 0;              ///< 0 to 1 from the top
     Color color = 0xFFFFFFFF; ///< times the texture's; its alpha blends over what is there
 };
@@ -51,9 +51,8 @@ struct RenderBatch {
 /// }
 /// @endcode
 ///
-/// @par Ownership  The plugin's; it deletes the object in its stop function. Root keeps the pointer until
-/// Root
-///                 itself goes.
+/// @par Ownership  The plugin's; it deletes the object in its stop function. Root keeps the pointer until the
+///                 plugin or Root itself goes.
 /// @par Threads    Called on the main thread.
 class QEL_API RenderSystem {
 public:

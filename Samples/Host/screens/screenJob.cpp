@@ -81,6 +81,9 @@ private:
 
 bool showScreens(Options const &options)
 {
+    if (options.window && std::getenv("DISPLAY") == nullptr && std::getenv("WAYLAND_DISPLAY") == nullptr) {
+        return fail("there is no display for a window");
+    }
     if (options.headless) {
         setenv("SDL_VIDEODRIVER", "dummy", 1); // whatever display there is
     }

@@ -134,8 +134,11 @@ bool Window::draw(Qel::cImage *copy)
     float const width = m_canvas.width();
     float const height = m_canvas.height();
     m_canvas.fill(0, 0, width, height, style::ground);
-    m_screens[m_shown]->draw(m_canvas, margin, barHeight + margin, width - 2 * margin,
-                             height - 2 * (barHeight + margin));
+    constexpr float least = 150; // pixels of a side in which a screen can be shown
+    float const contentHeight = height - 2 * (barHeight + margin);
+    if (width >= least && contentHeight >= least) {
+        m_screens[m_shown]->draw(m_canvas, margin, barHeight + margin, width - 2 * margin, contentHeight);
+    }
     drawTabs();
     drawConsole();
     return m_canvas.end(copy);
@@ -169,5 +172,8 @@ void Window::drawConsole()
         m_canvas.fill(end + 1, y + 1, 2, m_canvas.lineHeight() - 2, style::text);
     }
     std::string const answer = m_console.lastAnswer();
-    m_canvas.text(m_canvas.width() - m_canvas.textWidth(answer) - 8, y, answer, style::faint);
+    float const left = m_canvas.width() - m_canvas.textWidth(answer) - 8;
+    if (left > end + 16) {
+        m_canvas.text(left, y, answer, style::faint);
+    }
 }

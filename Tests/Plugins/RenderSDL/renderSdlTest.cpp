@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cmath>
 #include <cstdlib>
 #include <optional>
 
@@ -108,6 +109,18 @@ TEST_F(RenderSdl, DrawsQuadsAndLinesToThePixel)
     EXPECT_TRUE(renderer->draw({RenderBatch::LINES, line, 3, nullptr, 0})) << "no half of a line";
     EXPECT_EQ(end(), 7u);
     EXPECT_EQ(frame.getPixel(9, 2), red);
+
+    // Far outside, and no numbers at all: cut, and quickly.
+    begin();
+    cImage picture;
+    picture.setCanvas(A8R8G8B8, 2, 2, nullptr);
+    draw(quad(-40000, 5, 80000, 3, red));
+    draw(quad(-1e9f, -1e9f, 2e9f, 2e9f, red), &picture); // its picture has no alpha
+    draw(quad(std::nanf(""), 0, 5, 5, red));
+    RenderVertex const far[] = {
+        {-1e9f, 20, 0, 0, red}, {1e9f, 20, 0, 0, 0}, {1e9f, 50, 0, 0, red}, {2e9f, 9, 0, 0, 0}};
+    EXPECT_TRUE(renderer->draw({RenderBatch::LINES, far, 4, nullptr, 0}));
+    EXPECT_EQ(end(), 40u * 3 + 40u);
 }
 
 TEST_F(RenderSdl, KnowsTexturesByTheirNumbers)
