@@ -277,6 +277,45 @@ TEST_F(OpenAl, StreamsToTheLastSampleAndFindsALostDevice)
     EXPECT_GT(out.level(1.2f, 1.4f), 0.001f);
 }
 
+TEST_F(OpenAl, EndsWhatIsPausedStoppedOrLoopedWhenItShould)
+{
+    init(SOUNDCAPS_51);
+    test::Sound &brief = add(tone(1, 1000, 2));
+    ASSERT_TRUE(sound->play(&brief.source));
+    run(0.7f);
+    sound->setPause(true); // shorter than its fade: the sound goes on meanwhile
+    run(0.1f);
+    sound->setPause(false);
+    run(0.4f);
+    EXPECT_EQ(sound->getNumPlayingChannels(), 0u) << "it has not begun anew";
+
+    test::Sound &leaving = add(tone(1, 1000, 2)); // 1.2 ..
+    leaving.source.getSoundParams().loopCount = 0;
+    ASSERT_TRUE(sound->play(&leaving.source));
+    run(0.3f);
+    sound->stop(&leaving.source, 400);
+    run(0.1f);
+    sound->setPause(true);
+    run(0.1f);
+    sound->setPause(false);
+    run(0.6f);
+    EXPECT_EQ(sound->getNumPlayingChannels(), 0u) << "a pause does not bring it back";
+
+    test::Sound &loop = add(test::soundFile("segment.ogg"), "segment.ogg"); // 2.3 .., a loop of 1.536 s
+    loop.source.getSoundParams().loopCount = 0;
+    loop.source.setCenterOnly();
+    ASSERT_TRUE(sound->play(&loop.source));
+    run(6);
+    EXPECT_EQ(sound->getNumPlayingChannels(), 1u);
+
+    Rendered const out = finish(6);
+    EXPECT_NEAR(out.level(0.1f, 0.6f), toneLevel, 0.01);
+    EXPECT_EQ(out.level(1.05f, 1.15f), 0);
+    EXPECT_EQ(out.level(2.2f, 2.3f), 0);
+    EXPECT_GT(out.level(7.5f, 8.2f, 2), 0.05f);
+    EXPECT_EQ(out.level(2.5f, 8.2f, 0) + out.level(2.5f, 8.2f, 1), 0);
+}
+
 TEST_F(OpenAl, PlaysClipsAsTheyAreFed)
 {
     init();

@@ -31,6 +31,7 @@ files = {
     "stereo.ogg": ogg(2, 3000),
     "six.ogg": ogg(6, 3000),
     "long.ogg": ogg(1, 80000),  # more than the four segments of a stream hold
+    "segment.ogg": ogg(1, 12288),  # ends where a segment of a stream does
     "chained.ogg": ogg(1, 80000) + ogg(2, 3000, 2),
 }
 files["cut.ogg"] = files["long.ogg"][:-2000]
