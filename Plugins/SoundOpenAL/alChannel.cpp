@@ -459,9 +459,10 @@ void AlChannel::goOn()
     alGetBufferi(m_buffer, AL_CHANNELS, &channels);
     alGetBufferi(m_buffer, AL_FREQUENCY, &rate);
     constexpr ALint bytesOfSample = 2;
-    auto const frames = static_cast<float>(bytes / bytesOfSample / std::max(channels, 1));
+    ALint const frames = bytes / bytesOfSample / std::max(channels, 1);
     float const played = m_seconds * std::max(sound(source->getPitchFactor(), 1), leastPitch);
     if (frames > 0 && rate > 0) {
-        alSourcef(m_source, AL_SEC_OFFSET, std::fmod(played, frames / static_cast<float>(rate)));
+        float const length = static_cast<float>(frames) / static_cast<float>(rate);
+        alSourcef(m_source, AL_SEC_OFFSET, std::fmod(played, length));
     }
 }

@@ -20,12 +20,13 @@ float distanceBetween(D3DXVECTOR3 const &a, D3DXVECTOR3 const &b)
 } // namespace
 
 // An idle crossfade channel goes to the free list for the new sound; the stolen one takes its place there and
-// fades out.
+// fades out. The stop of one may have freed others of the same sound already, which are then free as they
+// are.
 void iSoundSystem::stealVoices(std::vector<unsigned int> const &stolen)
 {
     for (unsigned int const index : stolen) {
         unsigned int const place = getFreeCrossfadeChannel();
-        iSoundChannel *const victim = getChannel(index);
+        iSoundChannel *const victim = playing(index);
         if (place == 0 || place > crossfadeChannels.size() || victim == nullptr) {
             continue;
         }
