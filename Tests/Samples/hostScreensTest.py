@@ -76,6 +76,7 @@ class HostScreens(unittest.TestCase):
         # The graphics library of a machine without a card is no part of this: software draws here. What the
         # display's libraries keep to the end cannot be told by name any more when the plugins have gone.
         surroundings = dict(os.environ, DISPLAY=f':{int(server.stdout.readline())}', SDL_RENDER_DRIVER='software',
+                            SDL_FRAMEBUFFER_ACCELERATION='0',
                             DBUS_SESSION_BUS_ADDRESS='disabled:',
                             ASAN_OPTIONS='detect_leaks=0')
         surroundings.pop('SDL_VIDEODRIVER', None)
