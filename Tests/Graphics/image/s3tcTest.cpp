@@ -156,10 +156,10 @@ TEST(S3tc, BlocksAndErrorsAreThoseOfTheReferenceAtEveryLevel)
             EXPECT_EQ(digest(small), holes.digest);
 
             Bytes large(columns * 16);
-            auto const expectLarge = [&](unsigned int error, Coded const &alpha) {
-                EXPECT_EQ(error, alpha.error + colors.error);
+            auto const expectLarge = [&large, &colorBlocks = colors](unsigned int error, Coded const &alpha) {
+                EXPECT_EQ(error, alpha.error + colorBlocks.error);
                 EXPECT_EQ(digest(large, 0, 8, 16), alpha.digest);
-                EXPECT_EQ(digest(large, 8, 8, 16), colors.digest);
+                EXPECT_EQ(digest(large, 8, 8, 16), colorBlocks.digest);
                 large.assign(large.size(), 0xEE);
             };
             expectLarge(coder.to_S3TC2or3(large.data(), image.data(), pitch, width, 4), mapped);
