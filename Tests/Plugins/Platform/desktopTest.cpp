@@ -358,7 +358,7 @@ TEST(DesktopMessages, EndTheLoopUnlessTheHostHasItsOwnMind)
         Root root("plugins.cfg", "debug.log", false);
         int asked = 0;
         os::setQuitHandler([&asked] { return ++asked == 1; });
-        struct Quitter : FrameListener {
+        struct Quitter final : FrameListener {
             bool frameStarted(FrameEvent const &) override
             {
                 SDL_Event event{};
