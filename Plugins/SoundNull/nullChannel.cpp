@@ -124,11 +124,7 @@ void NullChannel::setPause(bool pause, bool fade)
         return;
     }
     if (!pause) {
-        setPlaying(); // ends the pause; the fade goes on
-        if (stopAfterFade()) {
-            constexpr unsigned int fadeMs = 400;
-            fadeDown(0.0f, fadeMs); // it was on its way out
-        }
+        endPause();
     }
     note(pause ? VoiceEvent::paused : VoiceEvent::resumed);
 }
@@ -201,7 +197,7 @@ void NullChannel::playData(double frames)
 {
     m_position += frames;
     while (m_position >= m_length) {
-        bool const goesRound = source->isLooping() || (source->getLoop() > 1 && source->getCurrentLoop() > 1);
+        bool const goesRound = source->goesRound();
         if (!goesRound || m_length <= 0) {
             end(VoiceEvent::ended);
             return;

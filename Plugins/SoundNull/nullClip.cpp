@@ -52,7 +52,7 @@ bool NullClip::playOut(double frames)
         return true;
     }
     bufferDried = true;
-    bool const goesRound = source->isLooping() || (source->getLoop() > 1 && source->getCurrentLoop() > 1);
+    bool const goesRound = source->goesRound();
     source->decCurrentLoop();
     eofReached = !goesRound;
     return goesRound;

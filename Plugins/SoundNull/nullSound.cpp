@@ -79,18 +79,7 @@ Qel::iSoundClip *NullSound::createClip(bool multichannel)
     if (channel == nullptr) {
         return nullptr;
     }
-    channelTable[channel->getIndex()] = channel;
-    clips.push_back(std::make_unique<NullClip>(this, channel, multichannel && isMultiChannel()).release());
-    return clips.back();
-}
-
-// As a play does it for other sounds; stopChannel() counts back.
-void NullSound::countRequest(NullChannel const &channel)
-{
-    if (channel.hasDuckingRequest()) {
-        ++duckingCounter;
-        updateDucking();
-    }
+    return addClip(std::make_unique<NullClip>(this, channel, multichannel && isMultiChannel()));
 }
 
 void NullSound::update(float dt)

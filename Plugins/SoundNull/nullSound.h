@@ -15,7 +15,7 @@ public:
     /// Puts a record into the log, with the time.
     void note(VoiceRecord record);
 
-    void countRequest(NullChannel const &channel); ///< of a clip that asks for ducking
+    using iSoundSystem::countRequest;
     Qel::iSoundClip *createClip(bool multichannel) override;
     bool initSoundSystem(Qel::sSoundSystemParams const &newParams) override;
     bool shutdownSoundSystem() override;

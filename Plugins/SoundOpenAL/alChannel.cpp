@@ -189,11 +189,7 @@ void AlChannel::setPause(bool pause, bool fade)
         }
         return;
     }
-    setPlaying(); // ends the pause; the fade goes on
-    if (stopAfterFade()) {
-        constexpr unsigned int fadeMs = 400;
-        fadeDown(0.0f, fadeMs); // it was on its way out
-    }
+    endPause();
     // What still plays, or has come to its end meanwhile, must not begin anew.
     ALint const state = sourceInteger(AL_SOURCE_STATE);
     if (state == AL_PAUSED || state == AL_INITIAL) {
@@ -212,11 +208,12 @@ bool AlChannel::fillBuffer(unsigned int segmentBit, unsigned char const *data, u
         return false;
     }
     m_owner->device().use();
-    Pcm pcm{source->getNumChannels(), source->getSamplerate(), {}};
+    Pcm &pcm = m_segmentData[segment]; // its memory serves again
+    pcm.channels = source->getNumChannels();
+    pcm.rate = source->getSamplerate();
     pcm.samples.resize(size / sizeof(std::int16_t));
     std::memcpy(pcm.samples.data(), data, pcm.bytes());
     toSpeakers(pcm, source->getSoundParams());
-    m_segmentData[segment] = std::move(pcm);
     if (!queue(segment)) {
         return false;
     }

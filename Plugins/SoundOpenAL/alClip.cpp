@@ -61,7 +61,7 @@ bool AlClip::goesOn()
         return true; // silence until there is more
     }
     bufferDried = true;
-    bool const goesRound = source->isLooping() || (source->getLoop() > 1 && source->getCurrentLoop() > 1);
+    bool const goesRound = source->goesRound();
     source->decCurrentLoop();
     eofReached = !goesRound;
     return goesRound;

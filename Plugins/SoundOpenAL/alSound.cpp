@@ -299,18 +299,7 @@ Qel::iSoundClip *AlSound::createClip(bool multichannel)
     if (channel == nullptr) {
         return nullptr;
     }
-    channelTable[channel->getIndex()] = channel;
-    clips.push_back(std::make_unique<AlClip>(this, channel, multichannel && isMultiChannel()).release());
-    return clips.back();
-}
-
-// As a play does it for other sounds; stopChannel() counts back.
-void AlSound::countRequest(AlChannel const &channel)
-{
-    if (channel.hasDuckingRequest()) {
-        ++duckingCounter;
-        updateDucking();
-    }
+    return addClip(std::make_unique<AlClip>(this, channel, multichannel && isMultiChannel()));
 }
 
 Qel::iSound3DStereo *AlSound::create3DStereo()

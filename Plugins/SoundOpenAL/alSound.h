@@ -19,7 +19,7 @@ public:
     AlDevice &device() { return m_device; }
     void add(AlChannel &channel);
     void remove(AlChannel &channel);
-    void countRequest(AlChannel const &channel); ///< of a clip that is opened, for ducking
+    using iSoundSystem::countRequest;
     Qel::iSoundClip *createClip(bool multichannel) override;
 
     bool initSoundSystem(Qel::sSoundSystemParams const &newParams) override;

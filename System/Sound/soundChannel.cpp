@@ -265,6 +265,14 @@ void iSoundChannel::setPlaying()
     status = (status & ~static_cast<std::uint32_t>(PAUSED | FINISHED)) | PLAYING | PLAYED;
 }
 
+void iSoundChannel::endPause()
+{
+    setPlaying();
+    if (stopAfterFade()) {
+        fadeDown(0.0f, pauseFadeMs);
+    }
+}
+
 void iSoundChannel::setFinished()
 {
     status = (status & ~static_cast<std::uint32_t>(PLAYING | PAUSED | FADING_UP | FADING_DOWN)) | FINISHED;

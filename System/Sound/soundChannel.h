@@ -140,6 +140,10 @@ protected:
     /// @return true if that was the end of a fade that ends the sound
     bool moveFade(float dt, float &volume);
 
+    /// Plays again after a pause, and goes on to fade out if it was on its way out: for a back end's
+    /// setPause().
+    void endPause();
+
     enum Status : std::uint32_t {
         PLAYING = 0x01,
         PLAYED = 0x02,

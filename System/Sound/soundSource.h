@@ -131,6 +131,10 @@ public:
     /// @name Loops
     /// @{
     bool isLooping() const { return params.loopCount == 0; } ///< for ever
+    bool goesRound() const
+    {
+        return isLooping() || (params.loopCount > 1 && params.currentLoop > 1);
+    } ///< after this pass
     unsigned char getLoop() const { return params.loopCount; }
     unsigned char getCurrentLoop() const { return params.currentLoop; } ///< loops left
     void decCurrentLoop();                                              ///< not below 0; nothing for ever

@@ -218,6 +218,10 @@ protected:
     unsigned int getNew2D51Index() const;
     void add2D51Channel(std::unique_ptr<iSoundChannel> channel); ///< numbered so; it goes on the free list
 
+    /// Takes a back end's clip into the list, and its channel into the table. @return the clip
+    iSoundClip *addClip(std::unique_ptr<iSoundClip> clip);
+    void countRequest(iSoundChannel const &channel); ///< of a clip that is opened; stopChannel() counts back
+
     iSoundChannel *getChannel(unsigned int index) const; ///< playing, or a free 3D one; else null
     bool isCrossfadeChannel(iSoundChannel const *channel) const;
     bool isCrossfadeChannel(unsigned int index) const;

@@ -1,4 +1,5 @@
 #include "System/Sound/soundChannel.h"
+#include "System/Sound/soundClip.h"
 #include "System/Sound/soundSystem.h"
 #include "System/System/logManager.h"
 
@@ -158,6 +159,22 @@ void iSoundSystem::add2D51Channel(std::unique_ptr<iSoundChannel> channel)
     ++params.num2D51Channels;
     if (LogManager::checkDefLogLevel(2)) {
         LogManager::defLevelMessage("iSoundSystem::checkSoundfileAndPlay(): created new 2D/5.1 channel.\n");
+    }
+}
+
+iSoundClip *iSoundSystem::addClip(std::unique_ptr<iSoundClip> clip)
+{
+    enter(clip->getChannel());
+    clips.push_back(clip.get());
+    return clip.release();
+}
+
+// As a play does it for other sounds.
+void iSoundSystem::countRequest(iSoundChannel const &channel)
+{
+    if (channel.hasDuckingRequest()) {
+        ++duckingCounter;
+        updateDucking();
     }
 }
 

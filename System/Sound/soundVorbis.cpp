@@ -311,8 +311,7 @@ bool iSoundVorbis::setSpeakerSettings(bool frontOn, bool rearOn, bool centerLFEO
 bool iSoundVorbis::rewindOrEnd()
 {
     iSoundSource *const source = channel->getSoundSource();
-    bool const goesRound = source != nullptr && (source->getLoop() == 0 ||
-                                                 (source->getLoop() > 1 && source->getCurrentLoop() > 1));
+    bool const goesRound = source != nullptr && source->goesRound();
     // A sound without a single sample would go round for ever.
     if (!goesRound || !m_hasAdvanced) {
         eof = true;
